@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+// Lets equal texts of one column share one data block. A pool only ever holds references:
+// it changes no result, it merely saves memory. It is an open-addressing table (no node per
+// entry), and it gives up on a column whose first cells rarely repeat (ids, amounts, free
+// text), where the look-ups would cost time and save nothing.
+class StringPool
+{
+public:
+    // Lookups after which the pool judges whether the column is worth pooling.
+    static constexpr int SampleSize = 4096;
+
+    // Replaces text by the pooled equal, or adds it to the pool. Empty texts become the one
+    // shared null string.
+    void pool(QString &text);
+
+    bool isActive() const { return !m_gaveUp; }
+    int size() const { return m_count; }
+
+private:
+    void grow();
+
+    QVector<QString> m_slots;
+    QVector<uint> m_hashes;
+    int m_count = 0;
+    int m_lookups = 0;
+    int m_hits = 0;
+    bool m_gaveUp = false;
+};

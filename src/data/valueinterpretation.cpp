@@ -1,0 +1,758 @@
+#include "data/valueinterpretation.h"
+
+#include <QHash>
+#include <QPair>
+#include <QRegularExpression>
+#include <QVarLengthArray>
+
+#include <cmath>
+#include <utility>
+
+namespace {
+
+inline void setOk(bool *ok, bool value)
+{
+    if (ok)
+        *ok = value;
+}
+
+bool containsCurrency(QStringView text)
+{
+    for (const QChar ch : text) {
+        if (ch.category() == QChar::Symbol_Currency)
+            return true;
+    }
+    return false;
+}
+
+QString withoutCurrency(QStringView text)
+{
+    QString result;
+    result.reserve(int(text.size()));
+    for (const QChar ch : text) {
+        if (ch.category() != QChar::Symbol_Currency)
+            result.append(ch);
+    }
+    return result;
+}
+
+// The common preamble of the number readers: trimmed, currency signs removed on request.
+// A stripped copy is needed only when a sign is present, so the usual cell costs nothing.
+QStringView numberText(const QString &text, bool stripCurrency, QString &buffer)
+{
+    QStringView view = QStringView(text).trimmed();
+    if (stripCurrency && containsCurrency(view)) {
+        buffer = withoutCurrency(view);
+        view = QStringView(buffer).trimmed();
+    }
+    return view;
+}
+
+// 12.000 is read as the integer 12; 12.50 stays a fraction and fails as an integer.
+QStringView withoutZeroFraction(QStringView text, const QLocale &locale)
+{
+    const qsizetype point = text.indexOf(locale.decimalPoint());
+    if (point < 0)
+        return text;
+    const QChar zero = locale.zeroDigit();
+    for (qsizetype i = point + 1; i < text.size(); ++i) {
+        if (text.at(i) != zero)
+            return text;
+    }
+    return text.left(point);
+}
+
+bool isApostrophe(uint code)
+{
+    return code == 0x27 || code == 0x2019 || code == 0xFF07;
+}
+
+// The character before position i, as a code point, so that a letter outside the basic
+// plane still counts as a letter for the word-start rule.
+uint codePointBefore(const QString &text, int i)
+{
+    const QChar previous = text.at(i - 1);
+    if (previous.isLowSurrogate() && i >= 2 && text.at(i - 2).isHighSurrogate())
+        return QChar::surrogateToUcs4(text.at(i - 2), previous);
+    return previous.unicode();
+}
+
+bool isWordCharacter(uint code)
+{
+    switch (QChar::category(code)) {
+    case QChar::Letter_Uppercase:
+    case QChar::Letter_Lowercase:
+    case QChar::Letter_Titlecase:
+    case QChar::Letter_Modifier:
+    case QChar::Letter_Other:
+    case QChar::Number_DecimalDigit:
+    case QChar::Number_Letter:
+    case QChar::Number_Other:
+    case QChar::Mark_NonSpacing:
+    case QChar::Mark_SpacingCombining:
+    case QChar::Mark_Enclosing:
+        return true;
+    default:
+        return isApostrophe(code);
+    }
+}
+
+const QRegularExpression &whitespaceRun()
+{
+    static const QRegularExpression expression(QStringLiteral("\\s+"));
+    return expression;
+}
+
+QString camelCase(const QString &text, bool upperFirst)
+{
+    const QStringList words = text.split(whitespaceRun(), Qt::SkipEmptyParts);
+    QString result;
+    result.reserve(text.size());
+    for (int i = 0; i < words.size(); ++i) {
+        if (i == 0 && !upperFirst)
+            result.append(words.at(i).toLower());
+        else
+            result.append(toTitleCase(words.at(i), false));
+    }
+    return result;
+}
+
+// Floor of numerator / 100 for either sign; the percentage rules are stated with floor.
+qint64 floorPercent(qint64 numerator)
+{
+    qint64 quotient = numerator / 100;
+    if (numerator % 100 != 0 && numerator < 0)
+        --quotient;
+    return quotient;
+}
+
+int allowedDistance(int threshold, qint64 total)
+{
+    const qint64 allowed = floorPercent((100 - qint64(threshold)) * total);
+    return int(qBound<qint64>(-1, allowed, total));
+}
+
+int percentAlike(qint64 distance, qint64 total)
+{
+    return int(100 - (distance * 100 + total - 1) / total);
+}
+
+using DateCacheKey = QPair<QString, QString>;
+
+QHash<DateCacheKey, QDate> &dateCache()
+{
+    static QHash<DateCacheKey, QDate> cache;
+    return cache;
+}
+
+QHash<QString, double> &numberCache()
+{
+    static QHash<QString, double> cache;
+    return cache;
+}
+
+QDate cachedDate(const QString &text, const QString &format)
+{
+    QHash<DateCacheKey, QDate> &cache = dateCache();
+    const DateCacheKey key(text, format);
+    const auto found = cache.constFind(key);
+    if (found != cache.constEnd())
+        return found.value();
+    const QDate date = toDate(text, format);
+    cache.insert(key, date);
+    return date;
+}
+
+// A failed reading is cached as NaN: toDouble never yields NaN for a number.
+double cachedNumber(const QString &text, bool *ok)
+{
+    QHash<QString, double> &cache = numberCache();
+    const auto found = cache.constFind(text);
+    double value;
+    if (found != cache.constEnd()) {
+        value = found.value();
+    } else {
+        bool parsed = false;
+        value = toDouble(text, false, true, &parsed);
+        if (!parsed)
+            value = qQNaN();
+        cache.insert(text, value);
+    }
+    if (std::isnan(value)) {
+        *ok = false;
+        return 0.0;
+    }
+    *ok = true;
+    return value;
+}
+
+struct DateFormatState
+{
+    QStringList formats;
+    bool set = false;
+};
+
+DateFormatState &dateFormatState()
+{
+    static DateFormatState state;
+    return state;
+}
+
+} // namespace
+
+bool toBool(const QString &text, bool emptyIsFalse, bool numbersAllowed, bool *ok)
+{
+    const QStringView view = QStringView(text).trimmed();
+    if (view.isEmpty() && emptyIsFalse) {
+        setOk(ok, false);
+        return false;
+    }
+    if (view.compare(QStringView(u"true"), Qt::CaseInsensitive) == 0) {
+        setOk(ok, true);
+        return true;
+    }
+    if (view.compare(QStringView(u"false"), Qt::CaseInsensitive) == 0) {
+        setOk(ok, true);
+        return false;
+    }
+    if (numbersAllowed) {
+        bool parsed = false;
+        const double value = toDouble(text, false, false, &parsed);
+        if (parsed) {
+            setOk(ok, true);
+            return value != 0.0;
+        }
+    }
+    setOk(ok, false);
+    return false;
+}
+
+double toDouble(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok)
+{
+    return toDouble(text, QLocale(), emptyIsZero, stripCurrency, ok);
+}
+
+double toDouble(const QString &text, const QLocale &locale, bool emptyIsZero, bool stripCurrency,
+                bool *ok)
+{
+    QString buffer;
+    const QStringView view = numberText(text, stripCurrency, buffer);
+    if (view.isEmpty()) {
+        setOk(ok, emptyIsZero);
+        return 0.0;
+    }
+    bool parsed = false;
+    const double value = locale.toDouble(view, &parsed);
+    // QLocale accepts "nan" and "inf", which are no numbers to a table.
+    if (!parsed || !std::isfinite(value)) {
+        setOk(ok, false);
+        return 0.0;
+    }
+    setOk(ok, true);
+    return value;
+}
+
+qlonglong toLongLong(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok)
+{
+    QString buffer;
+    const QStringView view = numberText(text, stripCurrency, buffer);
+    if (view.isEmpty()) {
+        setOk(ok, emptyIsZero);
+        return 0;
+    }
+    const QLocale locale;
+    return locale.toLongLong(withoutZeroFraction(view, locale), ok);
+}
+
+int toInt(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok)
+{
+    QString buffer;
+    const QStringView view = numberText(text, stripCurrency, buffer);
+    if (view.isEmpty()) {
+        setOk(ok, emptyIsZero);
+        return 0;
+    }
+    const QLocale locale;
+    return locale.toInt(withoutZeroFraction(view, locale), ok);
+}
+
+bool isPlainNumber(const QString &text)
+{
+    static const QRegularExpression plainNumber(
+        QStringLiteral("^-?(?:0|[1-9]\\d*)(?:\\.\\d+)?(?:[eE][+-]?\\d+)?$"));
+    return plainNumber.match(text.trimmed()).hasMatch();
+}
+
+QDate toDate(const QString &text, const QString &format)
+{
+    const QDate date = QDate::fromString(text.trimmed(), format);
+    return date.isValid() ? date : QDate();
+}
+
+QDate toDate(const QString &text, const QStringList &formats, QString *usedFormat)
+{
+    const QString trimmed = text.trimmed();
+    for (const QString &format : formats) {
+        const QDate date = QDate::fromString(trimmed, format);
+        if (date.isValid()) {
+            if (usedFormat)
+                *usedFormat = format;
+            return date;
+        }
+    }
+    if (usedFormat)
+        usedFormat->clear();
+    return QDate();
+}
+
+QTime toTime(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    const QTime time = QTime::fromString(trimmed, QStringLiteral("h:m:s"));
+    if (time.isValid())
+        return time;
+    return QTime::fromString(trimmed, QStringLiteral("h:m"));
+}
+
+QStringList defaultDateFormats(bool monthFirst)
+{
+    static const QStringList monthFirstFormats
+        = {QStringLiteral("M/d/yyyy"), QStringLiteral("d/M/yyyy"), QStringLiteral("yyyy/M/d"),
+           QStringLiteral("M/d/yy"),   QStringLiteral("d/M/yy"),   QStringLiteral("yy/M/d"),
+           QStringLiteral("M-d-yyyy"), QStringLiteral("d-M-yyyy"), QStringLiteral("yyyy-M-d"),
+           QStringLiteral("M-d-yy"),   QStringLiteral("d-M-yy"),   QStringLiteral("yy-M-d")};
+    // "d/M/yyyy" twice is the list as users have always had it; trying a format twice costs
+    // only time.
+    static const QStringList dayFirstFormats
+        = {QStringLiteral("d/M/yyyy"), QStringLiteral("M/d/yyyy"), QStringLiteral("yyyy/M/d"),
+           QStringLiteral("d/M/yyyy"), QStringLiteral("M/d/yy"),   QStringLiteral("yy/M/d"),
+           QStringLiteral("d-M-yyyy"), QStringLiteral("M-d-yyyy"), QStringLiteral("yyyy-M-d"),
+           QStringLiteral("d-M-yy"),   QStringLiteral("M-d-yy"),   QStringLiteral("yy-M-d")};
+    return monthFirst ? monthFirstFormats : dayFirstFormats;
+}
+
+bool isMonthFirstLocale(const QLocale &locale)
+{
+    switch (locale.country()) {
+    case QLocale::UnitedStates:
+    case QLocale::UnitedStatesMinorOutlyingIslands:
+    case QLocale::UnitedStatesVirginIslands:
+    case QLocale::AmericanSamoa:
+    case QLocale::Guam:
+    case QLocale::NorthernMarianaIslands:
+    case QLocale::PuertoRico:
+    case QLocale::Philippines:
+    case QLocale::Belize:
+    case QLocale::MarshallIslands:
+    case QLocale::Micronesia:
+    case QLocale::Palau:
+        return true;
+    case QLocale::Canada:
+        return locale.language() == QLocale::English;
+    default:
+        // The C locale writes dates the American way.
+        return locale.language() == QLocale::C;
+    }
+}
+
+QStringList dateFormats()
+{
+    const DateFormatState &state = dateFormatState();
+    if (state.set)
+        return state.formats;
+    return defaultDateFormats(isMonthFirstLocale(QLocale()));
+}
+
+void setDateFormats(const QStringList &formats)
+{
+    DateFormatState &state = dateFormatState();
+    state.formats = formats;
+    state.set = !formats.isEmpty();
+}
+
+QStringList parseDateFormats(const QString &settingText)
+{
+    QStringList formats;
+    for (const QString &line : settingText.split(QLatin1Char('\n'))) {
+        const QString format = line.trimmed();
+        if (!format.isEmpty())
+            formats.append(format);
+    }
+    return formats;
+}
+
+QVector<double> doublesFromTexts(const QStringList &texts, bool emptyIsZero, bool stripCurrency)
+{
+    QVector<double> values;
+    values.reserve(texts.size());
+    const QLocale locale;
+    for (const QString &text : texts) {
+        bool ok = false;
+        const double value = toDouble(text, locale, emptyIsZero, stripCurrency, &ok);
+        if (ok)
+            values.append(value);
+    }
+    return values;
+}
+
+double sum(const QVector<double> &values)
+{
+    double total = 0.0;
+    for (const double value : values)
+        total += value;
+    return total;
+}
+
+QString numberToCellText(double value)
+{
+    if (!std::isfinite(value))
+        return QStringLiteral("NaN");
+    // Avoids "-0" from a negative result rounded to nothing.
+    if (value == 0.0)
+        return QStringLiteral("0");
+    return QString::number(value, 'g', 15);
+}
+
+QStringList splitLines(const QString &text, bool keepEmptyParts)
+{
+    QStringList lines;
+    const QChar *data = text.constData();
+    const int size = text.size();
+    int start = 0;
+    for (int i = 0; i < size; ++i) {
+        const QChar ch = data[i];
+        if (ch != QLatin1Char('\n') && ch != QLatin1Char('\r'))
+            continue;
+        lines.append(text.mid(start, i - start));
+        if (ch == QLatin1Char('\r') && i + 1 < size && data[i + 1] == QLatin1Char('\n'))
+            ++i;
+        start = i + 1;
+    }
+    lines.append(text.mid(start));
+    if (!keepEmptyParts && lines.last().isEmpty())
+        lines.removeLast();
+    return lines;
+}
+
+QString formatCount(qlonglong count, bool grouped)
+{
+    QLocale locale;
+    // The C locale omits group separators by default; counts for people always carry them.
+    QLocale::NumberOptions options = locale.numberOptions();
+    if (grouped)
+        options &= ~QLocale::NumberOptions(QLocale::OmitGroupSeparator);
+    else
+        options |= QLocale::OmitGroupSeparator;
+    locale.setNumberOptions(options);
+    return locale.toString(count);
+}
+
+QString elide(const QString &text, int length, bool ellipsis)
+{
+    if (length < 0 || text.size() <= length)
+        return text;
+    if (ellipsis && length > 1)
+        return text.left(length - 1) + QChar(0x2026);
+    return text.left(length);
+}
+
+QString tidyLineEnds(const QString &text)
+{
+    bool changes = false;
+    for (const QChar ch : text) {
+        if (ch != QLatin1Char(' ') && ch.isSpace()) {
+            changes = true;
+            break;
+        }
+    }
+    if (!changes)
+        return text;
+    QString result;
+    result.reserve(text.size());
+    for (const QChar ch : text) {
+        if (ch == QLatin1Char('\r'))
+            continue;
+        result.append(ch.isSpace() ? QChar(QLatin1Char(' ')) : ch);
+    }
+    return result;
+}
+
+PairInterpretation interpretPair(const QString &a, const QString &b, const QString &formatA,
+                                 const QString &formatB, bool numeric)
+{
+    PairInterpretation pair;
+    if (!formatA.isEmpty() && !formatB.isEmpty()) {
+        pair.dateA = cachedDate(a, formatA);
+        if (pair.dateA.isValid()) {
+            pair.dateB = cachedDate(b, formatB);
+            pair.bothDates = pair.dateB.isValid();
+        }
+    }
+    if (numeric && !pair.bothDates) {
+        bool ok = false;
+        pair.numberA = cachedNumber(a, &ok);
+        if (ok)
+            pair.numberB = cachedNumber(b, &ok);
+        pair.bothNumbers = ok;
+    }
+    return pair;
+}
+
+void clearComparisonCaches()
+{
+    // Assigning empty tables releases their memory, which clear() would keep.
+    dateCache() = QHash<DateCacheKey, QDate>();
+    numberCache() = QHash<QString, double>();
+}
+
+PairInterpretation interpretPairUncached(const QString &a, const QString &b, const QString &formatA,
+                                         const QString &formatB)
+{
+    PairInterpretation pair;
+    if (!formatA.isEmpty() && !formatB.isEmpty()) {
+        pair.dateA = toDate(a, formatA);
+        if (pair.dateA.isValid()) {
+            pair.dateB = toDate(b, formatB);
+            pair.bothDates = pair.dateB.isValid();
+        }
+    }
+    if (!pair.bothDates) {
+        bool ok = false;
+        pair.numberA = toDouble(a, false, true, &ok);
+        if (ok)
+            pair.numberB = toDouble(b, false, true, &ok);
+        pair.bothNumbers = ok;
+    }
+    return pair;
+}
+
+QStringList textCaseNames()
+{
+    return {QStringLiteral("Lower case"),       QStringLiteral("Upper case"),
+            QStringLiteral("Title case"),       QStringLiteral("Sentence case"),
+            QStringLiteral("Lower camel case"), QStringLiteral("Upper camel case"),
+            QStringLiteral("Kebab case"),       QStringLiteral("Snake case"),
+            QStringLiteral("Inverted case")};
+}
+
+QString toLowerCase(const QString &text)
+{
+    return text.toLower();
+}
+
+QString toUpperCase(const QString &text)
+{
+    return text.toUpper();
+}
+
+QString toTitleCase(const QString &text, bool keepUpper)
+{
+    QString result = text;
+    const int size = result.size();
+    if (size == 0)
+        return result;
+    QChar *out = result.data();
+    if (out[0].isLower())
+        out[0] = out[0].toUpper();
+    for (int i = 1; i < size; ++i) {
+        const QChar ch = out[i];
+        const uint previous = codePointBefore(text, i);
+        if (!isWordCharacter(previous)) {
+            if (ch.isLower())
+                out[i] = ch.toUpper();
+        } else if (!keepUpper && ch.isUpper() && QChar::isLetter(previous)) {
+            out[i] = ch.toLower();
+        }
+    }
+    return result;
+}
+
+QString toSentenceCase(const QString &text, bool keepUpper)
+{
+    QString result = text;
+    const int size = result.size();
+    if (size == 0)
+        return result;
+    QChar *out = result.data();
+    bool first = true;
+    for (int i = 0; i < size; ++i) {
+        const QChar ch = out[i];
+        if (!ch.isLetter())
+            continue;
+        if (first) {
+            out[i] = ch.toUpper();
+            first = false;
+        } else if (!keepUpper) {
+            out[i] = ch.toLower();
+        }
+    }
+    return result;
+}
+
+QString toLowerCamelCase(const QString &text)
+{
+    return camelCase(text, false);
+}
+
+QString toUpperCamelCase(const QString &text)
+{
+    return camelCase(text, true);
+}
+
+QString toKebabCase(const QString &text)
+{
+    QString result = text;
+    return result.replace(whitespaceRun(), QStringLiteral("-"));
+}
+
+QString toSnakeCase(const QString &text)
+{
+    QString result = text;
+    return result.replace(whitespaceRun(), QStringLiteral("_"));
+}
+
+QString toInvertedCase(const QString &text)
+{
+    QString result = text;
+    const int size = result.size();
+    if (size == 0)
+        return result;
+    QChar *out = result.data();
+    for (int i = 0; i < size; ++i) {
+        const QChar ch = out[i];
+        if (ch.isUpper())
+            out[i] = ch.toLower();
+        else if (ch.isLower())
+            out[i] = ch.toUpper();
+    }
+    return result;
+}
+
+QString convertCase(const QString &text, int caseIndex, bool keepUpper)
+{
+    switch (TextCase(caseIndex)) {
+    case TextCase::Lower:
+        return toLowerCase(text);
+    case TextCase::Upper:
+        return toUpperCase(text);
+    case TextCase::Title:
+        return toTitleCase(text, keepUpper);
+    case TextCase::Sentence:
+        return toSentenceCase(text, keepUpper);
+    case TextCase::LowerCamel:
+        return toLowerCamelCase(text);
+    case TextCase::UpperCamel:
+        return toUpperCamelCase(text);
+    case TextCase::Kebab:
+        return toKebabCase(text);
+    case TextCase::Snake:
+        return toSnakeCase(text);
+    case TextCase::Inverted:
+        return toInvertedCase(text);
+    case TextCase::Count:
+        break;
+    }
+    return text;
+}
+
+int boundedLevenshtein(const QString &a, const QString &b, int bound)
+{
+    if (bound <= 0)
+        return 0;
+    const QChar *s = a.constData();
+    const QChar *t = b.constData();
+    int n = a.size();
+    int m = b.size();
+    if (n > m) {
+        std::swap(s, t);
+        std::swap(n, m);
+    }
+    while (n > 0 && *s == *t) {
+        ++s;
+        ++t;
+        --n;
+        --m;
+    }
+    while (n > 0 && s[n - 1] == t[m - 1]) {
+        --n;
+        --m;
+    }
+    const int difference = m - n;
+    if (difference >= bound)
+        return bound;
+    if (n == 0)
+        return difference;
+
+    // Only cells with |j - i| <= reach can hold a distance below the bound. The band of a
+    // row is stored by diagonal: slot k holds column j = i - reach + k, so that the cell
+    // above-left is the slot's old value and the cell above is the next slot's old value.
+    const int reach = qMin(bound - 1, m);
+    const int cap = reach + 1;
+    const int width = 2 * reach + 1;
+    QVarLengthArray<int, 128> band(width);
+    for (int k = 0; k < width; ++k) {
+        const int j = k - reach;
+        band[k] = j < 0 ? cap : qMin(j, cap);
+    }
+    for (int i = 1; i <= n; ++i) {
+        const QChar si = s[i - 1];
+        int rowMinimum = cap;
+        for (int k = 0; k < width; ++k) {
+            const int j = i - reach + k;
+            int value;
+            if (j < 0 || j > m) {
+                value = cap;
+            } else if (j == 0) {
+                value = qMin(i, cap);
+            } else {
+                const int diagonal = band[k] + (si == t[j - 1] ? 0 : 1);
+                const int above = k + 1 < width ? band[k + 1] + 1 : cap;
+                const int left = k > 0 ? band[k - 1] + 1 : cap;
+                value = qMin(qMin(diagonal, above), qMin(left, cap));
+            }
+            band[k] = value;
+            rowMinimum = qMin(rowMinimum, value);
+        }
+        if (rowMinimum >= cap)
+            return bound;
+    }
+    const int distance = band[difference + reach];
+    return distance >= cap ? bound : distance;
+}
+
+int similarity(const QString &a, const QString &b, int threshold)
+{
+    const int maxLength = qMax(a.size(), b.size());
+    if (maxLength == 0)
+        return 100;
+    const int allowed = allowedDistance(threshold, maxLength);
+    if (allowed < 0)
+        return -1;
+    const int distance = boundedLevenshtein(a, b, allowed + 1);
+    if (distance > allowed)
+        return -1;
+    return percentAlike(distance, maxLength);
+}
+
+int similarity(const QStringList &a, const QStringList &b, int threshold)
+{
+    if (a.size() != b.size())
+        return 0;
+    qint64 total = 0;
+    for (int i = 0; i < a.size(); ++i)
+        total += qMax(a.at(i).size(), b.at(i).size());
+    if (total == 0)
+        return 100;
+    int remaining = allowedDistance(threshold, total);
+    if (remaining < 0)
+        return -1;
+    qint64 distances = 0;
+    for (int i = 0; i < a.size(); ++i) {
+        const int distance = boundedLevenshtein(a.at(i), b.at(i), remaining + 1);
+        if (distance >= remaining + 1)
+            return -1;
+        remaining -= distance;
+        distances += distance;
+    }
+    return percentAlike(distances, total);
+}

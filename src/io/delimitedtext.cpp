@@ -1,0 +1,647 @@
+#include "io/delimitedtext.h"
+
+#include "data/dataset.h"
+#include "data/valueinterpretation.h"
+
+#include <QTextStream>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int SampleLength = 4096;
+constexpr int BlockLength = 2048;
+constexpr qint64 QuotedProgressStep = 50000;
+constexpr qint64 LineProgressStep = 10000;
+constexpr int CellReserve = 256;
+// A cell buffer that grew beyond this for one huge value is given back after it.
+constexpr int CellBufferKeepLimit = 65536;
+
+constexpr ushort Quote = '"';
+constexpr ushort LineFeed = '\n';
+constexpr ushort CarriageReturn = '\r';
+
+// Reports progress when the count passes a multiple of the step, as that multiple over the
+// total; reports nothing for an empty total.
+class ProgressSteps
+{
+public:
+    ProgressSteps(qint64 total, qint64 step, const ReadProgress &progress)
+        : m_progress(total > 0 ? progress : ReadProgress())
+        , m_total(total)
+        , m_step(step)
+        , m_next(step)
+    { }
+
+    void advanceTo(qint64 value)
+    {
+        if (value < m_next || !m_progress)
+            return;
+        const qint64 reached = value - value % m_step;
+        m_next = reached + m_step;
+        m_progress(std::min(1.0, double(reached) / double(m_total)));
+    }
+
+private:
+    ReadProgress m_progress;
+    qint64 m_total;
+    qint64 m_step;
+    qint64 m_next;
+};
+
+// Counts rows per number of values. Files are mostly even, so equal neighbours are counted
+// in a run and reach the map only when the number changes.
+class ValueCountRecorder
+{
+public:
+    explicit ValueCountRecorder(TextReadReport &report)
+        : m_report(report)
+    { }
+
+    void record(int values)
+    {
+        if (values != m_values) {
+            flush();
+            m_values = values;
+            m_runStart = m_report.rowsRecorded;
+        }
+        ++m_runLength;
+        ++m_report.rowsRecorded;
+    }
+
+    void flush()
+    {
+        if (m_runLength == 0)
+            return;
+        m_report.rowsPerValueCount[m_values] += m_runLength;
+        if (!m_report.firstRowPerValueCount.contains(m_values))
+            m_report.firstRowPerValueCount.insert(m_values, m_runStart);
+        m_runLength = 0;
+    }
+
+private:
+    TextReadReport &m_report;
+    int m_values = -1;
+    int m_runStart = 0;
+    int m_runLength = 0;
+};
+
+// Hands finished rows to the dataset with clean-up, and keeps the counts of the report.
+class RowSink
+{
+public:
+    RowSink(const DelimitedReadOptions &options, Dataset &out, TextReadReport &report)
+        : m_out(out)
+        , m_report(report)
+        , m_recorder(report)
+        , m_ignoredRows(options.ignoredRows)
+        , m_trim(options.trim)
+        , m_simplify(options.simplify)
+        , m_ignoreEmpty(options.ignoreEmpty)
+    { }
+
+    bool isIgnored() const { return m_rowIndex < m_ignoredRows; }
+
+    // The row index counts ignored rows too.
+    void skip() { ++m_rowIndex; }
+
+    void add(QStringList &row, bool recordValues)
+    {
+        const int values = row.size();
+        m_width = std::max(m_width, values);
+        if (!m_out.addInputRow(std::move(row), m_trim, m_simplify, m_ignoreEmpty))
+            ++m_report.emptyRowsIgnored;
+        if (recordValues)
+            m_recorder.record(values);
+        ++m_rowIndex;
+    }
+
+    // A fresh row with room for the widest row so far.
+    void renew(QStringList &row) const
+    {
+        row = QStringList();
+        row.reserve(m_width);
+    }
+
+    void finish() { m_recorder.flush(); }
+
+private:
+    Dataset &m_out;
+    TextReadReport &m_report;
+    ValueCountRecorder m_recorder;
+    qint64 m_rowIndex = 0;
+    qint64 m_ignoredRows;
+    int m_width = 1;
+    bool m_trim;
+    bool m_simplify;
+    bool m_ignoreEmpty;
+};
+
+// The state machine of quoted text, fed block by block. A value that lies within one block
+// is cut out of the block in one piece; only values that the block end, a doubled quote or
+// text after a closing quote break into parts go through the reserved cell buffer.
+class QuotedTokeniser
+{
+public:
+    QuotedTokeniser(QChar delimiter, const DelimitedReadOptions &options, Dataset &out,
+                    TextReadReport &report)
+        : m_sink(options, out, report)
+        , m_delimiter(delimiter.unicode())
+        , m_ignoreRepeated(options.ignoreRepeatedDelimiters)
+    {
+        m_buffer.reserve(CellReserve);
+        m_sink.renew(m_row);
+    }
+
+    void scan(const QChar *p, const QChar *end);
+    void finish();
+
+private:
+    enum State { Start, InPlain, QuoteOpened, InQuoted, QuoteMet, ValueEnded, RowEnded };
+    enum CharClass { IsDelimiter, IsQuote, IsLineEnd, IsOther };
+
+    static constexpr State Next[7][4] = {
+        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // Start
+        {ValueEnded, InPlain, RowEnded, InPlain}, // InPlain
+        {InQuoted, QuoteMet, InQuoted, InQuoted}, // QuoteOpened
+        {InQuoted, QuoteMet, InQuoted, InQuoted}, // InQuoted
+        {ValueEnded, InQuoted, RowEnded, InQuoted}, // QuoteMet
+        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // ValueEnded
+        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // RowEnded
+    };
+
+    bool valueIsEmpty() const { return m_runLength == 0 && m_buffer.isEmpty(); }
+
+    void addRun(const QChar *start, const QChar *stop)
+    {
+        flushRun();
+        m_runStart = start;
+        m_runLength = int(stop - start);
+    }
+
+    void flushRun()
+    {
+        if (m_runLength > 0) {
+            m_buffer.append(m_runStart, m_runLength);
+            m_runLength = 0;
+        }
+    }
+
+    void clearValue()
+    {
+        m_runLength = 0;
+        m_buffer.resize(0);
+    }
+
+    void pushValue();
+    void endRow();
+
+    RowSink m_sink;
+    QStringList m_row;
+    QString m_buffer;
+    const QChar *m_runStart = nullptr;
+    int m_runLength = 0;
+    State m_state = Start;
+    const ushort m_delimiter;
+    const bool m_ignoreRepeated;
+};
+
+void QuotedTokeniser::scan(const QChar *p, const QChar *end)
+{
+    const ushort delimiter = m_delimiter;
+    // A quote that is the delimiter is only ever the delimiter.
+    const bool quotes = delimiter != Quote;
+    State state = m_state;
+    while (p < end) {
+        ushort c = p->unicode();
+        if (c == CarriageReturn && state != QuoteOpened && state != InQuoted && p + 1 < end
+            && p[1].unicode() == LineFeed) {
+            ++p;
+            c = LineFeed;
+        }
+        const CharClass charClass = c == delimiter ? IsDelimiter
+            : c == Quote                           ? IsQuote
+            : c == LineFeed || c == CarriageReturn ? IsLineEnd
+                                                   : IsOther;
+        state = Next[state][charClass];
+        switch (state) {
+        case InPlain: {
+            // Everything up to the next delimiter or line end stays in the value.
+            const QChar *start = p++;
+            while (p < end) {
+                const ushort u = p->unicode();
+                if (u == delimiter || u == LineFeed || u == CarriageReturn)
+                    break;
+                ++p;
+            }
+            addRun(start, p);
+            continue;
+        }
+        case InQuoted: {
+            // Everything up to the next quote stays in the value, line ends included.
+            const QChar *start = p++;
+            if (quotes) {
+                while (p < end && p->unicode() != Quote)
+                    ++p;
+            } else {
+                p = end;
+            }
+            addRun(start, p);
+            continue;
+        }
+        case QuoteOpened:
+            clearValue();
+            break;
+        case QuoteMet:
+        case Start:
+            break;
+        case ValueEnded:
+            if (!m_ignoreRepeated || !valueIsEmpty())
+                pushValue();
+            break;
+        case RowEnded:
+            pushValue();
+            endRow();
+            break;
+        }
+        ++p;
+    }
+    m_state = state;
+    // The block is about to be replaced: keep what it holds of the current value.
+    flushRun();
+}
+
+void QuotedTokeniser::pushValue()
+{
+    if (m_buffer.isEmpty()) {
+        m_row.append(m_runLength > 0 ? QString(m_runStart, m_runLength) : QString());
+    } else {
+        flushRun();
+        m_row.append(QString(m_buffer.constData(), m_buffer.size()));
+        if (m_buffer.capacity() > CellBufferKeepLimit) {
+            m_buffer = QString();
+            m_buffer.reserve(CellReserve);
+        } else {
+            m_buffer.resize(0);
+        }
+    }
+    m_runLength = 0;
+}
+
+void QuotedTokeniser::endRow()
+{
+    if (m_sink.isIgnored()) {
+        m_sink.skip();
+        m_row.erase(m_row.begin(), m_row.end());
+        return;
+    }
+    m_sink.add(m_row, true);
+    m_sink.renew(m_row);
+}
+
+void QuotedTokeniser::finish()
+{
+    if (!valueIsEmpty() || !m_row.isEmpty())
+        pushValue();
+    if (!m_row.isEmpty() && !m_sink.isIgnored())
+        m_sink.add(m_row, true);
+    m_sink.finish();
+}
+
+// Drops every delimiter that another one follows, so that a run of them counts as one.
+void collapseDelimiters(QString &line, ushort delimiter)
+{
+    const int length = line.size();
+    const QChar *source = line.constData();
+    int i = 0;
+    while (i + 1 < length && !(source[i].unicode() == delimiter && source[i + 1] == source[i]))
+        ++i;
+    if (i + 1 >= length)
+        return;
+    QChar *data = line.data();
+    int kept = i;
+    for (; i < length; ++i) {
+        if (data[i].unicode() == delimiter && i + 1 < length && data[i + 1].unicode() == delimiter)
+            continue;
+        data[kept++] = data[i];
+    }
+    line.truncate(kept);
+}
+
+const QChar *findChar(const QChar *p, const QChar *end, ushort c)
+{
+    while (p < end && p->unicode() != c)
+        ++p;
+    return p;
+}
+
+// Reads line by line as the text stream defines lines; a Carriage Return inside a line
+// also ends a row. Each row goes to `piece` with its row index still to be counted.
+template<typename PieceHandler>
+void readLinePieces(QTextStream &stream, qint64 length, const ReadProgress &progress,
+                    PieceHandler &&piece, ushort collapse, bool collapseRepeated)
+{
+    ProgressSteps steps(length, LineProgressStep, progress);
+    qint64 done = 0;
+    QString line;
+    while (stream.readLineInto(&line)) {
+        if (collapseRepeated)
+            collapseDelimiters(line, collapse);
+        const QChar *p = line.constData();
+        const QChar *end = p + line.size();
+        for (;;) {
+            const QChar *pieceEnd = findChar(p, end, CarriageReturn);
+            piece(p, pieceEnd);
+            done = std::min(length, done + (pieceEnd - p) + 2);
+            steps.advanceTo(done);
+            if (pieceEnd == end)
+                break;
+            p = pieceEnd + 1;
+        }
+    }
+}
+
+QString countText(qlonglong count)
+{
+    return formatCount(count, true);
+}
+
+void rewind(QTextStream &stream)
+{
+    stream.seek(0);
+}
+
+} // namespace
+
+QString delimiterName(int delimiter)
+{
+    switch (delimiter) {
+    case DelimiterAutomatic:
+        return QStringLiteral("Automatic");
+    case DelimiterSemicolon:
+        return QStringLiteral("Semi-colon (;)");
+    case DelimiterColon:
+        return QStringLiteral("Colon (:)");
+    case DelimiterTab:
+        return QStringLiteral("Tab (\\t)");
+    case DelimiterPipe:
+        return QStringLiteral("Pipe (|)");
+    case DelimiterCaret:
+        return QStringLiteral("Caret (^)");
+    case DelimiterSpace:
+        return QStringLiteral("Space ( )");
+    case DelimiterCustom:
+        return QStringLiteral("Custom");
+    case DelimiterUnitSeparator:
+        return QStringLiteral("Unit separator (0x1F)");
+    default:
+        return QStringLiteral("Comma (,)");
+    }
+}
+
+QChar delimiterCharacter(int delimiter, QChar custom)
+{
+    switch (delimiter) {
+    case DelimiterSemicolon:
+        return QLatin1Char(';');
+    case DelimiterColon:
+        return QLatin1Char(':');
+    case DelimiterTab:
+        return QLatin1Char('\t');
+    case DelimiterPipe:
+        return QLatin1Char('|');
+    case DelimiterCaret:
+        return QLatin1Char('^');
+    case DelimiterSpace:
+        return QLatin1Char(' ');
+    case DelimiterCustom:
+        return custom;
+    case DelimiterUnitSeparator:
+        return QChar(0x1F);
+    default:
+        return QLatin1Char(',');
+    }
+}
+
+QList<int> delimiterList(bool automatic, bool colonAndSpace, bool custom)
+{
+    QList<int> list;
+    if (automatic)
+        list << DelimiterAutomatic;
+    list << DelimiterComma << DelimiterSemicolon;
+    if (colonAndSpace)
+        list << DelimiterColon;
+    list << DelimiterPipe << DelimiterCaret << DelimiterTab << DelimiterUnitSeparator;
+    if (colonAndSpace)
+        list << DelimiterSpace;
+    if (custom)
+        list << DelimiterCustom;
+    return list;
+}
+
+QString quotingName(int quoting)
+{
+    switch (quoting) {
+    case QuotingQuoted:
+        return QStringLiteral("Quoted");
+    case QuotingUnquoted:
+        return QStringLiteral("Unquoted");
+    default:
+        return QStringLiteral("Automatic");
+    }
+}
+
+QStringList quotingNames()
+{
+    return {quotingName(QuotingAutomatic), quotingName(QuotingQuoted),
+            quotingName(QuotingUnquoted)};
+}
+
+QString quotingToolTip()
+{
+    return QStringLiteral("Set to '%1' if values can contain delimiters and Carriage Returns "
+                          "enclosed within quotes (\").\nSet to '%2' if quoting is not used.\n"
+                          "Set to '%3' to make an intelligent guess based on the delimiter.")
+        .arg(quotingName(QuotingQuoted), quotingName(QuotingUnquoted),
+             quotingName(QuotingAutomatic));
+}
+
+void TextReadReport::resetCounts()
+{
+    emptyRowsIgnored = 0;
+    rowsRecorded = 0;
+    rowsPerValueCount.clear();
+    firstRowPerValueCount.clear();
+}
+
+QChar guessDelimiter(QTextStream &stream, QString *infoEntry)
+{
+    rewind(stream);
+    const QString sample = stream.read(SampleLength);
+    const QList<int> candidates = delimiterList(false, false, false);
+    int best = DelimiterComma;
+    int bestCount = -1;
+    QStringList counts;
+    for (int candidate : candidates) {
+        const int count = sample.count(delimiterCharacter(candidate));
+        counts << QStringLiteral("%1 %2").arg(countText(count), delimiterName(candidate));
+        if (count > bestCount) {
+            best = candidate;
+            bestCount = count;
+        }
+    }
+    if (infoEntry) {
+        *infoEntry = QStringLiteral(
+                         "Delimiter=Automatic guesses '%1'. Set 'Delimiter' option to change.\n")
+                         .arg(delimiterName(best))
+            + QStringLiteral("First %1 characters contain: %2\n")
+                  .arg(countText(sample.size()), counts.join(QStringLiteral(", ")));
+    }
+    return delimiterCharacter(best);
+}
+
+bool useQuotedTokeniser(int quoting, QChar delimiter)
+{
+    if (quoting == QuotingQuoted)
+        return true;
+    if (quoting == QuotingUnquoted)
+        return false;
+    return delimiter != QLatin1Char('\t');
+}
+
+void readQuotedText(QTextStream &stream, qint64 length, QChar delimiter,
+                    const DelimitedReadOptions &options, Dataset &out, TextReadReport &report,
+                    const ReadProgress &progress)
+{
+    out.clear();
+    report.resetCounts();
+    rewind(stream);
+    QuotedTokeniser tokeniser(delimiter, options, out, report);
+    ProgressSteps steps(length, QuotedProgressStep, progress);
+    qint64 done = 0;
+    for (;;) {
+        QString block = stream.read(BlockLength);
+        if (block.isEmpty())
+            break;
+        // A CR LF pair must not be cut, or the CR would end a row of its own.
+        while (block.endsWith(QLatin1Char('\r')) && !stream.atEnd())
+            block += stream.read(1);
+        tokeniser.scan(block.constData(), block.constData() + block.size());
+        done += block.size();
+        steps.advanceTo(done);
+    }
+    tokeniser.finish();
+}
+
+void readUnquotedText(QTextStream &stream, qint64 length, QChar delimiter,
+                      const DelimitedReadOptions &options, Dataset &out, TextReadReport &report,
+                      const ReadProgress &progress)
+{
+    out.clear();
+    report.resetCounts();
+    rewind(stream);
+    RowSink sink(options, out, report);
+    const ushort separator = delimiter.unicode();
+    QStringList row;
+    sink.renew(row);
+    auto piece = [&](const QChar *p, const QChar *end) {
+        if (sink.isIgnored()) {
+            sink.skip();
+            return;
+        }
+        for (;;) {
+            const QChar *valueEnd = findChar(p, end, separator);
+            row.append(valueEnd > p ? QString(p, int(valueEnd - p)) : QString());
+            if (valueEnd == end)
+                break;
+            p = valueEnd + 1;
+        }
+        sink.add(row, true);
+        sink.renew(row);
+    };
+    readLinePieces(stream, length, progress, piece, separator, options.ignoreRepeatedDelimiters);
+    sink.finish();
+}
+
+bool readDelimitedText(QTextStream &stream, qint64 length, const DelimitedReadOptions &options,
+                       Dataset &out, TextReadReport &report, const ReadProgress &progress)
+{
+    out.clear();
+    if (!stream.device() && !stream.string())
+        return false;
+
+    QChar delimiter;
+    if (options.delimiter == DelimiterAutomatic) {
+        QString entry;
+        delimiter = guessDelimiter(stream, &entry);
+        report.info << entry;
+    } else {
+        delimiter = delimiterCharacter(options.delimiter, options.customDelimiter);
+    }
+
+    const bool quoted = useQuotedTokeniser(options.quoting, delimiter);
+    if (options.quoting != QuotingQuoted && options.quoting != QuotingUnquoted) {
+        report.info << QStringLiteral(
+                           "Quoting=Automatic guesses '%1'. Set 'Quoting' option to change.\n")
+                           .arg(quotingName(quoted ? QuotingQuoted : QuotingUnquoted));
+    }
+    report.delimiter = delimiter;
+    report.quoted = quoted;
+
+    if (quoted)
+        readQuotedText(stream, length, delimiter, options, out, report, progress);
+    else
+        readUnquotedText(stream, length, delimiter, options, out, report, progress);
+    addReadReport(report, options.ignoredRows, true);
+    return true;
+}
+
+bool readPlainText(QTextStream &stream, qint64 length, const DelimitedReadOptions &options,
+                   Dataset &out, TextReadReport &report, const ReadProgress &progress)
+{
+    out.clear();
+    report.resetCounts();
+    if (!stream.device() && !stream.string())
+        return false;
+    rewind(stream);
+    RowSink sink(options, out, report);
+    QStringList row;
+    auto piece = [&](const QChar *p, const QChar *end) {
+        if (sink.isIgnored()) {
+            sink.skip();
+            return;
+        }
+        row = QStringList();
+        row.append(end > p ? QString(p, int(end - p)) : QString());
+        sink.add(row, false);
+    };
+    readLinePieces(stream, length, progress, piece, 0, false);
+    sink.finish();
+    addReadReport(report, options.ignoredRows, false);
+    return true;
+}
+
+void addReadReport(TextReadReport &report, int ignoredRows, bool valuesPerRow)
+{
+    if (report.emptyRowsIgnored > 0) {
+        report.info
+            << QStringLiteral("%1 empty row(s) ignored").arg(countText(report.emptyRowsIgnored));
+    }
+    if (!valuesPerRow || report.rowsPerValueCount.size() < 2)
+        return;
+    report.warnings << QStringLiteral("Number of values per row vary:");
+    for (auto it = report.rowsPerValueCount.cbegin(); it != report.rowsPerValueCount.cend(); ++it) {
+        const int values = it.key();
+        const int rows = it.value();
+        const qint64 example
+            = qint64(report.firstRowPerValueCount.value(values)) + 1 + qint64(ignoredRows);
+        const QString entry
+            = QStringLiteral("%1 input %2 %3 %4")
+                  .arg(countText(rows),
+                       rows == 1 ? QStringLiteral("row has") : QStringLiteral("rows have"),
+                       countText(values),
+                       values == 1 ? QStringLiteral("value") : QStringLiteral("values"))
+            + QStringLiteral(": E.g. input row %1").arg(example);
+        report.warnings << entry;
+    }
+}

@@ -1,0 +1,36 @@
+#include "shell/guards.h"
+
+#include <QGuiApplication>
+
+int BusyCursor::s_depth = 0;
+
+BusyCursor::BusyCursor()
+{
+    if (s_depth++ == 0 && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+BusyCursor::~BusyCursor()
+{
+    if (--s_depth == 0 && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        QGuiApplication::restoreOverrideCursor();
+}
+
+int BusyCursor::depth()
+{
+    return s_depth;
+}
+
+UpdateBlocker::UpdateBlocker(QWidget *widget) : m_widget(widget)
+{
+    if (m_widget) {
+        m_wasEnabled = m_widget->updatesEnabled();
+        m_widget->setUpdatesEnabled(false);
+    }
+}
+
+UpdateBlocker::~UpdateBlocker()
+{
+    if (m_widget)
+        m_widget->setUpdatesEnabled(m_wasEnabled);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QPointer>
+#include <QWidget>
+
+// Shows the wait cursor while at least one guard lives; nested guards only count.
+class BusyCursor
+{
+public:
+    BusyCursor();
+    ~BusyCursor();
+    BusyCursor(const BusyCursor &) = delete;
+    BusyCursor &operator=(const BusyCursor &) = delete;
+
+    static int depth();
+
+private:
+    static int s_depth;
+};
+
+// Stops a widget's repaints for the guard's life.
+class UpdateBlocker
+{
+public:
+    explicit UpdateBlocker(QWidget *widget);
+    ~UpdateBlocker();
+    UpdateBlocker(const UpdateBlocker &) = delete;
+    UpdateBlocker &operator=(const UpdateBlocker &) = delete;
+
+private:
+    QPointer<QWidget> m_widget;
+    bool m_wasEnabled = false;
+};

@@ -1,0 +1,87 @@
+#include "testutil.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/transformnode.h"
+#include "transforms/framework/transform.h"
+
+#include <QStandardPaths>
+
+Dataset makeDataset(const QList<QStringList> &rows, bool withHeader)
+{
+    Dataset dataset;
+    for (int r = 0; r < rows.size(); ++r) {
+        if (r == 0 && withHeader) {
+            dataset.setColumnCount(rows.first().size());
+            dataset.setHeader(rows.first());
+            continue;
+        }
+        dataset.addInputRow(rows.at(r), false, false, false);
+    }
+    return dataset;
+}
+
+namespace {
+
+class DataNode : public Node
+{
+public:
+    explicit DataNode(const Dataset &dataset)
+    {
+        m_dataset = dataset;
+        m_dataset.assignColumnIds(id());
+        m_status = UpToDate;
+    }
+    int type() const override { return InputType; }
+    Node *clone() const override { return new DataNode(m_dataset); }
+    QString displayName() const override { return QStringLiteral("Data"); }
+    void run(bool, bool) override { }
+};
+
+} // namespace
+
+Node *makeDataNode(const Dataset &dataset)
+{
+    return new DataNode(dataset);
+}
+
+Dataset runTransform(Transform &transform, const QList<Node *> &inputs, bool *failed)
+{
+    transform.clearMessages();
+    bool failedFlag = false;
+    Dataset output;
+    Dataset result = std::move(transform.process(output, inputs, failedFlag));
+    transform.checkRequiredParameters();
+    if (failed)
+        *failed = failedFlag;
+    return result;
+}
+
+void prepareTestEnvironment()
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos)
+{
+    auto *input = new InputNode;
+    input->setMedium(InputNode::Text);
+    input->setText(csv);
+    input->setPos(pos);
+    scene.addNode(input);
+    return input;
+}
+
+TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList<Node *> &inputs,
+                            const QPointF &pos)
+{
+    transform->createParameters(inputs, false);
+    auto *node = new TransformNode(transform);
+    node->setPos(pos);
+    scene.addNode(node);
+    for (Node *input : inputs)
+        scene.connectNodes(input, node);
+    return node;
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "data/dataset.h"
+
+#include <QPointF>
+#include <QStringList>
+
+class GraphScene;
+class InputNode;
+class Node;
+class Transform;
+class TransformNode;
+
+// Builds a dataset from literal rows; the first row is the header when withHeader is true.
+Dataset makeDataset(const QList<QStringList> &rows, bool withHeader = true);
+
+// An item that only holds the given dataset, up to date, with ids from the item's id: the
+// input of a transform tested outside a graph. The caller owns it.
+Node *makeDataNode(const Dataset &dataset);
+
+// Runs transform over the given inputs as the run engine would, and returns the result.
+Dataset runTransform(Transform &transform, const QList<Node *> &inputs, bool *failed = nullptr);
+
+// Prepares a test process: no display needed, and settings kept away from the user's own.
+void prepareTestEnvironment();
+
+// Small graphs built in code: an input over comma separated text (first line the header), and
+// a transform item made from a transform whose options are created for its inputs.
+InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos);
+TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList<Node *> &inputs,
+                            const QPointF &pos);
+
+// Like QTEST_MAIN, for tests that need widgets or graphics items, runnable with no display.
+#define TABULON_TEST_MAIN(TestObject)                                                             \
+    int main(int argc, char *argv[])                                                              \
+    {                                                                                             \
+        prepareTestEnvironment();                                                                 \
+        QApplication app(argc, argv);                                                             \
+        app.setAttribute(Qt::AA_Use96Dpi, true);                                                  \
+        TestObject tc;                                                                            \
+        QTEST_SET_MAIN_SOURCE_PATH                                                                \
+        return QTest::qExec(&tc, argc, argv);                                                     \
+    }
