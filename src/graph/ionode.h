@@ -2,6 +2,8 @@
 
 #include "graph/node.h"
 
+class QDomElement;
+
 // File types, stored by number in documents.
 enum FileType {
     FileTypeDelimited = 0,
@@ -37,6 +39,13 @@ public:
     QString leftPaneName() const override;
     QList<QPair<QString, QString>> fileSummary() const override;
     virtual void setSourcePaths(const QString &documentFolder);
+
+    // The item's options as attributes of its document element, in the document's order.
+    // Paths are written relative to documentFolder when they lie below it, and resolved
+    // against it on reading, so that a document and its data can move together.
+    virtual void writeAttributes(QDomElement &element, const QString &documentFolder) const = 0;
+    virtual void readAttributes(const QDomElement &element, int version,
+                                const QString &documentFolder) = 0;
 
 protected:
     void copyIOInto(IONode *copy) const;

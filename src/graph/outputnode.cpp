@@ -64,3 +64,7 @@ void OutputNode::run(bool, bool freeUpstream)
     if (freeUpstream)
         freeUpstreamData();
 }
+
+void OutputNode::writeAttributes(QDomElement &, const QString &) const { }
+
+void OutputNode::readAttributes(const QDomElement &, int, const QString &) { }

@@ -18,6 +18,9 @@ public:
     int minimumInputs() const override { return 1; }
     int maximumOutputs() const override { return 0; }
     void run(bool recursive, bool freeUpstream) override;
+    void writeAttributes(QDomElement &element, const QString &documentFolder) const override;
+    void readAttributes(const QDomElement &element, int version,
+                        const QString &documentFolder) override;
 
     bool outputEnabled() const { return m_outputEnabled; }
     void setOutputEnabled(bool on) { m_outputEnabled = on; }

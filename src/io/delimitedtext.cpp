@@ -21,6 +21,29 @@ constexpr ushort Quote = '"';
 constexpr ushort LineFeed = '\n';
 constexpr ushort CarriageReturn = '\r';
 
+// Whether a character may need the attention of the clean-up: true for every white space
+// but the plain blank, and for some characters that are not white space at all. Most text
+// never gets past the first comparison.
+inline bool mayNeedTidy(ushort u)
+{
+    return (u < 0x20 || u > 0x7E) && QChar::isSpace(u);
+}
+
+// Clean-up is skipped for rows that it would leave unchanged, which are nearly all rows; it
+// would otherwise cost as much as cutting the values. These flags tell which steps a row
+// needs.
+struct CleanUpHints
+{
+    bool trim = false;
+    bool tidy = false;
+
+    void noteValue(const QChar *start, int length)
+    {
+        if (length > 0 && (start->isSpace() || start[length - 1].isSpace()))
+            trim = true;
+    }
+};
+
 // Reports progress when the count passes a multiple of the step, as that multiple over the
 // total; reports nothing for an empty total.
 class ProgressSteps
@@ -105,11 +128,12 @@ public:
     // The row index counts ignored rows too.
     void skip() { ++m_rowIndex; }
 
-    void add(QStringList &row, bool recordValues)
+    void add(QStringList &row, CleanUpHints hints, bool recordValues)
     {
         const int values = row.size();
         m_width = std::max(m_width, values);
-        if (!m_out.addInputRow(std::move(row), m_trim, m_simplify, m_ignoreEmpty))
+        if (!m_out.addInputRow(std::move(row), m_trim && hints.trim, m_simplify && hints.tidy,
+                               m_ignoreEmpty))
             ++m_report.emptyRowsIgnored;
         if (recordValues)
             m_recorder.record(values);
@@ -137,9 +161,26 @@ private:
     bool m_ignoreEmpty;
 };
 
-// The state machine of quoted text, fed block by block. A value that lies within one block
-// is cut out of the block in one piece; only values that the block end, a doubled quote or
-// text after a closing quote break into parts go through the reserved cell buffer.
+// The state machine of quoted text, fed block by block:
+//
+//   state                        delimiter  quote  line end  other
+//   0 start                      5          2      6         1
+//   1 in plain value             5          1      6         1
+//   2 quote opened               3          4      3         3
+//   3 in quoted value            3          4      3         3
+//   4 quote met in quoted value  5          3      6         3
+//   5 value ended                5          2      6         1
+//   6 row ended                  5          2      6         1
+//
+// States 1 and 3 add the character to the value, 2 clears it, 5 ends the value (unless it
+// is empty and repeated delimiters are ignored), 6 ends the value and the row. The delimiter
+// is tested first. A CR that an LF follows is skipped outside quotes.
+//
+// The code follows the table with one path a state rather than a look-up, so that the
+// branches of the common plain values predict well; the runs of states 1 and 3 are cut out of
+// the block whole. A value that lies within one block is made from the block in one piece;
+// only values that a block end, a doubled quote or text after a closing quote break into
+// parts go through the reserved cell buffer.
 class QuotedTokeniser
 {
 public:
@@ -157,18 +198,24 @@ public:
     void finish();
 
 private:
-    enum State { Start, InPlain, QuoteOpened, InQuoted, QuoteMet, ValueEnded, RowEnded };
-    enum CharClass { IsDelimiter, IsQuote, IsLineEnd, IsOther };
+    // States 0, 5 and 6 share their transitions and are kept as one.
+    enum State { BetweenValues, InPlain, InQuotes, QuoteMet };
 
-    static constexpr State Next[7][4] = {
-        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // Start
-        {ValueEnded, InPlain, RowEnded, InPlain}, // InPlain
-        {InQuoted, QuoteMet, InQuoted, InQuoted}, // QuoteOpened
-        {InQuoted, QuoteMet, InQuoted, InQuoted}, // InQuoted
-        {ValueEnded, InQuoted, RowEnded, InQuoted}, // QuoteMet
-        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // ValueEnded
-        {ValueEnded, QuoteOpened, RowEnded, InPlain}, // RowEnded
-    };
+    State betweenValues(const QChar *&p, const QChar *end);
+    State plainValue(const QChar *&p, const QChar *end);
+    State quotedValue(const QChar *&p, const QChar *end);
+    State afterQuote(const QChar *&p, const QChar *end);
+
+    // The class of the character at p, with a CR LF pair read as its LF.
+    ushort lineChar(const QChar *&p, const QChar *end) const
+    {
+        const ushort c = p->unicode();
+        if (c == CarriageReturn && p + 1 < end && p[1].unicode() == LineFeed) {
+            ++p;
+            return LineFeed;
+        }
+        return c;
+    }
 
     bool valueIsEmpty() const { return m_runLength == 0 && m_buffer.isEmpty(); }
 
@@ -193,91 +240,170 @@ private:
         m_buffer.resize(0);
     }
 
+    void endValue()
+    {
+        if (!m_ignoreRepeated || !valueIsEmpty())
+            pushValue();
+    }
+
     void pushValue();
     void endRow();
 
     RowSink m_sink;
     QStringList m_row;
+    CleanUpHints m_hints;
     QString m_buffer;
     const QChar *m_runStart = nullptr;
     int m_runLength = 0;
-    State m_state = Start;
+    State m_state = BetweenValues;
     const ushort m_delimiter;
     const bool m_ignoreRepeated;
 };
 
 void QuotedTokeniser::scan(const QChar *p, const QChar *end)
 {
-    const ushort delimiter = m_delimiter;
-    // A quote that is the delimiter is only ever the delimiter.
-    const bool quotes = delimiter != Quote;
     State state = m_state;
     while (p < end) {
-        ushort c = p->unicode();
-        if (c == CarriageReturn && state != QuoteOpened && state != InQuoted && p + 1 < end
-            && p[1].unicode() == LineFeed) {
-            ++p;
-            c = LineFeed;
-        }
-        const CharClass charClass = c == delimiter ? IsDelimiter
-            : c == Quote                           ? IsQuote
-            : c == LineFeed || c == CarriageReturn ? IsLineEnd
-                                                   : IsOther;
-        state = Next[state][charClass];
         switch (state) {
-        case InPlain: {
-            // Everything up to the next delimiter or line end stays in the value.
-            const QChar *start = p++;
-            while (p < end) {
-                const ushort u = p->unicode();
-                if (u == delimiter || u == LineFeed || u == CarriageReturn)
-                    break;
-                ++p;
-            }
-            addRun(start, p);
-            continue;
-        }
-        case InQuoted: {
-            // Everything up to the next quote stays in the value, line ends included.
-            const QChar *start = p++;
-            if (quotes) {
-                while (p < end && p->unicode() != Quote)
-                    ++p;
-            } else {
-                p = end;
-            }
-            addRun(start, p);
-            continue;
-        }
-        case QuoteOpened:
-            clearValue();
+        case BetweenValues:
+            state = betweenValues(p, end);
+            break;
+        case InPlain:
+            state = plainValue(p, end);
+            break;
+        case InQuotes:
+            state = quotedValue(p, end);
             break;
         case QuoteMet:
-        case Start:
-            break;
-        case ValueEnded:
-            if (!m_ignoreRepeated || !valueIsEmpty())
-                pushValue();
-            break;
-        case RowEnded:
-            pushValue();
-            endRow();
+            state = afterQuote(p, end);
             break;
         }
-        ++p;
     }
     m_state = state;
     // The block is about to be replaced: keep what it holds of the current value.
     flushRun();
 }
 
-void QuotedTokeniser::pushValue()
+// States 0, 5 and 6. Stays here through any number of plain values.
+QuotedTokeniser::State QuotedTokeniser::betweenValues(const QChar *&p, const QChar *end)
 {
-    if (m_buffer.isEmpty()) {
-        m_row.append(m_runLength > 0 ? QString(m_runStart, m_runLength) : QString());
+    while (p < end) {
+        const ushort c = lineChar(p, end);
+        if (c == m_delimiter) {
+            ++p;
+            endValue();
+        } else if (c == Quote) {
+            ++p;
+            clearValue();
+            return InQuotes;
+        } else if (c == LineFeed || c == CarriageReturn) {
+            ++p;
+            pushValue();
+            endRow();
+        } else if (plainValue(p, end) == InPlain) {
+            return InPlain;
+        }
+    }
+    return BetweenValues;
+}
+
+// State 1: everything up to the next delimiter or line end joins the value.
+QuotedTokeniser::State QuotedTokeniser::plainValue(const QChar *&p, const QChar *end)
+{
+    const ushort delimiter = m_delimiter;
+    const QChar *start = p;
+    bool tidy = false;
+    for (; p < end; ++p) {
+        const ushort u = p->unicode();
+        if (u == delimiter)
+            break;
+        if (u < 0x21 || u > 0x7E) {
+            if (u == LineFeed || u == CarriageReturn)
+                break;
+            tidy = tidy || mayNeedTidy(u);
+        }
+    }
+    m_hints.tidy = m_hints.tidy || tidy;
+    if (p > start)
+        addRun(start, p);
+    if (p == end)
+        return InPlain;
+    const ushort c = lineChar(p, end);
+    ++p;
+    if (c == delimiter) {
+        endValue();
+    } else {
+        pushValue();
+        endRow();
+    }
+    return BetweenValues;
+}
+
+// States 2 and 3: everything up to the next quote joins the value, line ends included.
+// (When the quote is the delimiter these states are never reached.)
+QuotedTokeniser::State QuotedTokeniser::quotedValue(const QChar *&p, const QChar *end)
+{
+    const QChar *start = p;
+    bool tidy = false;
+    for (; p < end; ++p) {
+        const ushort u = p->unicode();
+        if (u == Quote)
+            break;
+        tidy = tidy || mayNeedTidy(u);
+    }
+    m_hints.tidy = m_hints.tidy || tidy;
+    if (p > start)
+        addRun(start, p);
+    if (p == end)
+        return InQuotes;
+    ++p;
+    return QuoteMet;
+}
+
+// State 4: a doubled quote gives one quote, and other text after the closing quote joins the
+// value, which goes on as quoted.
+QuotedTokeniser::State QuotedTokeniser::afterQuote(const QChar *&p, const QChar *end)
+{
+    const ushort c = lineChar(p, end);
+    if (c == m_delimiter) {
+        ++p;
+        endValue();
+        return BetweenValues;
+    }
+    if (c == LineFeed || c == CarriageReturn) {
+        ++p;
+        pushValue();
+        endRow();
+        return BetweenValues;
+    }
+    const QChar *start = p++;
+    m_hints.tidy = m_hints.tidy || mayNeedTidy(c);
+    const State state = quotedValue(p, end);
+    // The run of quotedValue starts after the kept character; join them into one.
+    if (m_runLength > 0 && m_runStart == start + 1) {
+        m_runStart = start;
+        ++m_runLength;
     } else {
         flushRun();
-        m_row.append(QString(m_buffer.constData(), m_buffer.size()));
+        m_buffer.append(*start);
+    }
+    return state;
+}
+
+void QuotedTokeniser::pushValue()
+{
+    // The cell is created in place, which spares the reference counting of a copy.
+    m_row.append(QString());
+    QString &cell = m_row.last();
+    if (m_buffer.isEmpty()) {
+        if (m_runLength > 0) {
+            cell = QString(m_runStart, m_runLength);
+            m_hints.noteValue(m_runStart, m_runLength);
+        }
+    } else {
+        flushRun();
+        cell = QString(m_buffer.constData(), m_buffer.size());
+        m_hints.noteValue(m_buffer.constData(), m_buffer.size());
         if (m_buffer.capacity() > CellBufferKeepLimit) {
             m_buffer = QString();
             m_buffer.reserve(CellReserve);
@@ -293,10 +419,12 @@ void QuotedTokeniser::endRow()
     if (m_sink.isIgnored()) {
         m_sink.skip();
         m_row.erase(m_row.begin(), m_row.end());
+        m_hints = CleanUpHints();
         return;
     }
-    m_sink.add(m_row, true);
+    m_sink.add(m_row, m_hints, true);
     m_sink.renew(m_row);
+    m_hints = CleanUpHints();
 }
 
 void QuotedTokeniser::finish()
@@ -304,7 +432,7 @@ void QuotedTokeniser::finish()
     if (!valueIsEmpty() || !m_row.isEmpty())
         pushValue();
     if (!m_row.isEmpty() && !m_sink.isIgnored())
-        m_sink.add(m_row, true);
+        m_sink.add(m_row, m_hints, true);
     m_sink.finish();
 }
 
@@ -333,6 +461,31 @@ const QChar *findChar(const QChar *p, const QChar *end, ushort c)
     while (p < end && p->unicode() != c)
         ++p;
     return p;
+}
+
+// The end of the value that starts at p: the next separator or the end.
+const QChar *scanValue(const QChar *p, const QChar *end, ushort separator, CleanUpHints &hints)
+{
+    bool tidy = false;
+    for (; p < end; ++p) {
+        const ushort u = p->unicode();
+        if (u == separator)
+            break;
+        tidy = tidy || mayNeedTidy(u);
+    }
+    hints.tidy = hints.tidy || tidy;
+    return p;
+}
+
+// Appends a cell made in place, which spares the reference counting of a copy.
+void appendCell(QStringList &row, const QChar *start, const QChar *stop, CleanUpHints &hints)
+{
+    row.append(QString());
+    if (stop > start) {
+        const int length = int(stop - start);
+        row.last() = QString(start, length);
+        hints.noteValue(start, length);
+    }
 }
 
 // Reads line by line as the text stream defines lines; a Carriage Return inside a line
@@ -549,14 +702,15 @@ void readUnquotedText(QTextStream &stream, qint64 length, QChar delimiter,
             sink.skip();
             return;
         }
+        CleanUpHints hints;
         for (;;) {
-            const QChar *valueEnd = findChar(p, end, separator);
-            row.append(valueEnd > p ? QString(p, int(valueEnd - p)) : QString());
+            const QChar *valueEnd = scanValue(p, end, separator, hints);
+            appendCell(row, p, valueEnd, hints);
             if (valueEnd == end)
                 break;
             p = valueEnd + 1;
         }
-        sink.add(row, true);
+        sink.add(row, hints, true);
         sink.renew(row);
     };
     readLinePieces(stream, length, progress, piece, separator, options.ignoreRepeatedDelimiters);
@@ -611,9 +765,11 @@ bool readPlainText(QTextStream &stream, qint64 length, const DelimitedReadOption
             sink.skip();
             return;
         }
+        // A piece holds no Carriage Return, so it is one value.
+        CleanUpHints hints;
         row = QStringList();
-        row.append(end > p ? QString(p, int(end - p)) : QString());
-        sink.add(row, false);
+        appendCell(row, p, scanValue(p, end, CarriageReturn, hints), hints);
+        sink.add(row, hints, false);
     };
     readLinePieces(stream, length, progress, piece, 0, false);
     sink.finish();

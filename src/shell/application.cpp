@@ -71,8 +71,7 @@ Application::~Application()
     delete[] m_reserve;
     m_reserve = nullptr;
     delete m_outOfMemoryDialog;
-    if (Settings::instance() == m_settings)
-        Settings::setInstance(nullptr);
+    // The store uninstalls itself as it goes.
     delete m_settings;
     qDeleteAll(m_transforms);
     for (const QString &path : qAsConst(m_temporaryFiles))
@@ -320,6 +319,11 @@ void Application::takeSystemFont()
         m_fixedWidthFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
         if (m_applicationFont.pointSize() > 0)
             m_fixedWidthFont.setPointSize(m_applicationFont.pointSize());
+        // Some platforms (offscreen among them) answer with a proportional font.
+        if (!QFontInfo(m_fixedWidthFont).fixedPitch()) {
+            m_fixedWidthFont.setFamily(QStringLiteral("monospace"));
+            m_fixedWidthFont.setStyleHint(QFont::TypeWriter);
+        }
     }
 }
 
@@ -340,20 +344,27 @@ void Application::createPrototypes()
 
 void Application::gatherCodecNames()
 {
-    // availableCodecs() lists aliases as names of their own; keep one name per codec.
+    // availableCodecs() lists aliases as names of their own, and some aliases (such as
+    // ICU's "1383" for GBK) are not among the codec's aliases(): keep the first name met of
+    // each codec.
     QSet<QByteArray> seen;
+    QSet<const QTextCodec *> listed;
     const QList<QByteArray> available = QTextCodec::availableCodecs();
     for (const QByteArray &name : available) {
         if (seen.contains(name))
             continue;
-        m_codecNames.append(QString::fromLatin1(name));
         seen.insert(name);
-        if (const QTextCodec *codec = QTextCodec::codecForName(name)) {
+        const QTextCodec *codec = QTextCodec::codecForName(name);
+        if (codec) {
+            if (listed.contains(codec))
+                continue;
+            listed.insert(codec);
             seen.insert(codec->name());
             const QList<QByteArray> aliases = codec->aliases();
             for (const QByteArray &alias : aliases)
                 seen.insert(alias);
         }
+        m_codecNames.append(QString::fromLatin1(name));
     }
     std::sort(m_codecNames.begin(), m_codecNames.end());
 }

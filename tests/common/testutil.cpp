@@ -67,7 +67,9 @@ void prepareTestEnvironment()
 InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos)
 {
     auto *input = new InputNode;
-    input->setMedium(InputNode::Text);
+    input->setMedium(InputNode::Clipboard);
+    input->setInputFileType(FileTypeDelimited);
+    input->setHeader(InputNode::HasHeader);
     input->setText(csv);
     input->setPos(pos);
     scene.addNode(input);

@@ -168,13 +168,13 @@ void TestDataset::columnsByName_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("column");
 
-    QTest::newRow("plain") << QStringList{"a", "b"} << "b" << 1;
-    QTest::newRow("number") << QStringList{"a", "b"} << "2" << 1;
-    QTest::newRow("first of twins") << QStringList{"x", "x"} << "x" << 0;
-    QTest::newRow("name that is a number wins") << QStringList{"2", "b"} << "2" << 0;
-    QTest::newRow("trimmed") << QStringList{" a ", "b"} << "a" << 0;
-    QTest::newRow("empty name by number") << QStringList{"a", ""} << "2" << 1;
-    QTest::newRow("unknown") << QStringList{"a", "b"} << "c" << -1;
+    QTest::newRow("plain") << QStringList {"a", "b"} << "b" << 1;
+    QTest::newRow("number") << QStringList {"a", "b"} << "2" << 1;
+    QTest::newRow("first of twins") << QStringList {"x", "x"} << "x" << 0;
+    QTest::newRow("name that is a number wins") << QStringList {"2", "b"} << "2" << 0;
+    QTest::newRow("trimmed") << QStringList {" a ", "b"} << "a" << 0;
+    QTest::newRow("empty name by number") << QStringList {"a", ""} << "2" << 1;
+    QTest::newRow("unknown") << QStringList {"a", "b"} << "c" << -1;
 }
 
 void TestDataset::columnsByName()
@@ -182,7 +182,7 @@ void TestDataset::columnsByName()
     QFETCH(QStringList, header);
     QFETCH(QString, name);
     QFETCH(int, column);
-    Dataset dataset = makeDataset({header, QStringList{"1", "2"}});
+    Dataset dataset = makeDataset({header, QStringList {"1", "2"}});
     QCOMPARE(dataset.columnsByName().value(name).value(), column);
 }
 
@@ -208,7 +208,8 @@ void TestDataset::assignColumnIdsSkipsExisting()
     Dataset dataset = makeDataset({{"a", "b", "c"}, {"1", "2", "3"}});
     dataset.setColumnId(1, ColumnId(2, 5));
     dataset.assignColumnIds(8);
-    QCOMPARE(dataset.columnIds(), (QList<ColumnId>{ColumnId(8, 1), ColumnId(2, 5), ColumnId(8, 2)}));
+    QCOMPARE(dataset.columnIds(),
+             (QList<ColumnId> {ColumnId(8, 1), ColumnId(2, 5), ColumnId(8, 2)}));
 }
 
 void TestDataset::dropDuplicateIdsKeepsFirst()
@@ -217,16 +218,14 @@ void TestDataset::dropDuplicateIdsKeepsFirst()
     dataset.setColumnIds({ColumnId(1, 1), ColumnId(1, 2), ColumnId(1, 1)});
     QCOMPARE(dataset.columnIndex(ColumnId(1, 1)), 2);
     dataset.dropDuplicateIds();
-    QCOMPARE(dataset.columnIds(), (QList<ColumnId>{ColumnId(1, 1), ColumnId(1, 2), ColumnId()}));
+    QCOMPARE(dataset.columnIds(), (QList<ColumnId> {ColumnId(1, 1), ColumnId(1, 2), ColumnId()}));
     QCOMPARE(dataset.columnIndex(ColumnId(1, 1)), 0);
 }
 
 void TestDataset::removeEmptyRowsAndColumns()
 {
-    Dataset dataset = makeDataset({{"a", "b", "c", "d"},
-                                   {"1", "", "", ""},
-                                   {"", "", "", ""},
-                                   {"3", "", "x", ""}});
+    Dataset dataset = makeDataset(
+        {{"a", "b", "c", "d"}, {"1", "", "", ""}, {"", "", "", ""}, {"3", "", "x", ""}});
     QCOMPARE(dataset.emptyColumns(), QList<int>({3, 1}));
     QCOMPARE(dataset.removeEmptyColumns(), 2);
     QCOMPARE(dataset.header(), QStringList({"a", "c"}));
@@ -340,8 +339,9 @@ void TestDataset::poolingSharesEqualCells()
     Dataset::setOptimizeFor(Dataset::MinimumMemory);
     Dataset dataset;
     for (int r = 0; r < 50; ++r)
-        dataset.addInputRow({QString::number(r % 3), QString(""), QStringLiteral("x").repeated(r % 2 + 1)},
-                            false, false, false);
+        dataset.addInputRow(
+            {QString::number(r % 3), QString(""), QStringLiteral("x").repeated(r % 2 + 1)}, false,
+            false, false);
     QCOMPARE(dataset.cell(0, 0), dataset.cell(3, 0));
     QCOMPARE(dataset.cell(0, 0).constData(), dataset.cell(3, 0).constData());
     QCOMPARE(dataset.cell(1, 2).constData(), dataset.cell(49, 2).constData());

@@ -156,7 +156,7 @@ void TestGraphScene::inputCaseCloneEndToEnd()
     QCOMPARE(log.lines.size(), 8);
     QVERIFY(log.lines.at(0).startsWith("Started run at: "));
     QVERIFY(log.lines.at(1).startsWith(
-        QString("  Processed Input 'Input' Id=%1 (2 rows x 2 cols) in ").arg(input->id())));
+        QString("  Processed Input 'Clipboard' Id=%1 (2 rows x 2 cols) in ").arg(input->id())));
     QVERIFY(log.lines.at(1).endsWith("[2 rows x 2 cols], Up to date"));
     QVERIFY(log.lines.at(2).startsWith(
         QString("  Processed Transform 'Case' Id=%1 (2 rows x 2 cols) in ").arg(caseNode->id())));
@@ -197,7 +197,8 @@ void TestGraphScene::rootsLeftToRightChildrenTopToBottom()
 
     scene.process(GraphScene::RunAll);
     QCOMPARE(journal, QStringList({"upper child", "lower child", "right child"}));
-    QCOMPARE(processedNames(log.lines).first(), QString("Input"));
+    QCOMPARE(processedNames(log.lines).first(), QString("Clipboard"));
+    QVERIFY(log.lines.at(1).contains(QString("Id=%1 ").arg(left->id())));
 }
 
 void TestGraphScene::twoInputTransformRunsOnceAfterBoth()

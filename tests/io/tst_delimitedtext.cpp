@@ -2,6 +2,7 @@
 #include "io/delimitedtext.h"
 
 #include <QLocale>
+#include <QRandomGenerator>
 #include <QTemporaryFile>
 #include <QTest>
 #include <QTextCodec>
@@ -102,6 +103,53 @@ QList<QStringList> rowsOf(const Dataset &dataset)
     return dataset.rows();
 }
 
+// The quoted reader as its table reads, one character at a time over the whole text, with
+// no clean-up: the model that the block-wise reader must agree with.
+QList<QStringList> modelRows(const QString &text, QChar delimiter, int ignoredRows,
+                             bool ignoreRepeated)
+{
+    static const int next[7][4] = {{5, 2, 6, 1}, {5, 1, 6, 1}, {3, 4, 3, 3}, {3, 4, 3, 3},
+                                   {5, 3, 6, 3}, {5, 2, 6, 1}, {5, 2, 6, 1}};
+    QList<QStringList> rows;
+    QStringList row;
+    QString value;
+    int state = 0;
+    int rowIndex = 0;
+    for (int i = 0; i < text.size(); ++i) {
+        QChar c = text.at(i);
+        if (c == '\r' && state != 2 && state != 3 && i + 1 < text.size() && text.at(i + 1) == '\n')
+            c = text.at(++i);
+        const int charClass = c == delimiter ? 0 : c == '"' ? 1 : (c == '\n' || c == '\r') ? 2 : 3;
+        state = next[state][charClass];
+        if (state == 1 || state == 3) {
+            value += c;
+        } else if (state == 2) {
+            value.clear();
+        } else if (state == 5 && !(ignoreRepeated && value.isEmpty())) {
+            row << value;
+            value.clear();
+        } else if (state == 6) {
+            row << value;
+            value.clear();
+            if (rowIndex++ >= ignoredRows)
+                rows << row;
+            row.clear();
+        }
+    }
+    if (!value.isEmpty() || !row.isEmpty())
+        row << value;
+    if (!row.isEmpty() && rowIndex >= ignoredRows)
+        rows << row;
+    int width = 0;
+    for (const QStringList &r : qAsConst(rows))
+        width = qMax(width, r.size());
+    for (QStringList &r : rows) {
+        while (r.size() < width)
+            r << QString();
+    }
+    return rows;
+}
+
 } // namespace
 
 class TestDelimitedText : public QObject
@@ -119,6 +167,7 @@ private slots:
     void guess();
     void blockBoundaries_data();
     void blockBoundaries();
+    void agreesWithModel();
     void progress_data();
     void progress();
     void progressThrows();
@@ -286,6 +335,32 @@ void TestDelimitedText::read_data()
         << "skip\na,b,c\nd,e\nf\ng,h,i\n"
         << withIgnored(unquotedComma, 1) << unevenRows << none << uneven;
 
+    // Clean-up must reach every kind of white space, each row needing one step only.
+    const QString spaced = QString::fromUtf8("é\u00a0,x\ny,\u3000b\ne\u2003f,z\nc\td,w\n"
+                                             "\"g\r\nh\",v\n");
+    const QList<QStringList> cleaned
+        = {{"é", "x"}, {"y", "b"}, {"e f", "z"}, {"c d", "w"}, {"g h", "v"}};
+    QTest::newRow("clean-up of white space, quoted")
+        << spaced << withCleanUp(quotedComma) << cleaned << none << none;
+    QTest::newRow("clean-up of white space, unquoted")
+        << QString(spaced).remove('"').replace("\r\n", "\v") << withCleanUp(unquotedComma)
+        << cleaned << none << none;
+    DelimitedReadOptions simplifyOnly = quotedComma;
+    simplifyOnly.simplify = true;
+    QTest::newRow("simplify without trim")
+        << "\tx,y\n"
+        << simplifyOnly << QList<QStringList>({{" x", "y"}}) << none << none;
+    QTest::newRow("simplify after a closing quote")
+        << "\"a\"\tb,c\n"
+        << simplifyOnly << QList<QStringList>({{"a b", "c"}}) << none << none;
+    QTest::newRow("no clean-up of white space")
+        << spaced << quotedComma
+        << QList<QStringList>({{QString::fromUtf8("é\u00a0"), "x"},
+                               {"y", QString::fromUtf8("\u3000b")},
+                               {QString::fromUtf8("e\u2003f"), "z"},
+                               {"c\td", "w"},
+                               {"g\r\nh", "v"}})
+        << none << none;
     QTest::newRow("blank lines dropped and reported")
         << "a, b\n\n  \nc,d\n"
         << withCleanUp(quotedComma) << QList<QStringList>({ab, {"c", "d"}})
@@ -411,6 +486,8 @@ void TestDelimitedText::blockBoundaries_data()
     const QString quotedXs = QString(2047, QLatin1Char('x'));
     QTest::newRow("quoted CR LF starting a block") << "\"" + quotedXs
             + "\r\ny\",z\n" << quotedComma << QList<QStringList>({{quotedXs + "\r\ny", "z"}});
+    QTest::newRow("text after a closing quote at the block end") << "\"" + xs
+            + "\"b,c\",d\n" << quotedComma << QList<QStringList>({{xs + "b,c", "d"}});
     const QString as = QString(2047, QLatin1Char('a'));
     QTest::newRow("CR LF across the block end") << as + "\r\nb\r\n"
                                                 << quotedComma << QList<QStringList>({{as}, {"b"}});
@@ -428,6 +505,27 @@ void TestDelimitedText::blockBoundaries()
 
     QCOMPARE(rowsOf(readString(text, options).dataset), rows);
     QCOMPARE(rowsOf(readFile(text, options).dataset), rows);
+}
+
+void TestDelimitedText::agreesWithModel()
+{
+    // Random texts rich in quotes and line ends, long enough to cross block ends anywhere.
+    const QString alphabet = QStringLiteral("ab,,\"\"\r\n \t");
+    QRandomGenerator random(20261122);
+    for (int round = 0; round < 300; ++round) {
+        QString text;
+        const int length = int(random.bounded(6000));
+        text.reserve(length);
+        for (int i = 0; i < length; ++i)
+            text += alphabet.at(int(random.bounded(alphabet.size())));
+        DelimitedReadOptions options = quotedComma;
+        options.ignoredRows = int(random.bounded(3));
+        options.ignoreRepeatedDelimiters = random.bounded(2) == 1;
+        const QList<QStringList> expected = modelRows(text, QLatin1Char(','), options.ignoredRows,
+                                                      options.ignoreRepeatedDelimiters);
+        QCOMPARE(rowsOf(readFile(text, options).dataset), expected);
+        QCOMPARE(rowsOf(readString(text, options).dataset), expected);
+    }
 }
 
 void TestDelimitedText::progress_data()

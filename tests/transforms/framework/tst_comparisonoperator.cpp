@@ -40,8 +40,6 @@ void TestComparisonOperator::texts_data()
     const QString emptySet(QChar(0x2205));
     QTest::newRow("contains") << 0 << "c   Contains"
                               << "c";
-    QTest::newRow("greater equal") << 6 << ">=  Greater than equal"
-                                   << ">=";
     QTest::newRow("doesn't contain") << 9 << "!c   Doesn't contain"
                                      << "!c";
     QTest::newRow("doesn't match") << 13 << "!rx Doesn't match regex"
@@ -53,8 +51,6 @@ void TestComparisonOperator::texts_data()
                                   << QString("!" + emptySet);
     QTest::newRow("past the table") << 21 << "c   Contains"
                                     << "c";
-    QTest::newRow("negative") << -1 << "c   Contains"
-                              << "c";
 }
 
 void TestComparisonOperator::texts()
@@ -118,9 +114,6 @@ void TestComparisonOperator::evaluate_data()
     QTest::newRow("abc = ABC insensitive") << 1 << "abc"
                                            << "ABC"
                                            << "" << false << true;
-    QTest::newRow("abc != ABC insensitive") << 10 << "abc"
-                                            << "ABC"
-                                            << "" << false << false;
     QTest::newRow("10 > 9") << 4 << "10"
                             << "9"
                             << "" << true << true;
@@ -133,9 +126,6 @@ void TestComparisonOperator::evaluate_data()
     QTest::newRow("10 < word") << 5 << "10"
                                << "nine"
                                << "" << true << true;
-    QTest::newRow("10 >= 10.0") << 6 << "10"
-                                << "10.0"
-                                << "" << true << true;
     QTest::newRow("10 <= 9.5") << 7 << "10"
                                << "9.5"
                                << "" << true << false;
@@ -149,9 +139,6 @@ void TestComparisonOperator::evaluate_data()
     QTest::newRow("same texts without formats") << 4 << "10/1/2024"
                                                 << "9/15/2024"
                                                 << "" << true << false;
-    QTest::newRow("empty equals empty") << 1 << ""
-                                        << ""
-                                        << "" << true << true;
     QTest::newRow("text equals empty") << 1 << "x"
                                        << ""
                                        << "" << true << false;
@@ -159,18 +146,12 @@ void TestComparisonOperator::evaluate_data()
     QTest::newRow("contains") << 0 << "Hello"
                               << "ELL"
                               << "" << false << true;
-    QTest::newRow("contains sensitive") << 0 << "Hello"
-                                        << "ELL"
-                                        << "" << true << false;
     QTest::newRow("doesn't contain") << 9 << "Hello"
                                      << "xyz"
                                      << "" << true << true;
     QTest::newRow("starts with") << 2 << "Hello"
                                  << "he"
                                  << "" << false << true;
-    QTest::newRow("doesn't start with") << 11 << "Hello"
-                                        << "he"
-                                        << "" << true << true;
     QTest::newRow("ends with") << 3 << "Hello"
                                << "LO"
                                << "" << false << true;
@@ -221,9 +202,6 @@ void TestComparisonOperator::evaluate_data()
     QTest::newRow("fuzzy sensitive") << 14 << "ABCDEFGHIJ"
                                      << "abcdefghij"
                                      << "" << true << false;
-    QTest::newRow("fuzzy both empty") << 14 << ""
-                                      << ""
-                                      << "" << true << true;
 
     QTest::newRow("is empty") << 19 << ""
                               << ""

@@ -1,0 +1,115 @@
+#pragma once
+
+#include <QChar>
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+class Dataset;
+class QTextStream;
+
+// Writing a Dataset to a file: the write modes, the per-file rules (how the file is opened,
+// when a byte-order mark and a header go in) and the text writers of each output file type,
+// found through one table. Free of widgets and items: callers pass the options and a progress
+// callback, and receive the messages for the user in a WriteReport.
+
+// Stored by number in documents under `enable_output`.
+enum WriteMode { WriteDisabled = 0, WriteOverwrite = 1, WriteAppend = 2, WriteNew = 3 };
+QString writeModeName(int mode);
+
+// Stored by number in documents under `line_endings`.
+enum LineEnding {
+    LineEndingAutomatic = 0,
+    LineEndingWindows = 1,
+    LineEndingUnix = 2,
+    LineEndingOldMac = 3,
+    LineEndingRecordSeparator = 4
+};
+QString lineEndingName(int lineEnding);
+// The characters that end a line; Automatic means CR LF.
+QString lineEndingCharacters(int lineEnding);
+
+// Stored by number in documents under `quote`.
+enum OutputQuoting { OutputQuotingAsNeeded = 0, OutputQuotingAlways = 1, OutputQuotingNever = 2 };
+QString outputQuotingName(int quoting);
+
+// What a text writer needs besides the stream and the dataset, with the flags already decided
+// for this file.
+struct TextWriteOptions
+{
+    QString encoding = QStringLiteral("UTF-8");
+    bool byteOrderMark = false;
+    QChar delimiter = QLatin1Char(',');
+    int quoting = OutputQuotingAsNeeded;
+    QString lineEnding = QStringLiteral("\r\n");
+    bool writeHeader = true;
+    bool htmlEncode = true;
+    // Written at the top of the formats that have comments; empty for none.
+    QString comment;
+    // The file's path, for the HTML title.
+    QString path;
+};
+
+struct WriteReport
+{
+    QStringList warnings;
+    QStringList info;
+};
+
+using WriteProgress = std::function<void(double)>;
+using TextWriter = bool (*)(QTextStream &stream, const Dataset &dataset,
+                            const TextWriteOptions &options, WriteReport &report,
+                            const WriteProgress &progress);
+
+// Each writer sets the codec and the byte-order-mark generation on the stream first, streams
+// the dataset a row at a time, reports progress every 1000 rows and flushes at the end.
+bool writeDelimitedText(QTextStream &stream, const Dataset &dataset,
+                        const TextWriteOptions &options, WriteReport &report,
+                        const WriteProgress &progress);
+bool writeHtml(QTextStream &stream, const Dataset &dataset, const TextWriteOptions &options,
+               WriteReport &report, const WriteProgress &progress);
+bool writeMarkdown(QTextStream &stream, const Dataset &dataset, const TextWriteOptions &options,
+                   WriteReport &report, const WriteProgress &progress);
+bool writePlainText(QTextStream &stream, const Dataset &dataset, const TextWriteOptions &options,
+                    WriteReport &report, const WriteProgress &progress);
+
+// The writer of an output file type, or null when that type cannot be written (yet).
+TextWriter textWriterFor(int fileType);
+// Whether the type's files start with the comment.
+bool fileTypeHasComment(int fileType);
+// Whether the type writes column names as a header line that the user may leave out.
+bool fileTypeHasHeaderOption(int fileType);
+QString writerUnavailableMessage(int fileType);
+
+// The output options that decide how one file is written.
+struct OutputFileOptions
+{
+    int fileType = 0;
+    int writeMode = WriteOverwrite;
+    QString encoding = QStringLiteral("UTF-8");
+    bool byteOrderMark = true;
+    QChar delimiter = QLatin1Char(',');
+    int quoting = OutputQuotingAsNeeded;
+    int lineEnding = LineEndingAutomatic;
+    bool writeHeader = true;
+    bool writeHeaderFirstAppendOnly = true;
+    bool htmlEncode = true;
+    // With its variables already replaced.
+    QString comment;
+};
+
+// Byte-order mark and header of one write, given the state of the target before it is
+// opened (exists, size in bytes).
+bool byteOrderMarkWanted(const OutputFileOptions &options, bool exists, qint64 size);
+bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size);
+
+// The file type that output_file_extensions gives the extension of path, or defaultType.
+int outputFileTypeForPath(const QString &path, int defaultType);
+
+// Writes the dataset to path, opened directly in the way of the write mode. Returns false on
+// failure with the reason in report.warnings. With mode New and an existing file nothing is
+// written, and the call still succeeds with a warning.
+bool writeOutputFile(const QString &path, const Dataset &dataset,
+                     const OutputFileOptions &options, WriteReport &report,
+                     const WriteProgress &progress);
