@@ -4,8 +4,6 @@
 #include "io/delimitedtext.h"
 #include "shell/settings.h"
 
-#include <QHash>
-#include <QVariantMap>
 
 #include <algorithm>
 
@@ -36,19 +34,6 @@ const FileTypeRow Rows[] = {
 };
 
 constexpr int RowCount = int(sizeof(Rows) / sizeof(Rows[0]));
-
-const QHash<QString, int> &defaultInputExtensions()
-{
-    static const QHash<QString, int> map{
-        {QStringLiteral("csv"), FileTypeDelimited},  {QStringLiteral("tsv"), FileTypeDelimited},
-        {QStringLiteral("xlsx"), FileTypeXlsx},      {QStringLiteral("xls"), FileTypeXls},
-        {QStringLiteral("txt"), FileTypeFixedWidth}, {QStringLiteral("json"), FileTypeJson},
-        {QStringLiteral("geojson"), FileTypeJson},   {QStringLiteral("log"), FileTypePlainText},
-        {QStringLiteral("xml"), FileTypeXml},        {QStringLiteral("opml"), FileTypeXml},
-        {QStringLiteral("vcf"), FileTypeVCard},
-    };
-    return map;
-}
 
 } // namespace
 
@@ -87,15 +72,8 @@ bool usesEncoding(int fileType)
 
 int inputTypeForExtension(const QString &extension, int defaultType)
 {
-    const QString key = extension.trimmed().toLower();
-    const QVariant stored = Settings::instance()->value(QStringLiteral("input_file_extensions"));
-    int type = FileTypeNone;
-    if (stored.isValid()) {
-        const QVariantMap map = stored.toMap();
-        type = map.value(key, FileTypeNone).toInt();
-    } else {
-        type = defaultInputExtensions().value(key, FileTypeNone);
-    }
+    const int type = Settings::instance()->inputFileExtensions().value(
+        extension.trimmed().toLower(), FileTypeNone);
     return type == FileTypeNone ? defaultType : type;
 }
 

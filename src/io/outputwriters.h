@@ -62,6 +62,10 @@ using TextWriter = bool (*)(QTextStream &stream, const Dataset &dataset,
                             const TextWriteOptions &options, WriteReport &report,
                             const WriteProgress &progress);
 
+// Sets the codec by name (an unknown name keeps the stream's own) and whether a byte-order
+// mark is generated: the first thing every writer does.
+void prepareTextStream(QTextStream &stream, const QString &encoding, bool byteOrderMark);
+
 // Each writer sets the codec and the byte-order-mark generation on the stream first, streams
 // the dataset a row at a time, reports progress every 1000 rows and flushes at the end.
 bool writeDelimitedText(QTextStream &stream, const Dataset &dataset,

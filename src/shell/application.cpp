@@ -1,5 +1,7 @@
 #include "shell/application.h"
 
+#include "data/dataset.h"
+#include "data/valueinterpretation.h"
 #include "shell/guards.h"
 #include "shell/insufficientmemorydialog.h"
 #include "shell/memory.h"
@@ -150,6 +152,10 @@ void Application::chooseSettings()
     const QString iniPath = settingsFilePath();
     replaceSettings(QFile::exists(iniPath) ? new Settings(iniPath) : new Settings);
     readLastFolders();
+    // Datasets and the readers of dates consult process-wide values, not the store, in their
+    // inner loops.
+    Dataset::setOptimizeFor(m_settings->optimizeFor());
+    setDateFormats(m_settings->dateFormatList());
 }
 
 void Application::replaceSettings(Settings *store)

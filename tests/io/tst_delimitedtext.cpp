@@ -351,7 +351,7 @@ void TestDelimitedText::read_data()
         << "\tx,y\n"
         << simplifyOnly << QList<QStringList>({{" x", "y"}}) << none << none;
     QTest::newRow("simplify after a closing quote")
-        << "\"a\"\tb,c\n"
+        << "\"a\"\tb\",c\n"
         << simplifyOnly << QList<QStringList>({{"a b", "c"}}) << none << none;
     QTest::newRow("no clean-up of white space")
         << spaced << quotedComma

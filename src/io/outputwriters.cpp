@@ -1,0 +1,253 @@
+#include "io/outputwriters.h"
+
+#include "shell/settings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTextStream>
+
+// Defined with the item kinds; the names of the file types as users see them.
+QString fileTypeName(int fileType);
+
+namespace {
+
+// File type numbers as stored in documents.
+constexpr int TypeDelimited = 0;
+constexpr int TypeXlsx = 1;
+constexpr int TypeXls = 2;
+constexpr int TypeJson = 4;
+constexpr int TypeXml = 5;
+constexpr int TypeVCard = 6;
+constexpr int TypeYaml = 7;
+constexpr int TypeHtml = 8;
+constexpr int TypeMarkdown = 9;
+constexpr int TypePlainText = 10;
+constexpr int TypeNone = 11;
+
+struct WriterEntry
+{
+    int fileType;
+    TextWriter writer;
+    bool hasComment;
+    bool hasHeaderOption;
+};
+
+// Every output type once. A type without a writer fails with a clear message, so a writer
+// added later only fills in its slot here.
+const WriterEntry Writers[] = {
+    {TypeDelimited, writeDelimitedText, false, true},
+    {TypeXlsx, nullptr, false, true},
+    {TypeXls, nullptr, false, true},
+    {TypeJson, nullptr, false, false},
+    {TypeXml, nullptr, true, false},
+    {TypeVCard, nullptr, false, false},
+    {TypeYaml, nullptr, true, false},
+    {TypeHtml, writeHtml, true, true},
+    {TypeMarkdown, writeMarkdown, true, true},
+    {TypePlainText, writePlainText, false, true},
+};
+
+const WriterEntry *writerEntry(int fileType)
+{
+    for (const WriterEntry &entry : Writers) {
+        if (entry.fileType == fileType)
+            return &entry;
+    }
+    return nullptr;
+}
+
+bool isUtfEncoding(const QString &encoding)
+{
+    return encoding.contains(QLatin1String("utf"), Qt::CaseInsensitive);
+}
+
+} // namespace
+
+QString writeModeName(int mode)
+{
+    switch (mode) {
+    case WriteDisabled:
+        return QStringLiteral("Disabled");
+    case WriteOverwrite:
+        return QStringLiteral("Overwrite");
+    case WriteAppend:
+        return QStringLiteral("Append");
+    case WriteNew:
+        return QStringLiteral("New");
+    }
+    return QString();
+}
+
+QString lineEndingName(int lineEnding)
+{
+    switch (lineEnding) {
+    case LineEndingAutomatic:
+        return QStringLiteral("Automatic");
+    case LineEndingWindows:
+        return QStringLiteral("Windows (CRLF)");
+    case LineEndingUnix:
+        return QStringLiteral("Mac\\Unix (LF)");
+    case LineEndingOldMac:
+        return QStringLiteral("Old Mac (CR)");
+    case LineEndingRecordSeparator:
+        return QStringLiteral("Record separator (0x1E)");
+    }
+    return QString();
+}
+
+QString lineEndingCharacters(int lineEnding)
+{
+    switch (lineEnding) {
+    case LineEndingUnix:
+        return QStringLiteral("\n");
+    case LineEndingOldMac:
+        return QStringLiteral("\r");
+    case LineEndingRecordSeparator:
+        return QString(QChar(0x1E));
+    default:
+        return QStringLiteral("\r\n");
+    }
+}
+
+QString outputQuotingName(int quoting)
+{
+    switch (quoting) {
+    case OutputQuotingAsNeeded:
+        return QStringLiteral("As needed");
+    case OutputQuotingAlways:
+        return QStringLiteral("Always");
+    case OutputQuotingNever:
+        return QStringLiteral("Never");
+    }
+    return QString();
+}
+
+void prepareTextStream(QTextStream &stream, const QString &encoding, bool byteOrderMark)
+{
+    stream.setCodec(encoding.toLatin1().constData());
+    stream.setGenerateByteOrderMark(byteOrderMark);
+}
+
+TextWriter textWriterFor(int fileType)
+{
+    const WriterEntry *entry = writerEntry(fileType);
+    return entry ? entry->writer : nullptr;
+}
+
+bool fileTypeHasComment(int fileType)
+{
+    const WriterEntry *entry = writerEntry(fileType);
+    return entry && entry->hasComment;
+}
+
+bool fileTypeHasHeaderOption(int fileType)
+{
+    const WriterEntry *entry = writerEntry(fileType);
+    return entry && entry->hasHeaderOption;
+}
+
+QString writerUnavailableMessage(int fileType)
+{
+    const QString name = fileTypeName(fileType);
+    if (name.isEmpty())
+        return QStringLiteral("No file type set for writing.");
+    return QStringLiteral("Writing %1 files is not available yet.").arg(name);
+}
+
+bool byteOrderMarkWanted(const OutputFileOptions &options, bool exists, qint64 size)
+{
+    if (!options.byteOrderMark || !isUtfEncoding(options.encoding))
+        return false;
+    if (options.writeMode == WriteAppend)
+        return !exists || size == 0;
+    return true;
+}
+
+bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size)
+{
+    if (!options.writeHeader)
+        return false;
+    if (options.writeMode != WriteAppend || !options.writeHeaderFirstAppendOnly)
+        return true;
+    // Up to 3 bytes leaves room for nothing but a byte-order mark.
+    return !exists || size <= 3;
+}
+
+int outputFileTypeForPath(const QString &path, int defaultType)
+{
+    const QString extension = QFileInfo(path).suffix().trimmed().toLower();
+    const int type = Settings::instance()->outputFileExtensions().value(extension, TypeNone);
+    return type == TypeNone ? defaultType : type;
+}
+
+bool writeOutputFile(const QString &path, const Dataset &dataset,
+                     const OutputFileOptions &options, WriteReport &report,
+                     const WriteProgress &progress)
+{
+    const QString nativePath = QDir::toNativeSeparators(path);
+    const TextWriter writer = textWriterFor(options.fileType);
+    if (!writer) {
+        report.warnings.append(writerUnavailableMessage(options.fileType));
+        return false;
+    }
+    if (options.writeMode == WriteDisabled)
+        return true;
+
+    const QFileInfo before(path);
+    const bool exists = before.exists();
+    const qint64 size = exists ? before.size() : 0;
+
+    QFile file(path);
+    QIODevice::OpenMode openMode = QIODevice::WriteOnly;
+    if (options.writeMode == WriteAppend)
+        openMode |= QIODevice::Append;
+    else if (options.writeMode == WriteNew)
+        openMode |= QIODevice::NewOnly;
+    else
+        openMode |= QIODevice::Truncate;
+    if (!file.open(openMode)) {
+        switch (options.writeMode) {
+        case WriteAppend:
+            report.warnings.append(QStringLiteral("Unable to append to '%1'").arg(nativePath));
+            return false;
+        case WriteNew:
+            if (QFileInfo::exists(path)) {
+                report.warnings.append(QStringLiteral("Write mode='%1' and '%2' already exists")
+                                           .arg(writeModeName(WriteNew), nativePath));
+                return true;
+            }
+            report.warnings.append(QStringLiteral("Unable to create '%1'").arg(nativePath));
+            return false;
+        default:
+            report.warnings.append(QStringLiteral("Unable to write '%1'").arg(nativePath));
+            return false;
+        }
+    }
+
+    TextWriteOptions text;
+    text.encoding = options.encoding;
+    text.byteOrderMark = byteOrderMarkWanted(options, exists, size);
+    text.delimiter = options.delimiter;
+    text.quoting = options.quoting;
+    text.lineEnding = lineEndingCharacters(options.lineEnding);
+    text.writeHeader = headerWanted(options, exists, size);
+    text.htmlEncode = options.htmlEncode;
+    if (fileTypeHasComment(options.fileType))
+        text.comment = options.comment;
+    text.path = nativePath;
+
+    QTextStream stream(&file);
+    const bool ok = writer(stream, dataset, text, report, progress);
+    file.close();
+    if (!ok)
+        return false;
+
+    const int extensionType = outputFileTypeForPath(path, TypeNone);
+    if (extensionType != TypeNone && extensionType != options.fileType) {
+        report.warnings.append(QStringLiteral("'%1' extension is '%2' but file type is %3.")
+                                   .arg(nativePath, QFileInfo(path).suffix(),
+                                        fileTypeName(options.fileType)));
+    }
+    return true;
+}
