@@ -497,22 +497,22 @@ void collapseDelimiters(QString &line, ushort delimiter)
     line.truncate(kept);
 }
 
-const QChar *findChar(const QChar *p, const QChar *end, ushort c)
+const QChar *findChar(const QChar *p, const QChar *end, QChar c)
 {
-    while (p < end && p->unicode() != c)
-        ++p;
-    return p;
+    const qsizetype at = QStringView(p, end).indexOf(c);
+    return at < 0 ? end : p + at;
 }
 
 // The end of the value that starts at p: the next separator or the end.
 const QChar *scanValue(const QChar *p, const QChar *end, ushort separator, CleanUpHints &hints)
 {
     bool tidy = false;
-    for (; p < end; ++p) {
-        const ushort u = p->unicode();
-        if (u == separator)
+    for (;;) {
+        p = skipOrdinary(p, end, separator);
+        if (p == end || p->unicode() == separator)
             break;
-        tidy = tidy || mayNeedTidy(u);
+        tidy = tidy || mayNeedTidy(p->unicode());
+        ++p;
     }
     hints.tidy = hints.tidy || tidy;
     return p;
@@ -544,7 +544,7 @@ void readLinePieces(QTextStream &stream, qint64 length, const ReadProgress &prog
         const QChar *p = line.constData();
         const QChar *end = p + line.size();
         for (;;) {
-            const QChar *pieceEnd = findChar(p, end, CarriageReturn);
+            const QChar *pieceEnd = findChar(p, end, QChar(CarriageReturn));
             piece(p, pieceEnd);
             done = std::min(length, done + (pieceEnd - p) + 2);
             steps.advanceTo(done);
