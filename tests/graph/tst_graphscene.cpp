@@ -119,6 +119,7 @@ private slots:
     void outputWithoutInputWarns();
     void memoryLimitThrowsOutOfRun();
     void secondRunDuringRunIsDropped();
+    void batchRunFreesUpstreamData();
     void inputOrderIsTopToBottom();
     void disconnectClearsParameterSource();
     void deleteMarksTargets();
@@ -375,6 +376,28 @@ void TestGraphScene::secondRunDuringRunIsDropped()
     QCOMPARE(nested, 1);
     QCOMPARE(journal.size(), 1);
     QVERIFY(!scene.isProcessing());
+}
+
+void TestGraphScene::batchRunFreesUpstreamData()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, "a\n1\n2\n", {0, 0});
+    TransformNode *first = addTransform(scene, new TransformClone, {input}, {200, 0});
+    TransformNode *second = addTransform(scene, new TransformClone, {input}, {200, 200});
+    TransformNode *last = addTransform(scene, new TransformClone, {first}, {400, 0});
+
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(input->dataset()->rowCount(), 2);
+    QCOMPARE(first->dataset()->rowCount(), 2);
+
+    scene.process(GraphScene::RunBatch, true);
+    // Each result lives only until its last consumer is through; the leaves keep theirs.
+    QVERIFY(!input->dataset()->hasColumns());
+    QVERIFY(!first->dataset()->hasColumns());
+    QCOMPARE(second->dataset()->rowCount(), 2);
+    QCOMPARE(last->dataset()->rowCount(), 2);
+    for (Node *node : scene.nodes())
+        QCOMPARE(node->status(), int(Node::UpToDate));
 }
 
 void TestGraphScene::inputOrderIsTopToBottom()
