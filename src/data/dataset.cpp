@@ -380,7 +380,17 @@ void Dataset::insertRow(int r, const QStringList &list)
     m_rows.insert(std::clamp(r, 0, int(m_rows.size())), row);
 }
 
-bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty)
+QString Dataset::pooledCell(int c, QStringView text)
+{
+    if (s_optimizeFor != MinimumMemory || c < 0)
+        return text.isEmpty() ? QString() : text.toString();
+    if (c >= m_stringPools.size())
+        m_stringPools.resize(c + 1);
+    return m_stringPools[c].pooled(text);
+}
+
+bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty,
+                          bool cellsPooled)
 {
     if (trim || tidy) {
         for (QString &cell : list) {
@@ -396,7 +406,8 @@ bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty
     if (list.size() > m_columnCount)
         setColumnCount(list.size());
     fitRow(list);
-    poolList(list);
+    if (!cellsPooled || trim || tidy)
+        poolList(list);
     m_rows.append(list);
     return true;
 }

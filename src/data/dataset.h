@@ -196,8 +196,13 @@ public:
     void appendRow(const QStringList &list, bool fit = false);
     void prependRow(const QStringList &list, bool fit = false);
     void insertRow(int r, const QStringList &list);
-    // Returns false when the row was dropped as empty.
-    bool addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty);
+    // Returns false when the row was dropped as empty. cellsPooled says that every cell came
+    // from pooledCell(), so that a row needing no clean-up is not looked up twice.
+    bool addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty,
+                     bool cellsPooled = false);
+    // A cell's text for column c: the pool's equal when pooling is on, so that readers never
+    // allocate a text the column already holds.
+    QString pooledCell(int c, QStringView text);
     QStringList columnValues(int c) const;
     QStringList rowValues(int r, const QList<int> &columns) const;
 

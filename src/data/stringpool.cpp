@@ -2,6 +2,28 @@
 
 #include <QHash>
 
+int StringPool::find(QStringView text, uint hash) const
+{
+    const int mask = m_slots.size() - 1;
+    int slot = int(hash) & mask;
+    const QString *slots = m_slots.constData();
+    const uint *hashes = m_hashes.constData();
+    while (!slots[slot].isNull()) {
+        if (hashes[slot] == hash && QStringView(slots[slot]) == text)
+            return slot;
+        slot = (slot + 1) & mask;
+    }
+    return slot;
+}
+
+void StringPool::giveUp()
+{
+    m_gaveUp = true;
+    m_slots = QVector<QString>();
+    m_hashes = QVector<uint>();
+    m_count = 0;
+}
+
 void StringPool::pool(QString &text)
 {
     if (text.isEmpty()) {
@@ -11,41 +33,53 @@ void StringPool::pool(QString &text)
     }
     if (m_gaveUp)
         return;
-
     if (m_count * 2 >= m_slots.size())
         grow();
 
     const uint hash = qHash(text);
-    const int mask = m_slots.size() - 1;
-    int slot = int(hash) & mask;
-    const QString *slots = m_slots.constData();
-    const uint *hashes = m_hashes.constData();
+    const int slot = find(text, hash);
     ++m_lookups;
-    while (!slots[slot].isNull()) {
-        if (hashes[slot] == hash && slots[slot] == text) {
-            text = slots[slot];
-            ++m_hits;
-            return;
-        }
-        slot = (slot + 1) & mask;
-    }
-
-    if (m_lookups >= SampleSize && m_hits * 2 < m_lookups) {
-        // Fewer than half the texts repeat: sharing would save little and cost a look-up
-        // per cell, so the column stops pooling and the table is released.
-        m_gaveUp = true;
-        m_slots = QVector<QString>();
-        m_hashes = QVector<uint>();
-        m_count = 0;
+    if (!m_slots.at(slot).isNull()) {
+        text = m_slots.at(slot);
+        ++m_hits;
         return;
     }
-
+    if (shouldGiveUp()) {
+        giveUp();
+        return;
+    }
     text.squeeze();
     m_slots[slot] = text;
     m_hashes[slot] = hash;
     ++m_count;
 }
 
+QString StringPool::pooled(QStringView text)
+{
+    if (text.isEmpty())
+        return QString();
+    if (m_gaveUp)
+        return text.toString();
+    if (m_count * 2 >= m_slots.size())
+        grow();
+
+    const uint hash = qHash(text);
+    const int slot = find(text, hash);
+    ++m_lookups;
+    if (!m_slots.at(slot).isNull()) {
+        ++m_hits;
+        return m_slots.at(slot);
+    }
+    QString made = text.toString();
+    if (shouldGiveUp()) {
+        giveUp();
+        return made;
+    }
+    m_slots[slot] = made;
+    m_hashes[slot] = hash;
+    ++m_count;
+    return made;
+}
 void StringPool::grow()
 {
     const int newSize = m_slots.isEmpty() ? 64 : m_slots.size() * 2;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringView>
 #include <QVector>
 
 // Lets equal texts of one column share one data block. A pool only ever holds references:
@@ -16,12 +17,21 @@ public:
     // Replaces text by the pooled equal, or adds it to the pool. Empty texts become the one
     // shared null string.
     void pool(QString &text);
+    // The pooled equal of text, made and added when new: a repeated text costs no
+    // allocation at all.
+    QString pooled(QStringView text);
 
     bool isActive() const { return !m_gaveUp; }
     int size() const { return m_count; }
 
 private:
     void grow();
+    // The slot that holds text, or the empty slot where it belongs.
+    int find(QStringView text, uint hash) const;
+    // Fewer than half the texts repeat after the sample: sharing would save little and cost
+    // a look-up per cell, so the column stops pooling and the table is released.
+    bool shouldGiveUp() const { return m_lookups >= SampleSize && m_hits * 2 < m_lookups; }
+    void giveUp();
 
     QVector<QString> m_slots;
     QVector<uint> m_hashes;

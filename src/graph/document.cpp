@@ -7,6 +7,7 @@
 #include "graph/outputnode.h"
 #include "graph/transformnode.h"
 #include "graph/xmlattributes.h"
+#include "io/pathvariables.h"
 #include "shell/application.h"
 #include "shell/guards.h"
 #include "transforms/framework/parameter.h"
@@ -50,13 +51,17 @@ constexpr int SplitDelimiterTypesRenamedVersion = 59;
 constexpr int EmptyOperatorsMovedVersion = 57;
 
 // Attribute order inside QDomDocument follows a hash; a fixed seed while the document is
-// built makes the order the same in every file. The previous seed comes back afterwards so
-// that the rest of the process keeps its own.
+// built makes the order the same in every file. A process that hashes with seed 0 anyway
+// keeps it; any other goes back to a random seed.
 class HashSeedGuard
 {
 public:
-    HashSeedGuard() : m_previous(qGlobalQHashSeed()) { qSetGlobalQHashSeed(0); }
-    ~HashSeedGuard() { qSetGlobalQHashSeed(m_previous); }
+    HashSeedGuard()
+        : m_previous(qGlobalQHashSeed())
+    {
+        qSetGlobalQHashSeed(0);
+    }
+    ~HashSeedGuard() { qSetGlobalQHashSeed(m_previous == 0 ? 0 : -1); }
     HashSeedGuard(const HashSeedGuard &) = delete;
     HashSeedGuard &operator=(const HashSeedGuard &) = delete;
 
@@ -272,7 +277,9 @@ QDomElement transformElements(QDomDocument &doc, const GraphScene &scene)
             QDomElement stored = doc.createElement(QStringLiteral("parameter"));
             setText(stored, QStringLiteral("name"), parameter->key());
             setInt(stored, QStringLiteral("type"), int(parameter->type()));
-            setText(stored, QStringLiteral("value"), parameter->toText());
+            // The text form percent-encodes its free text fields itself; the attribute holds
+            // it as it stands, written even when empty so that an empty value stays empty.
+            stored.setAttribute(QStringLiteral("value"), parameter->toText());
             parameters.appendChild(stored);
         }
         element.appendChild(parameters);
@@ -293,8 +300,9 @@ QDomElement noteElements(QDomDocument &doc, const GraphScene &scene)
         setText(element, QStringLiteral("comment"), note->comment());
         // Notes came after the old point form and never had it.
         const QPointF pos = note->pos();
-        setTextList(element, QStringLiteral("pos_v12"),
-                    {QString::number(pos.x(), 'g', 6), QString::number(pos.y(), 'g', 6)});
+        element.setAttribute(QStringLiteral("pos_v12"),
+                             QString::number(pos.x(), 'g', 6) + ListSeparator
+                                 + QString::number(pos.y(), 'g', 6));
         setColor(element, QStringLiteral("color"), note->color());
         setInt(element, QStringLiteral("arrow"), note->arrow());
         parent.appendChild(element);
@@ -408,9 +416,9 @@ QList<StoredParameter> readStoredParameters(const QDomElement &transform)
                    [&stored](const QDomElement &element) {
                        StoredParameter parameter;
                        parameter.key = XmlAttributes::text(element, QStringLiteral("name"));
-                       parameter.type = XmlAttributes::intValue(element, QStringLiteral("type"),
-                                                                -1);
-                       parameter.text = XmlAttributes::text(element, QStringLiteral("value"));
+                       parameter.type
+                           = XmlAttributes::intValue(element, QStringLiteral("type"), -1);
+                       parameter.text = element.attribute(QStringLiteral("value"));
                        stored.append(parameter);
                    });
     return stored;
@@ -496,8 +504,8 @@ struct Loader
 
     void readConnection(const QDomElement &element)
     {
-        Node *source =
-            nodes.value(XmlAttributes::intValue(element, QStringLiteral("start_id"), -1));
+        Node *source
+            = nodes.value(XmlAttributes::intValue(element, QStringLiteral("start_id"), -1));
         Node *target = nodes.value(XmlAttributes::intValue(element, QStringLiteral("end_id"), -1));
         if (source && target)
             scene->connectNodes(source, target);
@@ -608,16 +616,13 @@ QString lastSavedBy(const QDateTime &when)
     QString system = QSysInfo::prettyProductName();
     system.remove(QLatin1Char('('));
     system.remove(QLatin1Char(')'));
-    QString text = QStringLiteral("%1_v%2_%3_%4_on_%5_%6_at_%7_%8")
-                       .arg(productName(), QString::number(version.majorVersion()),
-                            QString::number(version.minorVersion()),
-                            QString::number(version.microVersion()), system,
-                            QSysInfo::currentCpuArchitecture(),
-                            when.date().toString(Qt::ISODate),
-                            when.time().toString(Qt::ISODate));
-    QString user = qEnvironmentVariable("USER");
-    if (user.isEmpty())
-        user = qEnvironmentVariable("USERNAME");
+    QString text
+        = QStringLiteral("%1_v%2_%3_%4_on_%5_%6_at_%7_%8")
+              .arg(productName(), QString::number(version.majorVersion()),
+                   QString::number(version.minorVersion()), QString::number(version.microVersion()),
+                   system, QSysInfo::currentCpuArchitecture(), when.date().toString(Qt::ISODate),
+                   when.time().toString(Qt::ISODate));
+    const QString user = PathVariables::localUserName();
     if (!user.isEmpty())
         text.prepend(QStringLiteral("%1_using_").arg(user));
     text.replace(QLatin1Char(' '), QLatin1Char('_'));
@@ -693,17 +698,19 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
     int line = 0;
     int column = 0;
     if (!doc.setContent(&file, &parseError, &line, &column))
-        return fail(error,
-                    QStringLiteral("Format error '%1' detected at line %2 column %3.\nContact "
-                                   "support if you are sure this a %4 file.")
-                        .arg(parseError, QString::number(line), QString::number(column),
-                             productName()));
+        return fail(
+            error,
+            QStringLiteral("Format error '%1' detected at line %2 column %3.\nContact "
+                           "support if you are sure this a %4 file.")
+                .arg(parseError, QString::number(line), QString::number(column), productName()));
     if (doc.doctype().name() != productName())
         return fail(error, QStringLiteral("Incorrect document type."));
     const QDomElement root = doc.documentElement();
     if (root.isNull())
         return fail(error, QStringLiteral("Document root not found."));
 
+    // Outputs find their document, for relative paths and variables, through the scene.
+    scene->setProperty("documentPath", QFileInfo(path).absoluteFilePath());
     DocumentData read;
     Loader loader {scene, readMeta(root, &read), documentFolder(path), {}, -1, {}, {}};
     if (laterVersion)
@@ -727,6 +734,49 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
     if (data)
         *data = read;
     return true;
+}
+
+QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene)
+{
+    QList<InputNode *> missing;
+    const QList<Node *> inputs = nodesById(scene, Node::InputType);
+    for (Node *node : inputs) {
+        auto *input = static_cast<InputNode *>(node);
+        if (input->medium() != InputNode::File || input->path().isEmpty())
+            continue;
+        QString path;
+        QString sheet;
+        PathVariables::splitSheet(input->path(), path, sheet);
+        if (!QFileInfo::exists(path))
+            missing.append(input);
+    }
+    return missing;
+}
+
+QString missingInputFilesQuestion(const QList<InputNode *> &inputs)
+{
+    constexpr int MaximumListed = 10;
+    if (inputs.size() == 1)
+        return QStringLiteral("The following input file cannot be found:\n\n%1\n\nDo you wish to "
+                              "choose a new input file?")
+            .arg(QDir::toNativeSeparators(inputs.first()->path()));
+    QStringList lines;
+    for (int i = 0; i < inputs.size() && i < MaximumListed; ++i)
+        lines.append(QDir::toNativeSeparators(inputs.at(i)->path()));
+    if (inputs.size() > MaximumListed)
+        lines.append(QStringLiteral("+ %1 more").arg(inputs.size() - MaximumListed));
+    return QStringLiteral("The following %1 input files cannot be found:\n\n%2\n\nDo you wish to "
+                          "choose new input files?")
+        .arg(QString::number(inputs.size()), lines.join(QLatin1Char('\n')));
+}
+
+QString laterVersionWarning()
+{
+    return QStringLiteral("This document was created with a later version of the software.\nSome "
+                          "information may not be readable and information may be lost if you "
+                          "overwrite the existing document.\nIt is recommended that you click "
+                          "'Save' and save it under a different name, so that the original stays "
+                          "as it is.");
 }
 
 // Lock ---------------------------------------------------------------------------------------
@@ -828,8 +878,9 @@ bool periodicRecoverySave(const GraphScene &scene, const DocumentData &data, boo
     QString error;
     if (saveRecoveryFile(scene, data, &error))
         return true;
-    qWarning("%s", qUtf8Printable(QStringLiteral("Error saving auto recovery file ")
-                                  + recoveryFilePath() + QStringLiteral(" : ") + error));
+    qWarning("%s",
+             qUtf8Printable(QStringLiteral("Error saving auto recovery file ") + recoveryFilePath()
+                            + QStringLiteral(" : ") + error));
     return false;
 }
 

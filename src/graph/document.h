@@ -9,6 +9,7 @@
 
 class DocumentLock;
 class GraphScene;
+class InputNode;
 class Transform;
 
 // One cell of the batch grid: the location given to the input or output with this alias in
@@ -75,6 +76,12 @@ QString lastSavedBy(const QDateTime &when = QDateTime::currentDateTime());
 // laterVersion says the file comes from a newer program. False with error set on failure.
 bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bool *laterVersion,
                   QStringList *messages, QString *error);
+
+// What the window asks and tells after opening a document: the file inputs whose file is
+// missing (in id order), the question about them, and the warning about a newer document.
+QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene);
+QString missingInputFilesQuestion(const QList<InputNode *> &inputs);
+QString laterVersionWarning();
 
 // The prototype of a transform by typeName: the Application's, or, in a process without one,
 // one of a list made once from the registry. Null when there is none.

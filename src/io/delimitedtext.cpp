@@ -16,6 +16,8 @@ namespace {
 
 constexpr int SampleLength = 4096;
 constexpr int BlockLength = 2048;
+// Lines are cut from larger blocks; their size changes nothing but speed.
+constexpr int LineBlockLength = 65536;
 constexpr qint64 QuotedProgressStep = 50000;
 constexpr qint64 LineProgressStep = 10000;
 constexpr int CellReserve = 256;
@@ -26,9 +28,8 @@ constexpr ushort Quote = '"';
 constexpr ushort LineFeed = '\n';
 constexpr ushort CarriageReturn = '\r';
 
-// Whether a character may need the attention of the clean-up: true for every white space
-// but the plain blank, and for some characters that are not white space at all. Most text
-// never gets past the first comparison.
+// Whether the clean-up's tidy step would change this character: any white space but the
+// plain blank. Printable ASCII, most of any text, is settled by the first comparison.
 inline bool mayNeedTidy(ushort u)
 {
     return (u < 0x20 || u > 0x7E) && QChar::isSpace(u);
@@ -167,7 +168,7 @@ public:
         const int values = row.size();
         m_width = std::max(m_width, values);
         if (!m_out.addInputRow(std::move(row), m_trim && hints.trim, m_simplify && hints.tidy,
-                               m_ignoreEmpty))
+                               m_ignoreEmpty, true))
             ++m_report.emptyRowsIgnored;
         if (recordValues)
             m_recorder.record(values);
@@ -182,6 +183,12 @@ public:
     }
 
     void finish() { m_recorder.flush(); }
+
+    // Appends a cell made in place from the pool of its column.
+    void appendCell(QStringList &row, const QChar *start, int length)
+    {
+        row.append(m_out.pooledCell(int(row.size()), QStringView(start, length)));
+    }
 
 private:
     Dataset &m_out;
@@ -433,17 +440,12 @@ QuotedTokeniser::State QuotedTokeniser::afterQuote(const QChar *&p, const QChar 
 
 void QuotedTokeniser::pushValue()
 {
-    // The cell is created in place, which spares the reference counting of a copy.
-    m_row.append(QString());
-    QString &cell = m_row.last();
     if (m_buffer.isEmpty()) {
-        if (m_runLength > 0) {
-            cell = QString(m_runStart, m_runLength);
-            m_hints.noteValue(m_runStart, m_runLength);
-        }
+        m_sink.appendCell(m_row, m_runStart, m_runLength);
+        m_hints.noteValue(m_runStart, m_runLength);
     } else {
         flushRun();
-        cell = QString(m_buffer.constData(), m_buffer.size());
+        m_sink.appendCell(m_row, m_buffer.constData(), m_buffer.size());
         m_hints.noteValue(m_buffer.constData(), m_buffer.size());
         if (m_buffer.capacity() > CellBufferKeepLimit) {
             m_buffer = QString();
@@ -477,24 +479,25 @@ void QuotedTokeniser::finish()
     m_sink.finish();
 }
 
-// Drops every delimiter that another one follows, so that a run of them counts as one.
-void collapseDelimiters(QString &line, ushort delimiter)
+// Drops every delimiter that another one follows, so that a run of them counts as one; the
+// same as rebuilding the line from its end and leaving out a delimiter wherever the text
+// built so far begins with one. Copies the line into `scratch` only when it has such a run.
+void collapseDelimiters(const QChar *&begin, const QChar *&end, ushort delimiter, QString &scratch)
 {
-    const int length = line.size();
-    const QChar *source = line.constData();
-    int i = 0;
-    while (i + 1 < length && !(source[i].unicode() == delimiter && source[i + 1] == source[i]))
-        ++i;
-    if (i + 1 >= length)
+    const QChar *run = begin;
+    while (run + 1 < end && !(run->unicode() == delimiter && run[1].unicode() == delimiter))
+        ++run;
+    if (run + 1 >= end)
         return;
-    QChar *data = line.data();
-    int kept = i;
-    for (; i < length; ++i) {
-        if (data[i].unicode() == delimiter && i + 1 < length && data[i + 1].unicode() == delimiter)
+    scratch.resize(int(end - begin));
+    QChar *kept = scratch.data();
+    for (const QChar *p = begin; p < end; ++p) {
+        if (p->unicode() == delimiter && p + 1 < end && p[1].unicode() == delimiter)
             continue;
-        data[kept++] = data[i];
+        *kept++ = *p;
     }
-    line.truncate(kept);
+    begin = scratch.constData();
+    end = kept;
 }
 
 const QChar *findChar(const QChar *p, const QChar *end, QChar c)
@@ -518,31 +521,98 @@ const QChar *scanValue(const QChar *p, const QChar *end, ushort separator, Clean
     return p;
 }
 
-// Appends a cell made in place, which spares the reference counting of a copy.
-void appendCell(QStringList &row, const QChar *start, const QChar *stop, CleanUpHints &hints)
+void appendCell(RowSink &sink, QStringList &row, const QChar *start, const QChar *stop,
+                CleanUpHints &hints)
 {
-    row.append(QString());
-    if (stop > start) {
-        const int length = int(stop - start);
-        row.last() = QString(start, length);
-        hints.noteValue(start, length);
-    }
+    const int length = int(stop - start);
+    sink.appendCell(row, start, length);
+    hints.noteValue(start, length);
 }
 
-// Reads line by line as the text stream defines lines; a Carriage Return inside a line
-// also ends a row. Each row goes to `piece` with its row index still to be counted.
+// Lines as QTextStream::readLine gives them: a Line Feed ends a line, a Carriage Return just
+// before it is dropped, and so is one that ends the text. Reads large blocks and hands out a
+// line that lies within a block without copying it.
+class LineReader
+{
+public:
+    explicit LineReader(QTextStream &stream)
+        : m_stream(stream)
+    { }
+
+    // False at the end of the text. The line stays valid until the next call.
+    bool next(const QChar *&begin, const QChar *&end)
+    {
+        if (m_carryUsed) {
+            m_carry.resize(0);
+            m_carryUsed = false;
+        }
+        for (;;) {
+            if (m_pos == m_end && !fill()) {
+                if (m_carry.isEmpty())
+                    return false;
+                m_carryUsed = true;
+                begin = m_carry.constData();
+                end = dropCarriageReturn(begin, begin + m_carry.size());
+                return true;
+            }
+            const QChar *lineFeed = findChar(m_pos, m_end, QChar(LineFeed));
+            if (lineFeed == m_end) {
+                m_carry.append(m_pos, int(m_end - m_pos));
+                m_pos = m_end;
+                continue;
+            }
+            if (m_carry.isEmpty()) {
+                begin = m_pos;
+                end = lineFeed;
+            } else {
+                m_carry.append(m_pos, int(lineFeed - m_pos));
+                m_carryUsed = true;
+                begin = m_carry.constData();
+                end = begin + m_carry.size();
+            }
+            end = dropCarriageReturn(begin, end);
+            m_pos = lineFeed + 1;
+            return true;
+        }
+    }
+
+private:
+    static const QChar *dropCarriageReturn(const QChar *begin, const QChar *end)
+    {
+        return end > begin && end[-1].unicode() == CarriageReturn ? end - 1 : end;
+    }
+
+    bool fill()
+    {
+        m_block = m_stream.read(LineBlockLength);
+        m_pos = m_block.constData();
+        m_end = m_pos + m_block.size();
+        return m_pos != m_end;
+    }
+
+    QTextStream &m_stream;
+    QString m_block;
+    const QChar *m_pos = nullptr;
+    const QChar *m_end = nullptr;
+    QString m_carry;
+    bool m_carryUsed = false;
+};
+
+// Reads line by line; a Carriage Return inside a line also ends a row. Each row goes to
+// `piece`, which counts its row index.
 template<typename PieceHandler>
 void readLinePieces(QTextStream &stream, qint64 length, const ReadProgress &progress,
-                    PieceHandler &&piece, ushort collapse, bool collapseRepeated)
+                    PieceHandler &&piece, ushort delimiter, bool collapseRepeated)
 {
     ProgressSteps steps(length, LineProgressStep, progress);
     qint64 done = 0;
-    QString line;
-    while (stream.readLineInto(&line)) {
+    LineReader lines(stream);
+    QString scratch;
+    const QChar *p = nullptr;
+    const QChar *end = nullptr;
+    while (lines.next(p, end)) {
         if (collapseRepeated)
-            collapseDelimiters(line, collapse);
-        const QChar *p = line.constData();
-        const QChar *end = p + line.size();
+            collapseDelimiters(p, end, delimiter, scratch);
         for (;;) {
             const QChar *pieceEnd = findChar(p, end, QChar(CarriageReturn));
             piece(p, pieceEnd);
@@ -558,11 +628,6 @@ void readLinePieces(QTextStream &stream, qint64 length, const ReadProgress &prog
 QString countText(qlonglong count)
 {
     return formatCount(count, true);
-}
-
-void rewind(QTextStream &stream)
-{
-    stream.seek(0);
 }
 
 } // namespace
@@ -670,7 +735,7 @@ void TextReadReport::resetCounts()
 
 QChar guessDelimiter(QTextStream &stream, QString *infoEntry)
 {
-    rewind(stream);
+    stream.seek(0);
     const QString sample = stream.read(SampleLength);
     const QList<int> candidates = delimiterList(false, false, false);
     int best = DelimiterComma;
@@ -709,7 +774,7 @@ void readQuotedText(QTextStream &stream, qint64 length, QChar delimiter,
 {
     out.clear();
     report.resetCounts();
-    rewind(stream);
+    stream.seek(0);
     QuotedTokeniser tokeniser(delimiter, options, out, report);
     ProgressSteps steps(length, QuotedProgressStep, progress);
     qint64 done = 0;
@@ -733,7 +798,7 @@ void readUnquotedText(QTextStream &stream, qint64 length, QChar delimiter,
 {
     out.clear();
     report.resetCounts();
-    rewind(stream);
+    stream.seek(0);
     RowSink sink(options, out, report);
     const ushort separator = delimiter.unicode();
     QStringList row;
@@ -746,7 +811,7 @@ void readUnquotedText(QTextStream &stream, qint64 length, QChar delimiter,
         CleanUpHints hints;
         for (;;) {
             const QChar *valueEnd = scanValue(p, end, separator, hints);
-            appendCell(row, p, valueEnd, hints);
+            appendCell(sink, row, p, valueEnd, hints);
             if (valueEnd == end)
                 break;
             p = valueEnd + 1;
@@ -798,7 +863,7 @@ bool readPlainText(QTextStream &stream, qint64 length, const DelimitedReadOption
     report.resetCounts();
     if (!stream.device() && !stream.string())
         return false;
-    rewind(stream);
+    stream.seek(0);
     RowSink sink(options, out, report);
     QStringList row;
     auto piece = [&](const QChar *p, const QChar *end) {
@@ -809,7 +874,7 @@ bool readPlainText(QTextStream &stream, qint64 length, const DelimitedReadOption
         // A piece holds no Carriage Return, so it is one value.
         CleanUpHints hints;
         row = QStringList();
-        appendCell(row, p, scanValue(p, end, CarriageReturn, hints), hints);
+        appendCell(sink, row, p, scanValue(p, end, CarriageReturn, hints), hints);
         sink.add(row, hints, false);
     };
     readLinePieces(stream, length, progress, piece, 0, false);

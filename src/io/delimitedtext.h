@@ -88,7 +88,8 @@ bool useQuotedTokeniser(int quoting, QChar delimiter);
 
 // The whole read of a delimited text: delimiter and quoting decisions, tokeniser, end
 // report. `length` is the stream's length in characters, used for progress only. Clears
-// `out` first. Returns false only when the stream has nothing to read from.
+// `out` first. Returns false only when the stream has nothing to read from. An exception
+// thrown by `progress` passes through and leaves `out` partly filled.
 bool readDelimitedText(QTextStream &stream, qint64 length, const DelimitedReadOptions &options,
                        Dataset &out, TextReadReport &report, const ReadProgress &progress);
 // Every line is a row of one value.

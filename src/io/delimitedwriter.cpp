@@ -7,105 +7,106 @@
 
 namespace {
 
-// Appends the characters with every double quote doubled, a run at a time.
-void appendDoubledQuotes(QString &line, const QChar *data, int length)
-{
-    int start = 0;
-    for (int i = 0; i < length; ++i) {
-        if (data[i].unicode() == u'"') {
-            line.append(data + start, i + 1 - start);
-            line.append(QLatin1Char('"'));
-            start = i + 1;
-        }
-    }
-    line.append(data + start, length - start);
-}
-
-// One row at a time into a line buffer that keeps its capacity, so that a file of millions of
-// rows costs no allocation per cell.
-class DelimitedLineBuilder
+// Puts one line a row at a time. The room a cell needs is bounded before it is written, so
+// its characters go straight into the buffer.
+class DelimitedLineWriter
 {
 public:
-    explicit DelimitedLineBuilder(const TextWriteOptions &options)
-        : m_delimiter(options.delimiter.unicode())
+    DelimitedLineWriter(QTextStream &stream, const TextWriteOptions &options)
+        : m_out(stream)
+        , m_delimiter(options.delimiter)
         , m_quoting(options.quoting)
-        , m_replacement(options.delimiter == QLatin1Char(' ') ? QLatin1Char('_')
-                                                               : QLatin1Char(' '))
+        , m_replacement(options.delimiter == QLatin1Char(' ') ? QLatin1Char('_') : QLatin1Char(' '))
         , m_lineEnding(options.lineEnding)
     {
-        m_line.reserve(1024);
+        // Nearly every character is ASCII: one table look-up tells it apart.
+        for (bool &entry : m_needsQuotes)
+            entry = false;
+        m_needsQuotes[u'"'] = m_needsQuotes[u'\n'] = m_needsQuotes[u'\r'] = true;
+        if (m_delimiter.unicode() < 128)
+            m_needsQuotes[m_delimiter.unicode()] = true;
     }
 
-    const QString &build(const QStringList &cells)
+    void write(const QStringList &cells)
     {
-        m_line.resize(0);
         const int count = cells.size();
         for (int c = 0; c < count; ++c) {
+            const QString &cell = cells.at(c);
+            // Every character doubled, two quotes and the delimiter: the most a cell can take.
+            m_out.ensure(cell.size() * 2 + 3);
             if (c > 0)
-                m_line.append(QChar(m_delimiter));
-            appendCell(cells.at(c));
+                m_out.put(m_delimiter);
+            putCell(cell);
         }
-        m_line.append(m_lineEnding);
-        return m_line;
+        m_out.append(m_lineEnding);
     }
 
     int replacedCount() const { return m_replaced; }
     QChar replacement() const { return m_replacement; }
 
 private:
-    bool isSpecial(ushort u) const
+    bool isSpecial(QChar c) const
     {
-        return u == m_delimiter || u == u'\n' || u == u'\r';
+        return c == m_delimiter || c == QLatin1Char('\n') || c == QLatin1Char('\r');
     }
 
-    void appendCell(const QString &cell)
+    void putQuoted(const QChar *data, int length)
+    {
+        m_out.put(QLatin1Char('"'));
+        int start = 0;
+        for (int i = 0; i < length; ++i) {
+            if (data[i] == QLatin1Char('"')) {
+                m_out.put(data + start, i + 1 - start);
+                m_out.put(QLatin1Char('"'));
+                start = i + 1;
+            }
+        }
+        m_out.put(data + start, length - start);
+        m_out.put(QLatin1Char('"'));
+    }
+
+    void putCell(const QString &cell)
     {
         const QChar *data = cell.constData();
         const int length = cell.size();
-        switch (m_quoting) {
-        case OutputQuotingAlways:
-            m_line.append(QLatin1Char('"'));
-            appendDoubledQuotes(m_line, data, length);
-            m_line.append(QLatin1Char('"'));
+        if (m_quoting == OutputQuotingAlways) {
+            putQuoted(data, length);
             return;
-        case OutputQuotingNever:
-            appendUnquoted(cell, data, length);
-            return;
-        default:
-            break;
         }
+        if (m_quoting == OutputQuotingNever) {
+            putUnquoted(data, length);
+            return;
+        }
+        const ushort delimiter = m_delimiter.unicode();
         for (int i = 0; i < length; ++i) {
             const ushort u = data[i].unicode();
-            if (u == u'"' || isSpecial(u)) {
-                m_line.append(QLatin1Char('"'));
-                appendDoubledQuotes(m_line, data, length);
-                m_line.append(QLatin1Char('"'));
+            if (u < 128 ? m_needsQuotes[u] : u == delimiter) {
+                putQuoted(data, length);
                 return;
             }
         }
-        m_line.append(cell);
+        m_out.put(data, length);
     }
 
-    void appendUnquoted(const QString &cell, const QChar *data, int length)
+    void putUnquoted(const QChar *data, int length)
     {
         int i = 0;
-        while (i < length && !isSpecial(data[i].unicode()))
+        while (i < length && !isSpecial(data[i]))
             ++i;
-        if (i == length) {
-            m_line.append(cell);
+        m_out.put(data, i);
+        if (i == length)
             return;
-        }
         ++m_replaced;
-        m_line.append(data, i);
         for (; i < length; ++i)
-            m_line.append(isSpecial(data[i].unicode()) ? m_replacement : data[i]);
+            m_out.put(isSpecial(data[i]) ? m_replacement : data[i]);
     }
 
-    const ushort m_delimiter;
+    ChunkedTextWriter m_out;
+    const QChar m_delimiter;
     const int m_quoting;
     const QChar m_replacement;
     const QString m_lineEnding;
-    QString m_line;
+    bool m_needsQuotes[128];
     int m_replaced = 0;
 };
 
@@ -116,27 +117,32 @@ bool writeDelimitedText(QTextStream &stream, const Dataset &dataset,
                         const WriteProgress &progress)
 {
     prepareTextStream(stream, options.encoding, options.byteOrderMark);
-    DelimitedLineBuilder builder(options);
-    if (options.writeHeader && dataset.hasColumns())
-        stream << builder.build(dataset.headers());
-
-    const QList<QStringList> &rows = dataset.rows();
-    const int rowCount = rows.size();
-    for (int r = 0; r < rowCount; ++r) {
-        if (progress && r % 1000 == 0)
-            progress(double(r) / rowCount);
-        stream << builder.build(rows.at(r));
+    int replaced = 0;
+    QChar replacement;
+    {
+        DelimitedLineWriter writer(stream, options);
+        if (options.writeHeader && dataset.hasColumns())
+            writer.write(dataset.headers());
+        const QList<QStringList> &rows = dataset.rows();
+        const int rowCount = rows.size();
+        for (int r = 0; r < rowCount; ++r) {
+            if (progress && r % 1000 == 0)
+                progress(double(r) / rowCount);
+            writer.write(rows.at(r));
+        }
+        replaced = writer.replacedCount();
+        replacement = writer.replacement();
     }
     stream.flush();
 
-    if (builder.replacedCount() > 0) {
+    if (replaced > 0) {
         report.warnings.append(
             QStringLiteral("Delimiter, Line Feed or Carriage Return characters were found within "
                            "%1 unquoted data value(s). These have been replaced with '%2'. You "
                            "may want to use a 'Replace' transform to replace these characters or "
                            "output the file with 'Quoting' set to '%3'.")
-                .arg(formatCount(builder.replacedCount()))
-                .arg(builder.replacement())
+                .arg(formatCount(replaced))
+                .arg(replacement)
                 .arg(outputQuotingName(OutputQuotingAsNeeded)));
     }
     return true;

@@ -4,7 +4,6 @@
 #include "io/delimitedtext.h"
 #include "shell/settings.h"
 
-
 #include <algorithm>
 
 namespace FileTypes {
@@ -100,8 +99,7 @@ int guessTextFileType(const QString &text)
     if (text.size() < 101)
         return FileTypeDelimited;
 
-    const QString sample
-        = text.size() <= 1000 ? text : text.mid((text.size() - 1000) / 2, 1000);
+    const QString sample = text.size() <= 1000 ? text : text.mid((text.size() - 1000) / 2, 1000);
     int highest = 0;
     const QList<int> candidates = delimiterList(false, false, false);
     for (int delimiter : candidates)

@@ -46,7 +46,8 @@ class HtmlLineWriter
 {
 public:
     HtmlLineWriter(QTextStream &stream, const QString &lineEnding)
-        : m_stream(stream), m_lineEnding(lineEnding)
+        : m_stream(stream)
+        , m_lineEnding(lineEnding)
     {
         m_line.reserve(1024);
     }

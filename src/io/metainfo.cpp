@@ -16,13 +16,20 @@ QStringList placeNames()
 
 QStringList variables()
 {
-    return {QStringLiteral("CurrentDateTime"),     QStringLiteral("CurrentDate"),
-            QStringLiteral("ComputerName"),        QStringLiteral("UserName"),
-            QStringLiteral("DataRows"),            QStringLiteral("DataColumns"),
-            QStringLiteral("DataValues"),          QStringLiteral("FilePath"),
-            QStringLiteral("FileName"),            QStringLiteral("FileSizeBytes"),
-            QStringLiteral("FileCreatedDateTime"), QStringLiteral("FileUpdatedDateTime"),
-            QStringLiteral("FileCreatedDate"),     QStringLiteral("FileUpdatedDate"),
+    return {QStringLiteral("CurrentDateTime"),
+            QStringLiteral("CurrentDate"),
+            QStringLiteral("ComputerName"),
+            QStringLiteral("UserName"),
+            QStringLiteral("DataRows"),
+            QStringLiteral("DataColumns"),
+            QStringLiteral("DataValues"),
+            QStringLiteral("FilePath"),
+            QStringLiteral("FileName"),
+            QStringLiteral("FileSizeBytes"),
+            QStringLiteral("FileCreatedDateTime"),
+            QStringLiteral("FileUpdatedDateTime"),
+            QStringLiteral("FileCreatedDate"),
+            QStringLiteral("FileUpdatedDate"),
             QStringLiteral("FileSheetName")};
 }
 

@@ -17,7 +17,7 @@ QString defaultText(bool fileSource);
 
 struct Context
 {
-    QString path;      // empty when the source is not a file
+    QString path; // empty when the source is not a file
     QString sheetName; // worksheet, for Excel sources
     qint64 rows = 0;
     qint64 columns = 0;

@@ -1,5 +1,6 @@
 #include "io/outputwriters.h"
 
+#include "graph/ionode.h"
 #include "shell/settings.h"
 
 #include <QDir>
@@ -7,23 +8,7 @@
 #include <QFileInfo>
 #include <QTextStream>
 
-// Defined with the item kinds; the names of the file types as users see them.
-QString fileTypeName(int fileType);
-
 namespace {
-
-// File type numbers as stored in documents.
-constexpr int TypeDelimited = 0;
-constexpr int TypeXlsx = 1;
-constexpr int TypeXls = 2;
-constexpr int TypeJson = 4;
-constexpr int TypeXml = 5;
-constexpr int TypeVCard = 6;
-constexpr int TypeYaml = 7;
-constexpr int TypeHtml = 8;
-constexpr int TypeMarkdown = 9;
-constexpr int TypePlainText = 10;
-constexpr int TypeNone = 11;
 
 struct WriterEntry
 {
@@ -36,16 +21,16 @@ struct WriterEntry
 // Every output type once. A type without a writer fails with a clear message, so a writer
 // added later only fills in its slot here.
 const WriterEntry Writers[] = {
-    {TypeDelimited, writeDelimitedText, false, true},
-    {TypeXlsx, nullptr, false, true},
-    {TypeXls, nullptr, false, true},
-    {TypeJson, nullptr, false, false},
-    {TypeXml, nullptr, true, false},
-    {TypeVCard, nullptr, false, false},
-    {TypeYaml, nullptr, true, false},
-    {TypeHtml, writeHtml, true, true},
-    {TypeMarkdown, writeMarkdown, true, true},
-    {TypePlainText, writePlainText, false, true},
+    {FileTypeDelimited, writeDelimitedText, false, true},
+    {FileTypeXlsx, nullptr, false, true},
+    {FileTypeXls, nullptr, false, true},
+    {FileTypeJson, nullptr, false, false},
+    {FileTypeXml, nullptr, true, false},
+    {FileTypeVCard, nullptr, false, false},
+    {FileTypeYaml, nullptr, true, false},
+    {FileTypeHtml, writeHtml, true, true},
+    {FileTypeMarkdown, writeMarkdown, true, true},
+    {FileTypePlainText, writePlainText, false, true},
 };
 
 const WriterEntry *writerEntry(int fileType)
@@ -129,6 +114,32 @@ void prepareTextStream(QTextStream &stream, const QString &encoding, bool byteOr
     stream.setGenerateByteOrderMark(byteOrderMark);
 }
 
+ChunkedTextWriter::ChunkedTextWriter(QTextStream &stream, int chunkSize)
+    : m_stream(stream)
+{
+    m_chunk.resize(chunkSize);
+    m_data = m_chunk.data();
+    m_capacity = chunkSize;
+}
+
+void ChunkedTextWriter::flush()
+{
+    // A QStringRef is copied into the stream's buffer, so the chunk never becomes shared.
+    if (m_used > 0)
+        m_stream << QStringRef(&m_chunk, 0, m_used);
+    m_used = 0;
+}
+
+void ChunkedTextWriter::makeRoom(int count)
+{
+    flush();
+    if (count > m_capacity) {
+        m_chunk.resize(count);
+        m_data = m_chunk.data();
+        m_capacity = count;
+    }
+}
+
 TextWriter textWriterFor(int fileType)
 {
     const WriterEntry *entry = writerEntry(fileType);
@@ -177,13 +188,12 @@ bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size)
 int outputFileTypeForPath(const QString &path, int defaultType)
 {
     const QString extension = QFileInfo(path).suffix().trimmed().toLower();
-    const int type = Settings::instance()->outputFileExtensions().value(extension, TypeNone);
-    return type == TypeNone ? defaultType : type;
+    const int type = Settings::instance()->outputFileExtensions().value(extension, FileTypeNone);
+    return type == FileTypeNone ? defaultType : type;
 }
 
-bool writeOutputFile(const QString &path, const Dataset &dataset,
-                     const OutputFileOptions &options, WriteReport &report,
-                     const WriteProgress &progress)
+bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFileOptions &options,
+                     WriteReport &report, const WriteProgress &progress)
 {
     const QString nativePath = QDir::toNativeSeparators(path);
     const TextWriter writer = textWriterFor(options.fileType);
@@ -242,12 +252,13 @@ bool writeOutputFile(const QString &path, const Dataset &dataset,
     file.close();
     if (!ok)
         return false;
+    report.written = true;
 
-    const int extensionType = outputFileTypeForPath(path, TypeNone);
-    if (extensionType != TypeNone && extensionType != options.fileType) {
-        report.warnings.append(QStringLiteral("'%1' extension is '%2' but file type is %3.")
-                                   .arg(nativePath, QFileInfo(path).suffix(),
-                                        fileTypeName(options.fileType)));
+    const int extensionType = outputFileTypeForPath(path, FileTypeNone);
+    if (extensionType != FileTypeNone && extensionType != options.fileType) {
+        report.warnings.append(
+            QStringLiteral("'%1' extension is '%2' but file type is %3.")
+                .arg(nativePath, QFileInfo(path).suffix(), fileTypeName(options.fileType)));
     }
     return true;
 }

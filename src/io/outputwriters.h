@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstring>
 #include <functional>
 
 class Dataset;
@@ -55,16 +56,67 @@ struct WriteReport
 {
     QStringList warnings;
     QStringList info;
+    // Whether a file was actually written; a New write onto an existing file succeeds without.
+    bool written = false;
 };
 
 using WriteProgress = std::function<void(double)>;
-using TextWriter = bool (*)(QTextStream &stream, const Dataset &dataset,
-                            const TextWriteOptions &options, WriteReport &report,
-                            const WriteProgress &progress);
+using TextWriter
+    = bool (*)(QTextStream &stream, const Dataset &dataset, const TextWriteOptions &options,
+               WriteReport &report, const WriteProgress &progress);
 
 // Sets the codec by name (an unknown name keeps the stream's own) and whether a byte-order
 // mark is generated: the first thing every writer does.
 void prepareTextStream(QTextStream &stream, const QString &encoding, bool byteOrderMark);
+
+// Text gathered in one large buffer and handed to the stream in big pieces, so that a row
+// costs a few copies of its characters and no allocation: at millions of rows, a call into
+// QString or the stream per cell costs more than the characters themselves. Callers make
+// room for a whole row with ensure() and then put characters without further checks.
+class ChunkedTextWriter
+{
+public:
+    explicit ChunkedTextWriter(QTextStream &stream, int chunkSize = 1 << 16);
+    ~ChunkedTextWriter() { flush(); }
+    ChunkedTextWriter(const ChunkedTextWriter &) = delete;
+    ChunkedTextWriter &operator=(const ChunkedTextWriter &) = delete;
+
+    // Room for at least count more characters.
+    void ensure(int count)
+    {
+        if (m_used + count > m_capacity)
+            makeRoom(count);
+    }
+    void put(QChar c) { m_data[m_used++] = c; }
+    void put(const QChar *characters, int count)
+    {
+        std::memcpy(m_data + m_used, characters, size_t(count) * sizeof(QChar));
+        m_used += count;
+    }
+    void put(const QString &text) { put(text.constData(), text.size()); }
+    void putRepeated(QChar c, int count)
+    {
+        for (int i = 0; i < count; ++i)
+            m_data[m_used + i] = c;
+        m_used += count;
+    }
+    // ensure() and put() in one, for text outside the row loops.
+    void append(const QString &text)
+    {
+        ensure(text.size());
+        put(text);
+    }
+    void flush();
+
+private:
+    void makeRoom(int count);
+
+    QTextStream &m_stream;
+    QString m_chunk;
+    QChar *m_data = nullptr;
+    int m_used = 0;
+    int m_capacity = 0;
+};
 
 // Each writer sets the codec and the byte-order-mark generation on the stream first, streams
 // the dataset a row at a time, reports progress every 1000 rows and flushes at the end.
@@ -114,6 +166,5 @@ int outputFileTypeForPath(const QString &path, int defaultType);
 // Writes the dataset to path, opened directly in the way of the write mode. Returns false on
 // failure with the reason in report.warnings. With mode New and an existing file nothing is
 // written, and the call still succeeds with a warning.
-bool writeOutputFile(const QString &path, const Dataset &dataset,
-                     const OutputFileOptions &options, WriteReport &report,
-                     const WriteProgress &progress);
+bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFileOptions &options,
+                     WriteReport &report, const WriteProgress &progress);

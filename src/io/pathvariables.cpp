@@ -22,14 +22,26 @@ PathVariables::PathVariables()
     , m_version(versionText(programVersion()))
     , m_computerName(localComputerName())
     , m_userName(localUserName())
-{
-}
+{ }
 
 void PathVariables::addInput(const QString &alias, const QString &path, const QString &sheet)
 {
     if (alias.isEmpty() || m_inputs.contains(alias))
         return;
-    m_inputs.insert(alias, Input{path, sheet});
+    m_inputs.insert(alias, Input {path, sheet});
+}
+
+void PathVariables::splitSheet(const QString &text, QString &path, QString &sheet)
+{
+    const int open = text.indexOf(QLatin1Char('['));
+    const int close = text.lastIndexOf(QLatin1Char(']'));
+    if (open < 0 || close < 0) {
+        path = text;
+        sheet.clear();
+        return;
+    }
+    sheet = close > open ? text.mid(open + 1, close - open - 1) : QString();
+    path = text.left(open);
 }
 
 QString PathVariables::versionText(const QString &version)
@@ -97,8 +109,21 @@ void PathVariables::expand(QString &path, QString &sheet) const
 
 bool PathVariables::lookUp(const QString &name, QString &value) const
 {
-    enum Kind { Date, Time, DateTime, Day, Month, Year, Hour, Minute, Second, Version,
-                ComputerName, UserName, DocumentName };
+    enum Kind {
+        Date,
+        Time,
+        DateTime,
+        Day,
+        Month,
+        Year,
+        Hour,
+        Minute,
+        Second,
+        Version,
+        ComputerName,
+        UserName,
+        DocumentName
+    };
     static const QHash<QString, int> fixed = {
         {QStringLiteral("date"), Date},
         {QStringLiteral("time"), Time},

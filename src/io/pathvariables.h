@@ -32,6 +32,9 @@ public:
     // Path and sheet together; nothing is done unless one of them holds "{".
     void expand(QString &path, QString &sheet) const;
 
+    // Cuts a trailing sheet part off a path: when the text holds both "[" and "]", everything
+    // from the first "[" on. The sheet is what stands between that "[" and the last "]".
+    static void splitSheet(const QString &text, QString &path, QString &sheet);
     // "v%1_%2_%3" from a dotted version such as "1.4.2"; missing parts count as 0.
     static QString versionText(const QString &version);
     static QString localComputerName();

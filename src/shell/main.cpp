@@ -1,9 +1,9 @@
 #include "graph/graphscene.h"
+#include "io/commandline.h"
 #include "shell/application.h"
 
 #include <QGraphicsView>
 #include <QMainWindow>
-#include <QTextStream>
 
 #include <cstdio>
 #include <cstdlib>
@@ -43,12 +43,8 @@ int main(int argc, char **argv)
         qputenv("QT_QPA_PLATFORM", "offscreen");
 
     Application app(argc, argv);
-    if (commandLine) {
-        QTextStream err(stderr);
-        err << "Tabulon " << TABULON_VERSION
-            << ": running documents from the command line is not available in this build yet.\n";
-        return 0;
-    }
+    if (commandLine)
+        return runCommandLine(QCoreApplication::arguments());
 
     auto *window = new QMainWindow;
     auto *scene = new GraphScene(window);
