@@ -12,17 +12,9 @@ csv="/tmp/tabulon_bench_${rows}.csv"
 program="$build/bench/read_bench"
 runs=3
 
-echo "== building tabulon_lib in $build"
-[ -f "$build/build.ninja" ] || [ -f "$build/Makefile" ] || cmake -S "$root" -B "$build" -G Ninja
-cmake --build "$build" --target tabulon_lib -j2 >/dev/null
-
-echo "== compiling $program"
-mkdir -p "$build/bench"
-g++ -std=c++17 -O2 -g -DNDEBUG -fPIC -Wall -Wextra -Wpedantic \
-    -DQT_NO_DEBUG -DQT_NO_FOREACH -DQT_USE_QSTRINGBUILDER \
-    -I"$root/src" $(pkg-config --cflags Qt5Core Qt5Gui Qt5Widgets) \
-    "$here/read_bench.cpp" -o "$program" \
-    "$build/src/libtabulon_lib.a" $(pkg-config --libs Qt5Core Qt5Gui Qt5Widgets)
+echo "== building read_bench in $build"
+[ -f "$build/build.ninja" ] || cmake -S "$root" -B "$build" -G Ninja
+cmake --build "$build" --target read_bench -j2 >/dev/null
 
 if [ ! -s "$csv" ]; then
     echo "== generating $csv ($rows rows)"

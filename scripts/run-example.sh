@@ -9,5 +9,10 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
     exec "$program" "$document"
 fi
 echo "run-example: no display, running $document headless"
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+    XDG_RUNTIME_DIR=$(mktemp -d)
+    chmod 700 "$XDG_RUNTIME_DIR"
+    export XDG_RUNTIME_DIR
+fi
 "$program" -cli -verbose "$document"
-echo "run-example: outputs written beside the document, in $(dirname "$document")/output"
+echo "run-example: outputs written beside the document: $(dirname "$document")/sales_clean.csv and sales_clean.md"
