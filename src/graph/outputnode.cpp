@@ -752,8 +752,10 @@ bool OutputNode::writeMultipleFiles()
         if (m_dataset.hasHeader())
             part.setHeader(header);
         part.reserveRows(it->size());
-        for (int r : it.value()) {
-            QStringList cells = m_dataset.row(r);
+        // With the Files column as the only column there is nothing left to write but the file.
+        const QList<int> &rows = it.value();
+        for (int i = 0; part.hasColumns() && i < rows.size(); ++i) {
+            QStringList cells = m_dataset.row(rows.at(i));
             cells.removeAt(column);
             part.appendRow(cells, true);
         }

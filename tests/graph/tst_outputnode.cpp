@@ -54,6 +54,7 @@ private slots:
     void newModeKeepsAnExistingFile();
     void appendWritesTheHeaderOnce();
     void typeWithoutWriterFails();
+    void fileCommentVariables();
     void pathVariablesComeFromInputs();
     void multipleFiles();
     void multipleFilesRelativeWithoutDocument();
@@ -218,6 +219,24 @@ void TestOutputNode::typeWithoutWriterFails()
     // Excel files have no line endings to tell about.
     QCOMPARE(output->info(), QStringList());
     QVERIFY(!QFile::exists(path));
+}
+
+void TestOutputNode::fileCommentVariables()
+{
+    const QString path = pathOf("table.md");
+    OutputNode *output = addOutput("a\n1\n", path);
+    m_scene->process(GraphScene::RunAll);
+    const QByteArray bytes = readAll(path);
+    QVERIFY(bytes.startsWith(Bom));
+    const QString text = QString::fromUtf8(bytes.mid(Bom.size()));
+    const QRegularExpression expected(
+        "^<!-- File created by Tabulon v\\d+_\\d+_\\d+ at \\d{4}_\\d\\d_\\d\\d "
+        "\\d\\d_\\d\\d_\\d\\d_\\d{3} -->\r\n\r\n\\| a   \\|\r\n\\|-----\\|\r\n\\| 1   \\|\r\n$");
+    QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
+
+    output->setFileComment("{nothing}");
+    m_scene->process(GraphScene::RunChanges);
+    QVERIFY(readAll(path).startsWith(Bom + "<!--{nothing}-->\r\n"));
 }
 
 void TestOutputNode::pathVariablesComeFromInputs()
