@@ -710,7 +710,7 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
         return fail(error, QStringLiteral("Document root not found."));
 
     // Outputs find their document, for relative paths and variables, through the scene.
-    scene->setProperty("documentPath", QFileInfo(path).absoluteFilePath());
+    scene->setDocumentPath(QFileInfo(path).absoluteFilePath());
     DocumentData read;
     Loader loader {scene, readMeta(root, &read), documentFolder(path), {}, -1, {}, {}};
     if (laterVersion)

@@ -38,6 +38,10 @@ public:
     QList<Node *> nodesOfType(int itemType) const;
     Node *nodeById(int id) const;
     QList<Connection *> allConnections() const;
+    // The document the scene was loaded from or saved to; relative output paths and path
+    // variables are taken from it. Empty for a document never saved.
+    QString documentPath() const { return m_documentPath; }
+    void setDocumentPath(const QString &path) { m_documentPath = path; }
     bool autoRun() const { return m_autoRun; }
     void setAutoRun(bool on) { m_autoRun = on; }
 
@@ -78,6 +82,7 @@ private:
     int m_itemCount = 0;
     int m_doneCount = 0;
     bool m_autoRun = true;
+    QString m_documentPath;
 };
 
 // Gives the event queue a turn, through the application when there is one so that the status

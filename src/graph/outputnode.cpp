@@ -507,9 +507,8 @@ void OutputNode::setFileComment(const QString &comment)
 
 QString OutputNode::documentPath() const
 {
-    // The scene carries the path of its document while the document has one.
-    const QGraphicsScene *owner = scene();
-    return owner ? owner->property("documentPath").toString() : QString();
+    const GraphScene *owner = graphScene();
+    return owner ? owner->documentPath() : QString();
 }
 
 PathVariables OutputNode::pathVariables() const

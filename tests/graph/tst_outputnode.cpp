@@ -267,7 +267,7 @@ void TestOutputNode::pathVariablesComeFromInputs()
 
 void TestOutputNode::multipleFiles()
 {
-    m_scene->setProperty("documentPath", pathOf("doc.tabulon"));
+    m_scene->setDocumentPath(pathOf("doc.tabulon"));
     OutputNode *output = addOutput("v,file\n1,A.csv\n2,B.csv\n3, A.csv \n4,\n5,sub/\n"
                                    "6,missing/x.csv\n7,bad.exe\n8,{transformfname}.csv\n",
                                    QString());
@@ -334,7 +334,7 @@ void TestOutputNode::multipleFilesWarningsAreCapped()
 
 void TestOutputNode::multipleFilesConfirmation()
 {
-    m_scene->setProperty("documentPath", pathOf("doc.tabulon"));
+    m_scene->setDocumentPath(pathOf("doc.tabulon"));
     {
         QFile file(pathOf("A.csv"));
         QVERIFY(file.open(QIODevice::WriteOnly));
