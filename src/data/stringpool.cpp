@@ -6,10 +6,9 @@ int StringPool::find(QStringView text, uint hash) const
 {
     const int mask = m_slots.size() - 1;
     int slot = int(hash) & mask;
-    const QString *slots = m_slots.constData();
-    const uint *hashes = m_hashes.constData();
-    while (!slots[slot].isNull()) {
-        if (hashes[slot] == hash && QStringView(slots[slot]) == text)
+    const Slot *slots = m_slots.constData();
+    while (!slots[slot].text.isNull()) {
+        if (slots[slot].hash == hash && QStringView(slots[slot].text) == text)
             return slot;
         slot = (slot + 1) & mask;
     }
@@ -19,8 +18,7 @@ int StringPool::find(QStringView text, uint hash) const
 void StringPool::giveUp()
 {
     m_gaveUp = true;
-    m_slots = QVector<QString>();
-    m_hashes = QVector<uint>();
+    m_slots = QVector<Slot>();
     m_count = 0;
 }
 
@@ -39,8 +37,8 @@ void StringPool::pool(QString &text)
     const uint hash = qHash(text);
     const int slot = find(text, hash);
     ++m_lookups;
-    if (!m_slots.at(slot).isNull()) {
-        text = m_slots.at(slot);
+    if (!m_slots.at(slot).text.isNull()) {
+        text = m_slots.at(slot).text;
         ++m_hits;
         return;
     }
@@ -49,8 +47,7 @@ void StringPool::pool(QString &text)
         return;
     }
     text.squeeze();
-    m_slots[slot] = text;
-    m_hashes[slot] = hash;
+    m_slots[slot] = Slot{text, hash};
     ++m_count;
 }
 
@@ -66,36 +63,31 @@ QString StringPool::pooled(QStringView text)
     const uint hash = qHash(text);
     const int slot = find(text, hash);
     ++m_lookups;
-    if (!m_slots.at(slot).isNull()) {
+    if (!m_slots.at(slot).text.isNull()) {
         ++m_hits;
-        return m_slots.at(slot);
+        return m_slots.at(slot).text;
     }
     QString made = text.toString();
     if (shouldGiveUp()) {
         giveUp();
         return made;
     }
-    m_slots[slot] = made;
-    m_hashes[slot] = hash;
+    m_slots[slot] = Slot{made, hash};
     ++m_count;
     return made;
 }
 void StringPool::grow()
 {
     const int newSize = m_slots.isEmpty() ? 64 : m_slots.size() * 2;
-    QVector<QString> slots(newSize);
-    QVector<uint> hashes(newSize);
+    QVector<Slot> slots(newSize);
     const int mask = newSize - 1;
-    for (int i = 0; i < m_slots.size(); ++i) {
-        const QString &text = m_slots.at(i);
-        if (text.isNull())
+    for (const Slot &old : qAsConst(m_slots)) {
+        if (old.text.isNull())
             continue;
-        int slot = int(m_hashes.at(i)) & mask;
-        while (!slots.at(slot).isNull())
+        int slot = int(old.hash) & mask;
+        while (!slots.at(slot).text.isNull())
             slot = (slot + 1) & mask;
-        slots[slot] = text;
-        hashes[slot] = m_hashes.at(i);
+        slots[slot] = old;
     }
     m_slots.swap(slots);
-    m_hashes.swap(hashes);
 }

@@ -33,8 +33,13 @@ private:
     bool shouldGiveUp() const { return m_lookups >= SampleSize && m_hits * 2 < m_lookups; }
     void giveUp();
 
-    QVector<QString> m_slots;
-    QVector<uint> m_hashes;
+    // A slot keeps its text's hash beside it, so that a probe touches one cache line.
+    struct Slot
+    {
+        QString text;
+        uint hash = 0;
+    };
+    QVector<Slot> m_slots;
     int m_count = 0;
     int m_lookups = 0;
     int m_hits = 0;

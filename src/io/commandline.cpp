@@ -6,6 +6,8 @@
 #include "graph/outputnode.h"
 #include "graph/transformnode.h"
 #include "io/pathvariables.h"
+#include "shell/application.h"
+#include "shell/settings.h"
 #include "transforms/framework/transform.h"
 
 #include <QDateTime>
@@ -15,6 +17,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 
 #include <unistd.h>
 
@@ -327,10 +331,12 @@ QString applyFileArguments(GraphScene &scene, const QStringList &values,
     return QString();
 }
 
-int runDocument(const CommandLineOptions &options, CommandLineLog &log)
+int runDocument(const CommandLineOptions &options, CommandLineLog &log, bool keepData)
 {
     const QString path = QFileInfo(options.documentPath).absoluteFilePath();
-    GraphScene scene;
+    auto *ownedScene = new GraphScene;
+    std::unique_ptr<GraphScene> sceneOwner(ownedScene);
+    GraphScene &scene = *ownedScene;
     DocumentData data;
     bool laterVersion = false;
     QStringList messages;
@@ -377,6 +383,8 @@ int runDocument(const CommandLineOptions &options, CommandLineLog &log)
                      .arg(shownPath, QDateTime::currentDateTime().toString()));
     }
     log.flush();
+    if (keepData)
+        sceneOwner.release();
     return 0;
 }
 
@@ -388,6 +396,25 @@ int runCommandLine(const QStringList &arguments, CommandLineLog &log)
     if (!options.cli)
         return 0;
     return runDocument(options, log);
+}
+
+void runCommandLineAndExit(const QStringList &arguments)
+{
+    CommandLineLog log;
+    const CommandLineOptions options = parseCommandLine(arguments, log);
+    int code = 0;
+    if (!options.abortMessage.isEmpty())
+        code = log.abort(options.abortMessage);
+    else if (options.cli)
+        code = runDocument(options, log, true);
+    log.flush();
+    Settings::instance()->sync();
+    if (Application *app = Application::instance()) {
+        for (const QString &temporary : qAsConst(app->temporaryFiles()))
+            QFile::remove(temporary);
+    }
+    std::fflush(nullptr);
+    std::_Exit(code);
 }
 
 int runCommandLine(const QStringList &arguments)
