@@ -3,6 +3,7 @@
 #include "graph/xmlattributes.h"
 #include "io/filetypes.h"
 #include "io/metainfo.h"
+#include "shell/memory.h"
 #include "shell/settings.h"
 #include "testutil.h"
 
@@ -41,6 +42,7 @@ private slots:
     void clipboardTypeGuess_data();
     void clipboardTypeGuess();
     void fileChangedTwiceReadsOnce();
+    void tooBigToRead();
 
 private:
     QString writeFile(const QString &name, const QByteArray &content);
@@ -427,6 +429,35 @@ void TestInputNode::fileChangedTwiceReadsOnce()
     QTest::qWait(300);
     QCOMPARE(changes.count(), 1);
     QCOMPARE(input->dataset()->rowCount(), 3);
+}
+
+void TestInputNode::tooBigToRead()
+{
+    QByteArray content = "a,b\n";
+    for (int i = 0; i < 20000; ++i)
+        content += "some text,more text\n";
+    const QString path = writeFile("big.csv", content);
+    GraphScene scene;
+    InputNode *input = addFileInput(scene, path, InputNode::HasHeader);
+    InputNode *small = addTextInput(scene, "a\n1\n", {0, 300});
+    // The first check finds the limit exceeded and the user chooses to exit; later checks,
+    // once the reader has let its data go, find room again.
+    int asked = 0;
+    setMemoryLimitHandler([&asked](double, double, double *newLimit) {
+        *newLimit = 64.0;
+        return ++asked > 1;
+    });
+    Settings::instance()->setMaxMemoryUsage(0.000001);
+    scene.process(GraphScene::RunAll);
+    setMemoryLimitHandler(nullptr);
+    Settings::instance()->setMaxMemoryUsage(4.0);
+    QVERIFY(asked >= 2);
+    // The reader stops, the item fails with the reason, and the run goes on.
+    QCOMPARE(input->status(), int(Node::Error));
+    QCOMPARE(input->dataset()->rowCount(), 0);
+    QVERIFY(input->warnings().contains(
+        QString("'%1' is too big for Tabulon to read.").arg(QDir::toNativeSeparators(path))));
+    QCOMPARE(small->status(), int(Node::UpToDate));
 }
 
 TABULON_TEST_MAIN(TestInputNode)
