@@ -22,6 +22,18 @@ void onOutOfMemory()
     std::abort();
 }
 
+QtMessageHandler s_defaultMessageHandler = nullptr;
+
+// Qt warns on every start of a process without a session (cron, ssh, CI) that it picks a
+// runtime folder itself; the choice is right and the line only worries people reading logs.
+void filterMessages(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg
+        && message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")))
+        return;
+    s_defaultMessageHandler(type, context, message);
+}
+
 // "-cli", "--CLI" and the like: one or two dashes, any case.
 bool isCommandLineRun(int argc, char **argv)
 {
@@ -57,8 +69,9 @@ QMainWindow *createWindow(const QString &documentPath)
     window->setCentralWidget(view);
     window->setWindowTitle(QStringLiteral("Tabulon"));
     window->resize(1400, 900);
-    QObject::connect(scene, &GraphScene::showTempMessage, window,
-                     [window](const QString &text) { window->statusBar()->showMessage(text, 2000); });
+    QObject::connect(scene, &GraphScene::showTempMessage, window, [window](const QString &text) {
+        window->statusBar()->showMessage(text, 2000);
+    });
     if (documentPath.isEmpty())
         return window;
 
@@ -75,7 +88,8 @@ QMainWindow *createWindow(const QString &documentPath)
     scene->setAutoRun(data.autoRun);
     QTimer::singleShot(0, scene, [scene, view, messages, window]() {
         if (!messages.isEmpty())
-            QMessageBox::warning(window, QStringLiteral("Tabulon"), messages.join(QLatin1Char('\n')));
+            QMessageBox::warning(window, QStringLiteral("Tabulon"),
+                                 messages.join(QLatin1Char('\n')));
         if (scene->autoRun())
             scene->process(GraphScene::RunChanges);
         view->fitInView(scene->itemsBoundingRect().adjusted(-60, -60, 60, 60), Qt::KeepAspectRatio);
@@ -103,6 +117,7 @@ void restartWithHugePages(char **argv)
 int main(int argc, char **argv)
 {
     restartWithHugePages(argv);
+    s_defaultMessageHandler = qInstallMessageHandler(filterMessages);
     std::set_new_handler(onOutOfMemory);
     qSetGlobalQHashSeed(0);
 
