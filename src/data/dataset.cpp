@@ -187,33 +187,8 @@ void Dataset::setSize(int rows, int columns)
     rows = std::max(0, rows);
     if (rows < m_rows.size())
         m_rows.erase(m_rows.begin() + rows, m_rows.end());
-    if (m_rows.size() < rows) {
-        QStringList empty;
-        empty.reserve(columns);
-        for (int c = 0; c < columns; ++c)
-            empty.append(QString());
-        m_rows.reserve(rows);
-        while (m_rows.size() < rows)
-            m_rows.append(empty);
-    }
-    // New rows already have the target width; setColumnCount fits the older ones.
-    const int oldCount = m_columnCount;
-    if (oldCount != columns) {
-        for (QStringList &row : m_rows) {
-            if (row.size() == columns)
-                continue;
-            while (row.size() < columns)
-                row.append(QString());
-            if (row.size() > columns)
-                row.erase(row.begin() + columns, row.end());
-        }
-        m_columnCount = oldCount;
-        // Rows are fitted already; let setColumnCount adjust ids, header and pools only.
-        QList<QStringList> rowsKept;
-        rowsKept.swap(m_rows);
-        setColumnCount(columns);
-        m_rows.swap(rowsKept);
-    }
+    setColumnCount(columns);
+    setRowCount(rows);
 }
 
 void Dataset::appendColumn()

@@ -148,39 +148,124 @@ void InputNode::markChanged()
     setStatus(NeedsUpdate, true);
 }
 
-#define INPUT_SETTER(Setter, Type, member)                                                         \
-    void InputNode::Setter(Type value)                                                             \
-    {                                                                                              \
-        if (member == value)                                                                       \
-            return;                                                                                \
-        member = value;                                                                            \
-        markChanged();                                                                             \
-    }
+template<typename T>
+void InputNode::change(T &member, const T &value)
+{
+    if (member == value)
+        return;
+    member = value;
+    markChanged();
+}
 
-INPUT_SETTER(setMedium, int, m_medium)
-INPUT_SETTER(setText, const QString &, m_text)
-INPUT_SETTER(setWorksheet, const QString &, m_worksheet)
-INPUT_SETTER(setDelimiter, int, m_delimiter)
-INPUT_SETTER(setCustomDelimiter, QChar, m_customDelimiter)
-INPUT_SETTER(setIgnoreRepeatedDelimiters, bool, m_ignoreRepeatedDelimiters)
-INPUT_SETTER(setQuoting, int, m_quoting)
-INPUT_SETTER(setAutoFixedWidths, int, m_autoFixedWidths)
-INPUT_SETTER(setFixedWidths, const QList<int> &, m_fixedWidths)
-INPUT_SETTER(setEncoding, const QString &, m_encoding)
-INPUT_SETTER(setHeader, int, m_header)
-INPUT_SETTER(setIgnoredRows, int, m_ignoredRows)
-INPUT_SETTER(setTrim, bool, m_trim)
-INPUT_SETTER(setSimplify, bool, m_simplify)
-INPUT_SETTER(setIgnoreEmptyRows, bool, m_ignoreEmptyRows)
-INPUT_SETTER(setIgnoreEmptyColumns, bool, m_ignoreEmptyColumns)
-INPUT_SETTER(setIgnoreExcelHiddenRows, bool, m_ignoreExcelHiddenRows)
-INPUT_SETTER(setIgnoreExcelHiddenColumns, bool, m_ignoreExcelHiddenColumns)
-INPUT_SETTER(setMetaPlace, int, m_metaPlace)
-INPUT_SETTER(setMetaText, const QString &, m_metaText)
-INPUT_SETTER(setMetaColumnName, const QString &, m_metaColumnName)
-INPUT_SETTER(setJsonArraysAsRows, int, m_jsonArraysAsRows)
+void InputNode::setMedium(int value)
+{
+    change(m_medium, value);
+}
 
-#undef INPUT_SETTER
+void InputNode::setText(const QString & value)
+{
+    change(m_text, value);
+}
+
+void InputNode::setWorksheet(const QString & value)
+{
+    change(m_worksheet, value);
+}
+
+void InputNode::setDelimiter(int value)
+{
+    change(m_delimiter, value);
+}
+
+void InputNode::setCustomDelimiter(QChar value)
+{
+    change(m_customDelimiter, value);
+}
+
+void InputNode::setIgnoreRepeatedDelimiters(bool value)
+{
+    change(m_ignoreRepeatedDelimiters, value);
+}
+
+void InputNode::setQuoting(int value)
+{
+    change(m_quoting, value);
+}
+
+void InputNode::setAutoFixedWidths(int value)
+{
+    change(m_autoFixedWidths, value);
+}
+
+void InputNode::setFixedWidths(const QList<int> & value)
+{
+    change(m_fixedWidths, value);
+}
+
+void InputNode::setEncoding(const QString & value)
+{
+    change(m_encoding, value);
+}
+
+void InputNode::setHeader(int value)
+{
+    change(m_header, value);
+}
+
+void InputNode::setIgnoredRows(int value)
+{
+    change(m_ignoredRows, value);
+}
+
+void InputNode::setTrim(bool value)
+{
+    change(m_trim, value);
+}
+
+void InputNode::setSimplify(bool value)
+{
+    change(m_simplify, value);
+}
+
+void InputNode::setIgnoreEmptyRows(bool value)
+{
+    change(m_ignoreEmptyRows, value);
+}
+
+void InputNode::setIgnoreEmptyColumns(bool value)
+{
+    change(m_ignoreEmptyColumns, value);
+}
+
+void InputNode::setIgnoreExcelHiddenRows(bool value)
+{
+    change(m_ignoreExcelHiddenRows, value);
+}
+
+void InputNode::setIgnoreExcelHiddenColumns(bool value)
+{
+    change(m_ignoreExcelHiddenColumns, value);
+}
+
+void InputNode::setMetaPlace(int value)
+{
+    change(m_metaPlace, value);
+}
+
+void InputNode::setMetaText(const QString & value)
+{
+    change(m_metaText, value);
+}
+
+void InputNode::setMetaColumnName(const QString & value)
+{
+    change(m_metaColumnName, value);
+}
+
+void InputNode::setJsonArraysAsRows(int value)
+{
+    change(m_jsonArraysAsRows, value);
+}
 
 void InputNode::setPath(const QString &path)
 {

@@ -127,6 +127,9 @@ protected:
 
 private:
     void markChanged();
+    // Sets an option and marks the item for a run when the value differs.
+    template<typename T>
+    void change(T &member, const T &value);
     bool readFile();
     bool readText(QTextStream &stream, qint64 length, const QString &pathForMessages);
     DelimitedReadOptions readOptions() const;
