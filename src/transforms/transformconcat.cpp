@@ -1,0 +1,109 @@
+#include "transforms/transformconcat.h"
+
+#include "graph/node.h"
+#include "transforms/columnnames.h"
+#include "transforms/framework/parameter.h"
+
+QSet<QString> TransformConcat::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("join") << QStringLiteral("combine") << QStringLiteral("merge")
+          << QStringLiteral("concatenate") << QStringLiteral("append") << QStringLiteral("glue");
+    return words;
+}
+
+void TransformConcat::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+    Node *input = inputs.value(0);
+
+    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
+                                   QStringLiteral("automatic new column name"), true);
+    autoName->setToolTip(QStringLiteral("Uncheck to manually set the new column name."));
+    applyRememberedValue(useRemembered, autoName);
+    addParameter(autoName);
+
+    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                  QStringLiteral("New column name"), displayName());
+    newName->setToolTip(QStringLiteral("The name for the new column."));
+    applyRememberedValue(useRemembered, newName);
+    addParameter(newName);
+
+    auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
+                                  QStringLiteral("Columns"), input);
+    columns->setToolTip(QStringLiteral("Select the columns to concatenate, in column order."));
+    columns->selectOnlyColumn();
+    addParameter(columns);
+
+    auto *delimiter = new Parameter(ParameterType::Text, QStringLiteral("Delimiter"),
+                                    QStringLiteral("Delimiter"), " ");
+    delimiter->setTextRequired(false);
+    delimiter->setToolTip(QStringLiteral("The text put between the concatenated values."));
+    applyRememberedValue(useRemembered, delimiter);
+    addParameter(delimiter);
+
+    auto *keepEmpty = new Parameter(ParameterType::Bool, QStringLiteral("Keep_Empty"),
+                                    QStringLiteral("keep empty values"), false);
+    keepEmpty->setToolTip(
+        QStringLiteral("Check to keep empty values, so that delimiters appear for them too."));
+    applyRememberedValue(useRemembered, keepEmpty);
+    addParameter(keepEmpty);
+}
+
+QList<ParameterState> TransformConcat::parameterStates() const
+{
+    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
+    return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()}};
+}
+
+Dataset &TransformConcat::process(Dataset &output, const QList<Node *> &inputs, bool &)
+{
+    if (inputs.size() != 1)
+        return output;
+    const Parameter *autoNameOption = parameter(QStringLiteral("Auto_New_Name"));
+    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
+    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
+    const Parameter *delimiterOption = parameter(QStringLiteral("Delimiter"));
+    const Parameter *keepEmptyOption = parameter(QStringLiteral("Keep_Empty"));
+    if (!autoNameOption || !newNameOption || !columnsOption || !delimiterOption
+        || !keepEmptyOption) {
+        setResult(failureText());
+        return output;
+    }
+
+    output = *inputs.first()->dataset();
+    QList<int> columns;
+    columnsOption->toColumnIndexes(&columns, true);
+    if (columns.isEmpty()) {
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+    const QString delimiter = delimiterOption->toString();
+    const bool keepEmpty = keepEmptyOption->toBool();
+    const QString name = autoNameOption->toBool()
+        ? ColumnNames::joinedNames(output, columns, QStringLiteral(" + "))
+        : newNameOption->toString();
+
+    const int c = ColumnNames::appendNamedColumn(output, name);
+    const int rowCount = output.rowCount();
+    QString joined;
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        const QStringList &row = output.row(r);
+        joined.clear();
+        bool first = true;
+        for (int source : qAsConst(columns)) {
+            const QString &text = row.at(source);
+            if (text.isEmpty() && !keepEmpty)
+                continue;
+            if (!first)
+                joined += delimiter;
+            joined += text;
+            first = false;
+        }
+        if (!joined.isEmpty())
+            output.setCell(r, c, joined);
+    }
+    setResult(QStringLiteral("Concatenated %1").arg(ColumnNames::countedCols(columns.size())));
+    return output;
+}

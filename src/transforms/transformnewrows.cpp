@@ -1,0 +1,272 @@
+#include "transforms/transformnewrows.h"
+
+#include "data/valueinterpretation.h"
+#include "graph/node.h"
+#include "transforms/framework/comparisonoperator.h"
+#include "transforms/framework/parameter.h"
+
+QSet<QString> TransformNewRows::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("insert") << QStringLiteral("add") << QStringLiteral("blank")
+          << QStringLiteral("empty") << QStringLiteral("duplicate") << QStringLiteral("copy")
+          << QStringLiteral("repeat") << QStringLiteral("separator") << QStringLiteral("spacer");
+    return words;
+}
+
+void TransformNewRows::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+    Node *input = inputs.value(0);
+
+    const QStringList hows {QStringLiteral("Same for every row"),
+                            QStringLiteral("Set from a column")};
+    auto *how = new Parameter(ParameterType::Selection, QStringLiteral("Number_How_Name"),
+                              QStringLiteral("Number of new rows"), hows.first(), hows);
+    how->setToolTip(QStringLiteral("Whether each row gets the same number of new rows, or the "
+                                   "number is read from a column of the row."));
+    applyRememberedValue(useRemembered, how);
+    addParameter(how);
+
+    auto *numberColumn
+        = new Parameter(ParameterType::SingleColumn, QStringLiteral("Number_Col_Name"),
+                        QStringLiteral("Number column"), input);
+    numberColumn->setToolTip(QStringLiteral("The column that holds the number of new rows "
+                                            "for each row."));
+    addParameter(numberColumn);
+
+    auto *number = new Parameter(ParameterType::Int, QStringLiteral("Number_Const_Name"),
+                                 QStringLiteral("Number"), 1);
+    number->setMinimumInt(0);
+    number->setToolTip(QStringLiteral("The number of new rows for each row."));
+    applyRememberedValue(useRemembered, number);
+    addParameter(number);
+
+    const QStringList as {QStringLiteral("Blank row(s)"), QStringLiteral("Copied row(s)"),
+                          QStringLiteral("User defined row(s)")};
+    auto *asOption = new Parameter(ParameterType::Selection, QStringLiteral("As_Name"),
+                                   QStringLiteral("New rows as"), as.first(), as);
+    asOption->setToolTip(QStringLiteral("What the new rows hold."));
+    applyRememberedValue(useRemembered, asOption);
+    addParameter(asOption);
+
+    auto *userValue = new Parameter(ParameterType::Text, QStringLiteral("User_Defined_Row_Value"),
+                                    QStringLiteral("User defined value"), QString());
+    userValue->setTextRequired(false);
+    userValue->setToolTip(
+        QStringLiteral(
+            "The value for every cell of a new row. Column values of the row may be used as "
+            "variables, e.g. %1 or %2.")
+            .arg(ComparisonOperator::columnVariable(1),
+                 ComparisonOperator::columnVariable(QStringLiteral("Name"))));
+    applyRememberedValue(useRemembered, userValue);
+    addParameter(userValue);
+
+    const QStringList locations {QStringLiteral("Above each row"),
+                                 QStringLiteral("Below each row")};
+    auto *location = new Parameter(ParameterType::Selection, QStringLiteral("Location_Name"),
+                                   QStringLiteral("Location"), locations.first(), locations);
+    location->setToolTip(QStringLiteral("Where the new rows go."));
+    applyRememberedValue(useRemembered, location);
+    addParameter(location);
+
+    const QStringList fors {QStringLiteral("Every row"), QStringLiteral("Rows where"),
+                            QStringLiteral("First row"), QStringLiteral("Last row")};
+    auto *forRows = new Parameter(ParameterType::Selection, QStringLiteral("For_Name"),
+                                  QStringLiteral("For"), fors.first(), fors);
+    forRows->setToolTip(QStringLiteral("The rows that get new rows."));
+    applyRememberedValue(useRemembered, forRows);
+    addParameter(forRows);
+
+    auto *matchColumn
+        = new Parameter(ParameterType::SingleColumn, QStringLiteral("Match_Column_Name"),
+                        QStringLiteral("Column"), input);
+    matchColumn->setNoneText(QStringLiteral("<Any>"));
+    matchColumn->setColumnRequired(false);
+    matchColumn->setToolTip(QStringLiteral("The column to test, or <Any> to test every column."));
+    addParameter(matchColumn);
+
+    const QStringList operators = ComparisonOperator::displayTexts();
+    auto *matchType = new Parameter(ParameterType::Selection, QStringLiteral("Match_Type_Name"),
+                                    QStringLiteral("Operation"), operators.first(), operators);
+    matchType->setToolTip(QStringLiteral("How the column value is compared with the value."));
+    applyRememberedValue(useRemembered, matchType);
+    addParameter(matchType);
+
+    auto *matchValue = new Parameter(ParameterType::Text, QStringLiteral("Match_Value_Name"),
+                                     QStringLiteral("Value"), QString());
+    matchValue->setTextRequired(false);
+    matchValue->setToolTip(QStringLiteral("The value to compare with. Column values of the row "
+                                          "may be used as variables."));
+    applyRememberedValue(useRemembered, matchValue);
+    addParameter(matchValue);
+
+    auto *caseSensitive = new Parameter(ParameterType::Bool, QStringLiteral("Match_Case_Sensitive"),
+                                        QStringLiteral("Case sensitive"), false);
+    caseSensitive->setToolTip(QStringLiteral("Check for case sensitive comparison."));
+    applyRememberedValue(useRemembered, caseSensitive);
+    addParameter(caseSensitive);
+}
+
+QList<ParameterState> TransformNewRows::parameterStates() const
+{
+    const Parameter *how = parameter(QStringLiteral("Number_How_Name"));
+    const Parameter *as = parameter(QStringLiteral("As_Name"));
+    const Parameter *forRows = parameter(QStringLiteral("For_Name"));
+    const bool fromColumn = how && how->toSelectionIndex() == SetFromColumn;
+    const bool userDefined = as && as->toSelectionIndex() == UserDefinedRows;
+    const bool where = forRows && forRows->toSelectionIndex() == RowsWhere;
+    return {{QStringLiteral("Number_Col_Name"), fromColumn},
+            {QStringLiteral("Number_Const_Name"), !fromColumn},
+            {QStringLiteral("User_Defined_Row_Value"), userDefined},
+            {QStringLiteral("Match_Column_Name"), where},
+            {QStringLiteral("Match_Type_Name"), where},
+            {QStringLiteral("Match_Value_Name"), where},
+            {QStringLiteral("Match_Case_Sensitive"), where}};
+}
+
+Dataset &TransformNewRows::process(Dataset &output, const QList<Node *> &inputs, bool &)
+{
+    if (inputs.size() != 1)
+        return output;
+    const Parameter *howOption = parameter(QStringLiteral("Number_How_Name"));
+    const Parameter *numberColumnOption = parameter(QStringLiteral("Number_Col_Name"));
+    const Parameter *numberOption = parameter(QStringLiteral("Number_Const_Name"));
+    const Parameter *asOption = parameter(QStringLiteral("As_Name"));
+    const Parameter *userValueOption = parameter(QStringLiteral("User_Defined_Row_Value"));
+    const Parameter *locationOption = parameter(QStringLiteral("Location_Name"));
+    const Parameter *forOption = parameter(QStringLiteral("For_Name"));
+    const Parameter *matchColumnOption = parameter(QStringLiteral("Match_Column_Name"));
+    const Parameter *matchTypeOption = parameter(QStringLiteral("Match_Type_Name"));
+    const Parameter *matchValueOption = parameter(QStringLiteral("Match_Value_Name"));
+    const Parameter *caseOption = parameter(QStringLiteral("Match_Case_Sensitive"));
+    if (!howOption || !numberColumnOption || !numberOption || !asOption || !userValueOption
+        || !locationOption || !forOption || !matchColumnOption || !matchTypeOption
+        || !matchValueOption || !caseOption) {
+        setResult(failureText());
+        return output;
+    }
+
+    const Dataset &input = *inputs.first()->dataset();
+    output = input;
+    const int rowCount = input.rowCount();
+    const int columnCount = input.columnCount();
+
+    const bool fromColumn = howOption->toSelectionIndex() == SetFromColumn;
+    const int numberColumn = fromColumn ? numberColumnOption->toColumnIndex() : -1;
+    const int constantNumber = qMax(0, numberOption->toInt());
+    const int as = asOption->toSelectionIndex();
+    const QString userValue = userValueOption->toString();
+    const bool userValueHasVariables = userValue.contains(QStringLiteral("$("));
+    const bool above = locationOption->toSelectionIndex() == AboveEachRow;
+    const int forRows = forOption->toSelectionIndex();
+
+    // The condition of "Rows where" is one Filter term: a term without a value that needs one
+    // holds for every row; a column that no longer resolves leaves it holding for none.
+    const int op = ComparisonOperator::displayOrder().value(matchTypeOption->toSelectionIndex(),
+                                                            ComparisonOperator::Contains);
+    const QString matchValue = matchValueOption->toString();
+    const bool termUsed
+        = forRows == RowsWhere && (!matchValue.isEmpty() || ComparisonOperator::takesNoValue(op));
+    const Qt::CaseSensitivity caseSensitivity
+        = caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    QList<int> termColumns;
+    QStringList termFormats;
+    if (termUsed) {
+        if (matchColumnOption->toColumnId().isNull()) {
+            for (int c = 0; c < columnCount; ++c)
+                termColumns.append(c);
+        } else if (matchColumnOption->toColumnIndex() >= 0) {
+            termColumns.append(matchColumnOption->toColumnIndex());
+        }
+        const QStringList formats = dateFormats();
+        for (int c : qAsConst(termColumns)) {
+            QString format;
+            termFormats.append(input.isDateColumn(c, formats, &format) ? format : QString());
+        }
+    }
+    const bool valueHasVariables = matchValue.contains(QStringLiteral("$("));
+    const QHash<QString, ColumnIndex> byName = userValueHasVariables || valueHasVariables
+        ? input.columnsByName()
+        : QHash<QString, ColumnIndex>();
+
+    QStringList blankRow;
+    blankRow.reserve(columnCount);
+    for (int c = 0; c < columnCount; ++c)
+        blankRow.append(QString());
+    QStringList userRow;
+    if (as == UserDefinedRows && !userValueHasVariables) {
+        userRow = blankRow;
+        for (QString &cell : userRow)
+            cell = userValue;
+    }
+
+    output.setRowCount(0);
+    output.reserveRows(rowCount);
+    qint64 added = 0;
+    qint64 badNumbers = 0;
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        const QStringList &row = input.row(r);
+        bool selected = true;
+        if (forRows == FirstRow) {
+            selected = r == 0;
+        } else if (forRows == LastRow) {
+            selected = r == rowCount - 1;
+        } else if (termUsed) {
+            const QString value = valueHasVariables
+                ? input.substituteColumnVariables(matchValue, byName, r)
+                : matchValue;
+            selected = !termColumns.isEmpty();
+            for (int i = 0; i < termColumns.size() && selected; ++i) {
+                const QString &format = termFormats.at(i);
+                selected = ComparisonOperator::evaluate(op, row.at(termColumns.at(i)), value,
+                                                        format, format, caseSensitivity);
+            }
+        }
+        int count = 0;
+        if (selected) {
+            if (!fromColumn) {
+                count = constantNumber;
+            } else if (numberColumn >= 0) {
+                bool ok = false;
+                count = toInt(row.at(numberColumn), true, false, &ok);
+                if (!ok || count < 0) {
+                    ++badNumbers;
+                    count = 0;
+                }
+            }
+        }
+        if (count > 0 && as == UserDefinedRows && userValueHasVariables) {
+            const QString text = input.substituteColumnVariables(userValue, byName, r);
+            userRow = blankRow;
+            for (QString &cell : userRow)
+                cell = text;
+        }
+        const QStringList &newRow
+            = as == CopiedRows ? row : (as == UserDefinedRows ? userRow : blankRow);
+        if (!above)
+            output.appendRow(row);
+        for (int i = 0; i < count; ++i)
+            output.appendRow(newRow);
+        if (above)
+            output.appendRow(row);
+        added += count;
+    }
+    if (termUsed)
+        clearComparisonCaches();
+    if (badNumbers > 0)
+        addWarning(QStringLiteral("%1 %2 in column '%3' not a number of rows: no rows added")
+                       .arg(formatCount(badNumbers),
+                            badNumbers == 1 ? QStringLiteral("value") : QStringLiteral("values"),
+                            input.headerText(numberColumn)));
+    if (added == 0) {
+        output = input;
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+    setResult(
+        QStringLiteral("%1 %2 added")
+            .arg(formatCount(added), added == 1 ? QStringLiteral("row") : QStringLiteral("rows")));
+    return output;
+}

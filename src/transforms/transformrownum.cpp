@@ -1,0 +1,75 @@
+#include "transforms/transformrownum.h"
+
+#include "graph/node.h"
+#include "transforms/columnnames.h"
+#include "transforms/framework/parameter.h"
+
+QSet<QString> TransformRowNum::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("number") << QStringLiteral("numbering") << QStringLiteral("index")
+          << QStringLiteral("counter") << QStringLiteral("sequence") << QStringLiteral("columns")
+          << QStringLiteral("id");
+    return words;
+}
+
+void TransformRowNum::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+
+    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                  QStringLiteral("New column name"), displayName());
+    newName->setToolTip(QStringLiteral("The name for the new column."));
+    applyRememberedValue(useRemembered, newName);
+    addParameter(newName);
+
+    auto *startAt = new Parameter(ParameterType::Int, QStringLiteral("Start_At"),
+                                  QStringLiteral("Start at"), 1);
+    startAt->setMinimumInt(-999999999);
+    startAt->setToolTip(QStringLiteral("The number of the first row."));
+    applyRememberedValue(useRemembered, startAt);
+    addParameter(startAt);
+
+    auto *increment = new Parameter(ParameterType::Int, QStringLiteral("Increment"),
+                                    QStringLiteral("Increment"), 1);
+    increment->setMinimumInt(-999999999);
+    increment->setToolTip(QStringLiteral("The amount added to the number at each step."));
+    applyRememberedValue(useRemembered, increment);
+    addParameter(increment);
+
+    auto *every
+        = new Parameter(ParameterType::Int, QStringLiteral("Every"), QStringLiteral("Every"), 1);
+    every->setMinimumInt(1);
+    every->setSuffix(QStringLiteral(" row(s)"));
+    every->setToolTip(QStringLiteral("The number of rows that share a number."));
+    applyRememberedValue(useRemembered, every);
+    addParameter(every);
+}
+
+Dataset &TransformRowNum::process(Dataset &output, const QList<Node *> &inputs, bool &)
+{
+    if (inputs.size() != 1)
+        return output;
+    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
+    const Parameter *startAtOption = parameter(QStringLiteral("Start_At"));
+    const Parameter *incrementOption = parameter(QStringLiteral("Increment"));
+    const Parameter *everyOption = parameter(QStringLiteral("Every"));
+    if (!newNameOption || !startAtOption || !incrementOption || !everyOption) {
+        setResult(failureText());
+        return output;
+    }
+
+    output = *inputs.first()->dataset();
+    const qint64 startAt = startAtOption->toInt();
+    const qint64 increment = incrementOption->toInt();
+    // A document may hold 0 although the option's minimum is 1.
+    const int every = qMax(1, everyOption->toInt());
+    const int c = ColumnNames::appendNamedColumn(output, newNameOption->toString());
+    const int rowCount = output.rowCount();
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        output.setCell(r, c, QString::number(startAt + qint64(r / every) * increment));
+    }
+    setResult(QStringLiteral("%1 numbered").arg(ColumnNames::countedRows(rowCount)));
+    return output;
+}
