@@ -2,6 +2,7 @@
 
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
 
 namespace {
@@ -34,11 +35,8 @@ void TransformCase::createParameters(const QList<Node *> &inputs, bool useRememb
     Transform::createParameters(inputs, useRemembered);
     Node *input = inputs.value(0);
 
-    auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
-                                  QStringLiteral("Columns"), input);
-    columns->setToolTip(QStringLiteral("Select the column(s) whose case you want to change."));
-    columns->selectOnlyColumn();
-    addParameter(columns);
+    addParameter(CellRules::createColumnsParameter(
+        input, QStringLiteral("Select the column(s) whose case you want to change.")));
 
     const QStringList names = caseNames();
     QStringList examples{QStringLiteral("E.g:")};
@@ -79,28 +77,15 @@ Dataset &TransformCase::process(Dataset &output, const QList<Node *> &inputs, bo
     }
 
     output = *inputs.first()->dataset();
-    QList<int> columns;
-    columnsOption->toColumnIndexes(&columns, true);
     const int caseIndex = caseOption->toSelectionIndex();
     const bool keepUpper
         = (caseIndex == Title || caseIndex == Sentence) && keepUpperOption->toBool();
-
-    qint64 changed = 0;
-    qint64 unchanged = 0;
-    const int rowCount = output.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        reportRow(r, rowCount);
-        for (int c : qAsConst(columns)) {
-            const QString &cell = output.cell(r, c);
-            QString converted = convertCase(cell, caseIndex, keepUpper);
-            if (converted == cell) {
-                ++unchanged;
-                continue;
-            }
-            output.setCell(r, c, converted);
-            ++changed;
-        }
-    }
-    setResult(cellsChangedText(changed, unchanged));
+    const CellRules::Counts counts = CellRules::rewriteCells(
+        output, CellRules::selectedColumns(*columnsOption),
+        [caseIndex, keepUpper](int, const QString &cell) {
+            return convertCase(cell, caseIndex, keepUpper);
+        },
+        [this](int r, int rowCount) { reportRow(r, rowCount); });
+    setResult(cellsChangedText(counts.changed, counts.unchanged));
     return output;
 }

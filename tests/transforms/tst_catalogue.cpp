@@ -1,0 +1,180 @@
+#include "graph/node.h"
+#include "testutil.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/framework/transform.h"
+#include "transforms/registry.h"
+
+#include <QApplication>
+#include <QtTest>
+
+// Every registered transform against its catalogue row: type number, names, and its option
+// keys and kinds in the order of the Right pane. Option keys are written in documents, so a
+// key that drifts breaks every saved document that uses it.
+class TestCatalogue : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase();
+    void rows_data();
+    void rows();
+    void everyPrototypeIsListed();
+
+private:
+    QList<Transform *> m_prototypes;
+    QSet<QString> m_checked;
+};
+
+void TestCatalogue::initTestCase()
+{
+    m_prototypes = createTransformPrototypes();
+}
+
+void TestCatalogue::cleanupTestCase()
+{
+    qDeleteAll(m_prototypes);
+}
+
+void TestCatalogue::rows_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("displayName");
+    QTest::addColumn<QString>("typeName");
+    QTest::addColumn<QString>("keys");
+    // A kind, or two kinds joined by "|" where either form is allowed (ordered or not).
+    QTest::addColumn<QString>("kinds");
+
+    QTest::newRow("TransformCase") << 1 << QString("Case") << QString("Case")
+                          << QString("Columns Case Keep_Upper")
+                          << QString("1|11 6 5");
+    QTest::newRow("TransformChop") << 2 << QString("Chop") << QString("Chop")
+                          << QString("Columns Length From")
+                          << QString("1|11 8 6");
+    QTest::newRow("TransformClone") << 3 << QString("Clone") << QString("Clone")
+                          << QString("")
+                          << QString("");
+    QTest::newRow("TransformConcat") << 6 << QString("Concat Cols") << QString("Concat")
+                          << QString("Auto_New_Name New_Name Columns Delimiter Keep_Empty")
+                          << QString("5 7 1|11 7 5");
+    QTest::newRow("TransformConcatRows") << 7 << QString("Concat Rows") << QString("Concat_Rows")
+                          << QString("Mode Rows While_Or_Until Matches Value Key_Column Repeat_Key_Column Case_Sensitive Concat_Value")
+                          << QString("6 8 6 6 7 0 5 5 6");
+    QTest::newRow("TransformCopy") << 8 << QString("Copy Cols") << QString("Copy")
+                          << QString("Columns Copies")
+                          << QString("1|11 8");
+    QTest::newRow("TransformExtract") << 16 << QString("Extract") << QString("Extract")
+                          << QString("Columns Using Length From Offset Matching Case_Sensitive")
+                          << QString("1|11 6 8 6 8 7 5");
+    QTest::newRow("TransformFillDown") << 17 << QString("Fill") << QString("Fill")
+                          << QString("Columns Direction For Key_Column")
+                          << QString("1|11 6 6 0");
+    QTest::newRow("TransformHeader") << 21 << QString("Header") << QString("Header")
+                          << QString("Num_Rows Mode Delimiter")
+                          << QString("8 6 7");
+    QTest::newRow("TransformInsert") << 24 << QString("Insert") << QString("Insert")
+                          << QString("Columns Insert With")
+                          << QString("1|11 7 6");
+    QTest::newRow("TransformNewCol") << 31 << QString("New Col") << QString("New_Col")
+                          << QString("New_Name New_Value")
+                          << QString("7 7");
+    QTest::newRow("TransformNewRows") << 32 << QString("New Rows") << QString("New_Rows")
+                          << QString("Number_How_Name Number_Col_Name Number_Const_Name As_Name User_Defined_Row_Value Location_Name For_Name Match_Column_Name Match_Type_Name Match_Value_Name Match_Case_Sensitive")
+                          << QString("6 0 8 6 7 6 6 0 6 7 5");
+    QTest::newRow("TransformOffset") << 36 << QString("Offset") << QString("Offset")
+                          << QString("Columns Offset_Amount Offset_Direction Wraparound New_Value")
+                          << QString("1|11 8 6 5 7");
+    QTest::newRow("TransformPad") << 38 << QString("Pad") << QString("Pad")
+                          << QString("Columns Length Left_Right Pad_With")
+                          << QString("1|11 8 6 9");
+    QTest::newRow("TransformRemoveCols") << 42 << QString("Remove Cols") << QString("Remove")
+                          << QString("Columns")
+                          << QString("1|11");
+    QTest::newRow("TransformRenameCols") << 44 << QString("Rename Cols") << QString("Rename_Cols")
+                          << QString("RenameColumns")
+                          << QString("13");
+    QTest::newRow("TransformReorder") << 45 << QString("Reorder Cols") << QString("Reorder")
+                          << QString("Columns")
+                          << QString("4");
+    QTest::newRow("TransformReplaceMulti") << 47 << QString("Replace") << QString("Replace_Multi")
+                          << QString("Columns Replace Case_Sensitive")
+                          << QString("1|11 16 5");
+    QTest::newRow("TransformReshape") << 48 << QString("Reshape") << QString("Reshape")
+                          << QString("New_Size")
+                          << QString("8");
+    QTest::newRow("TransformRowNum") << 49 << QString("Row Num") << QString("Row_Num")
+                          << QString("New_Name Start_At Increment Every")
+                          << QString("7 8 8 8");
+    QTest::newRow("TransformSequence") << 52 << QString("Sequence") << QString("Sequence")
+                          << QString("How_Name Col_Name Minimum_Missing_type User_Define_Minimum_Missing_Int User_Define_Minimum_Missing_Date Maximum_Missing_type User_Define_Maximum_Missing_Int User_Define_Maximum_Missing_Date Order As_Name User_Defined_Row_Value")
+                          << QString("6 0 6 8 21 6 8 21 6 6 7");
+    QTest::newRow("TransformSlide") << 54 << QString("Slide") << QString("Slide")
+                          << QString("Columns Direction For Key_Column")
+                          << QString("1|11 6 6 0");
+    QTest::newRow("TransformSplit") << 56 << QString("Split Col") << QString("Split")
+                          << QString("Columns Delimiter_Type Delimiter Lengths Into Order Keep_Empty Min_New_Cols Max_New_Cols")
+                          << QString("0 6 7 7 6 6 5 8 8");
+    QTest::newRow("TransformSplitRows") << 58 << QString("Split Rows") << QString("Split_Rows")
+                          << QString("Split_Rows Case_Sensitive")
+                          << QString("14 5");
+    QTest::newRow("TransformStamp") << 61 << QString("Stamp") << QString("Stamp")
+                          << QString("Format Position New_Name")
+                          << QString("7 6 7");
+    QTest::newRow("TransformSubstitute") << 63 << QString("Substitute") << QString("Substitute")
+                          << QString("New_Name Script")
+                          << QString("7 12");
+    QTest::newRow("TransformTranspose") << 67 << QString("Transpose") << QString("Transpose")
+                          << QString("Header")
+                          << QString("5");
+    QTest::newRow("TransformUnfill") << 69 << QString("Unfill") << QString("Unfill")
+                          << QString("Columns Direction For Key_Column")
+                          << QString("1|11 6 6 0");
+    QTest::newRow("TransformWhitespace") << 74 << QString("Whitespace") << QString("Whitespace")
+                          << QString("Columns Trim Line_Feed Tab Non_Standard_Spaces Carriage_Return Consecutive_Spaces Non_Printable")
+                          << QString("1|11 5 5 5 5 5 5 5");
+}
+
+void TestCatalogue::rows()
+{
+    QFETCH(int, type);
+    QFETCH(QString, displayName);
+    QFETCH(QString, typeName);
+    QFETCH(QString, keys);
+    QFETCH(QString, kinds);
+
+    Transform *prototype = nullptr;
+    for (Transform *candidate : qAsConst(m_prototypes)) {
+        if (candidate->typeName() == typeName)
+            prototype = candidate;
+    }
+    QVERIFY2(prototype, qPrintable(typeName));
+    m_checked.insert(typeName);
+    QCOMPARE(prototype->type(), type);
+    QCOMPARE(prototype->displayName(), displayName);
+    QVERIFY(!prototype->description().isEmpty());
+
+    // Options are made for a one-column input, as when a user adds the transform.
+    QScopedPointer<Node> input(makeDataNode(makeDataset({{"a"}, {"1"}})));
+    QScopedPointer<Transform> transform(prototype->clone());
+    transform->createParameters({input.data()}, false);
+    QStringList actualKeys;
+    const QList<Parameter *> parameters = transform->parameters();
+    const QStringList expectedKinds = kinds.split(' ', Qt::SkipEmptyParts);
+    QCOMPARE(parameters.size(), expectedKinds.size());
+    for (int i = 0; i < parameters.size(); ++i) {
+        actualKeys.append(parameters.at(i)->key());
+        const QStringList allowed = expectedKinds.at(i).split('|');
+        QVERIFY2(allowed.contains(QString::number(int(parameters.at(i)->type()))),
+                 qPrintable(parameters.at(i)->key()));
+    }
+    QCOMPARE(actualKeys.join(' '), keys);
+}
+
+void TestCatalogue::everyPrototypeIsListed()
+{
+    for (const Transform *prototype : qAsConst(m_prototypes))
+        QVERIFY2(m_checked.contains(prototype->typeName()), qPrintable(prototype->typeName()));
+}
+
+TABULON_TEST_MAIN(TestCatalogue)
+#include "tst_catalogue.moc"
