@@ -261,7 +261,7 @@ void TestSettings::roundTrip()
     auto store = newStore();
     QCOMPARE(getter(*store), defaultValue);
     setter(*store);
-    // The setter writes the key of the design's name at once.
+    // The setter writes the key under its stored name at once.
     QVERIFY(store->contains(key));
     QCOMPARE(getter(*store), otherValue);
     store->sync();
