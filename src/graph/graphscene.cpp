@@ -30,7 +30,9 @@ void pumpEvents()
         QCoreApplication::processEvents(QEventLoop::AllEvents);
 }
 
-GraphScene::GraphScene(QObject *parent) : QGraphicsScene(parent) { }
+GraphScene::GraphScene(QObject *parent)
+    : QGraphicsScene(parent)
+{ }
 
 GraphScene::~GraphScene()
 {
@@ -247,15 +249,10 @@ void GraphScene::runFromRoots(int mode)
     }
 }
 
-QString GraphScene::elapsedText(qint64 elapsedMs)
-{
-    return Node::elapsedText(elapsedMs);
-}
-
 void GraphScene::logSummary(qint64 elapsedMs)
 {
     const QString processed = QStringLiteral("%1 item(s) processed in %2")
-                                  .arg(QString::number(m_doneCount), elapsedText(elapsedMs));
+                                  .arg(QString::number(m_doneCount), Node::elapsedText(elapsedMs));
     emit showTempMessage(processed);
     emit showLogMessage(processed);
 

@@ -74,7 +74,6 @@ private:
     void runSelected();
     void runFromRoots(int mode);
     void logSummary(qint64 elapsedMs);
-    static QString elapsedText(qint64 elapsedMs);
 
     static bool s_stopRequested;
 

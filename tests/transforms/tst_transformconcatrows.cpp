@@ -11,14 +11,6 @@ using Rows = QList<QStringList>;
 
 namespace {
 
-Rows rowsOf(const Dataset &dataset)
-{
-    Rows rows;
-    for (int r = 0; r < dataset.rowCount(); ++r)
-        rows.append(dataset.row(r));
-    return rows;
-}
-
 QString op(int value)
 {
     return ComparisonOperator::displayText(value);
@@ -131,7 +123,7 @@ void TestTransformConcatRows::concat()
     }
     const Dataset output = runTransform(concat, {node.data()});
     QCOMPARE(output.headers(), header);
-    QCOMPARE(rowsOf(output), expected);
+    QCOMPARE(output.rows(), expected);
     QCOMPARE(concat.result(), result);
     QVERIFY(concat.warnings().isEmpty());
 }

@@ -8,18 +8,6 @@
 
 using Rows = QList<QStringList>;
 
-namespace {
-
-Rows rowsOf(const Dataset &dataset)
-{
-    Rows rows;
-    for (int r = 0; r < dataset.rowCount(); ++r)
-        rows.append(dataset.row(r));
-    return rows;
-}
-
-} // namespace
-
 // Split Col: the three ways of cutting a cell, the two destinations, order, and the bounds on
 // the number of parts with their messages.
 class TestTransformSplit : public QObject
@@ -183,7 +171,7 @@ void TestTransformSplit::split()
     }
     const Dataset output = runTransform(split, {node.data()});
     QCOMPARE(output.headers(), header);
-    QCOMPARE(rowsOf(output), expected);
+    QCOMPARE(output.rows(), expected);
     QCOMPARE(split.result(), result);
     QCOMPARE(split.warnings(), warnings);
     QCOMPARE(split.information(), information);
@@ -200,7 +188,7 @@ void TestTransformSplit::intoRowsRepeatsOtherCells()
     const Dataset output = runTransform(split, {node.data()});
     QCOMPARE(output.headers(), QStringList({"id", "tags", "n"}));
     QCOMPARE(
-        rowsOf(output),
+        output.rows(),
         Rows({{"1", "b", "p"}, {"1", "a", "p"}, {"1", "c", "p"}, {"2", "x", "q"}, {"3", "", "r"}}));
     QCOMPARE(split.result(), QString("2 rows added"));
     QCOMPARE(output.columnIds(), node->dataset()->columnIds());
@@ -304,7 +292,7 @@ void TestTransformSplit::lengthOptionsOnlyForLengths()
     split.parameter("Delimiter")->setValue(QString());
     split.parameter("Lengths")->setValue(QString("1,*"));
     const Dataset output = runTransform(split, {node.data()});
-    QCOMPARE(rowsOf(output), Rows({{"abc", "a", "bc"}}));
+    QCOMPARE(output.rows(), Rows({{"abc", "a", "bc"}}));
     QVERIFY(split.warnings().isEmpty());
     QCOMPARE(split.isParameterEnabled("Delimiter"), false);
     QCOMPARE(split.isParameterEnabled("Max_New_Cols"), false);

@@ -10,14 +10,6 @@ using Rows = QList<QStringList>;
 
 namespace {
 
-Rows rowsOf(const Dataset &dataset)
-{
-    Rows rows;
-    for (int r = 0; r < dataset.rowCount(); ++r)
-        rows.append(dataset.row(r));
-    return rows;
-}
-
 const Rows quarters {{"id", "Q1 Sales", "Q1 Cost", "Q2 Sales", "Q2 Cost", "note"},
                      {"1", "10", "4", "20", "8", "n1"},
                      {"2", "30", "", "40", "9", "n2"}};
@@ -135,7 +127,7 @@ void TestTransformSplitRows::splitRows()
     split.parameter("Case_Sensitive")->setValue(caseSensitive);
     const Dataset output = runTransform(split, {node.data()});
     QCOMPARE(output.headers(), header);
-    QCOMPARE(rowsOf(output), expected);
+    QCOMPARE(output.rows(), expected);
     QCOMPARE(split.result(), result);
     QVERIFY(split.warnings().isEmpty());
 }

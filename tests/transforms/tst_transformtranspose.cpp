@@ -9,18 +9,6 @@
 
 using Rows = QList<QStringList>;
 
-namespace {
-
-Rows rowsOf(const Dataset &dataset)
-{
-    Rows rows;
-    for (int r = 0; r < dataset.rowCount(); ++r)
-        rows.append(dataset.row(r));
-    return rows;
-}
-
-} // namespace
-
 // Transpose and Reshape: the two transforms that lay all cells out anew.
 class TestTransformTranspose : public QObject
 {
@@ -82,7 +70,7 @@ void TestTransformTranspose::transpose()
     const Dataset output = runTransform(transpose, {node.data()});
     QCOMPARE(output.hasHeader(), outputHasHeader);
     QCOMPARE(output.headers(), header);
-    QCOMPARE(rowsOf(output), expected);
+    QCOMPARE(output.rows(), expected);
     QCOMPARE(transpose.result(), result);
     for (int c = 0; c < output.columnCount(); ++c)
         QVERIFY(output.columnId(c).isNull());
@@ -149,7 +137,7 @@ void TestTransformTranspose::reshape()
     reshape.parameter("New_Size")->setValue(newSize);
     const Dataset output = runTransform(reshape, {node.data()});
     QCOMPARE(output.headers(), header);
-    QCOMPARE(rowsOf(output), expected);
+    QCOMPARE(output.rows(), expected);
     QCOMPARE(reshape.result(), result);
     QVERIFY(reshape.warnings().isEmpty());
 }
@@ -163,7 +151,7 @@ void TestTransformTranspose::reshapeKeepsIdsInPlace()
     reshape.parameter("New_Size")->setValue(5);
     Dataset output = runTransform(reshape, {node.data()});
     QVERIFY(!output.hasHeader());
-    QCOMPARE(rowsOf(output), Rows({{"1", "2", "3", "a", "b"}, {"c", "", "", "", ""}}));
+    QCOMPARE(output.rows(), Rows({{"1", "2", "3", "a", "b"}, {"c", "", "", "", ""}}));
     QCOMPARE(output.columnIds().mid(0, 3), input.columnIds());
     QVERIFY(output.columnId(3).isNull());
     reshape.parameter("New_Size")->setValue(2);
