@@ -20,7 +20,9 @@ class RowIndex
 {
 public:
     constexpr RowIndex() = default;
-    constexpr explicit RowIndex(int value) : m_value(value) { }
+    constexpr explicit RowIndex(int value)
+        : m_value(value)
+    { }
     constexpr explicit operator int() const { return m_value; }
     constexpr int value() const { return m_value; }
     constexpr bool isValid() const { return m_value >= 0; }
@@ -38,7 +40,9 @@ class ColumnIndex
 {
 public:
     constexpr ColumnIndex() = default;
-    constexpr explicit ColumnIndex(int value) : m_value(value) { }
+    constexpr explicit ColumnIndex(int value)
+        : m_value(value)
+    { }
     constexpr explicit operator int() const { return m_value; }
     constexpr int value() const { return m_value; }
     constexpr bool isValid() const { return m_value >= 0; }
@@ -61,7 +65,9 @@ class ColumnNumber
 {
 public:
     constexpr ColumnNumber() = default;
-    constexpr explicit ColumnNumber(int value) : m_value(value) { }
+    constexpr explicit ColumnNumber(int value)
+        : m_value(value)
+    { }
     constexpr explicit operator int() const { return m_value; }
     constexpr int value() const { return m_value; }
     constexpr ColumnIndex toIndex() const { return ColumnIndex(m_value - 1); }
@@ -100,7 +106,10 @@ struct ColumnId
     qint32 ordinal = 0;
 
     constexpr ColumnId() = default;
-    constexpr ColumnId(qint32 source, qint32 ord) : sourceId(source), ordinal(ord) { }
+    constexpr ColumnId(qint32 source, qint32 ord)
+        : sourceId(source)
+        , ordinal(ord)
+    { }
     constexpr bool isNull() const { return sourceId == -1 && ordinal == 0; }
     friend constexpr bool operator==(ColumnId a, ColumnId b)
     {
@@ -121,8 +130,14 @@ struct SourceRowKey
     ColumnIndex column;
 
     SourceRowKey() = default;
-    SourceRowKey(RowIndex r, ColumnIndex c) : row(r), column(c) { }
-    SourceRowKey(int r, int c) : row(r), column(c) { }
+    SourceRowKey(RowIndex r, ColumnIndex c)
+        : row(r)
+        , column(c)
+    { }
+    SourceRowKey(int r, int c)
+        : row(r)
+        , column(c)
+    { }
     friend bool operator==(const SourceRowKey &a, const SourceRowKey &b)
     {
         return a.row == b.row && a.column == b.column;
@@ -250,6 +265,16 @@ public:
     int columnKind(int c, const QStringList &formats, QString *format = nullptr,
                    bool stripCurrency = false) const;
     QList<int> numericColumns(bool stripCurrency = false) const;
+
+    // How ties are ranked by sortRows; the order is that of the Sort transform's choices.
+    enum RankType { RankMinimum, RankAverage, RankMaximum, RankDense, RankCumulative };
+
+    // Sorts the rows in place by the signed 1-based column numbers in keys (negative means
+    // descending). With addRank the ranks are written to the last column. info, when given,
+    // receives one line per key describing how the column was compared.
+    void sortRows(const QList<int> &keys, const QStringList &dateFormats, bool addRank = false,
+                  int rankType = RankMinimum, int rankBy = -1, bool localeAware = false,
+                  bool caseSensitive = true, bool intelligent = true, QStringList *info = nullptr);
 
     // Provenance for drilldown
     void addSourceRow(int r, int c, int sourceRow);

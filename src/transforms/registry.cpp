@@ -6,10 +6,17 @@
 #include "transforms/transformconcat.h"
 #include "transforms/transformconcatrows.h"
 #include "transforms/transformcopy.h"
+#include "transforms/transformcross.h"
+#include "transforms/transformdedupe.h"
 #include "transforms/transformextract.h"
 #include "transforms/transformfilldown.h"
+#include "transforms/transformfilter.h"
 #include "transforms/transformheader.h"
+#include "transforms/transformif.h"
 #include "transforms/transforminsert.h"
+#include "transforms/transformintersect.h"
+#include "transforms/transformjoin.h"
+#include "transforms/transformlookup.h"
 #include "transforms/transformnewcol.h"
 #include "transforms/transformnewrows.h"
 #include "transforms/transformoffset.h"
@@ -20,12 +27,17 @@
 #include "transforms/transformreplacemulti.h"
 #include "transforms/transformreshape.h"
 #include "transforms/transformrownum.h"
+#include "transforms/transformsample.h"
 #include "transforms/transformsequence.h"
+#include "transforms/transformslice.h"
 #include "transforms/transformslide.h"
+#include "transforms/transformsort.h"
 #include "transforms/transformsplit.h"
 #include "transforms/transformsplitrows.h"
+#include "transforms/transformstack.h"
 #include "transforms/transformstamp.h"
 #include "transforms/transformsubstitute.h"
+#include "transforms/transformsubtract.h"
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
 #include "transforms/transformwhitespace.h"
@@ -33,34 +45,19 @@
 QList<Transform *> createTransformPrototypes()
 {
     return {
-        new TransformCase,
-        new TransformChop,
-        new TransformClone,
-        new TransformConcat,
-        new TransformConcatRows,
-        new TransformCopy,
-        new TransformExtract,
-        new TransformFillDown,
-        new TransformHeader,
-        new TransformInsert,
-        new TransformNewCol,
-        new TransformNewRows,
-        new TransformOffset,
-        new TransformPad,
-        new TransformRemoveCols,
-        new TransformRenameCols,
-        new TransformReorder,
-        new TransformReplaceMulti,
-        new TransformReshape,
-        new TransformRowNum,
-        new TransformSequence,
-        new TransformSlide,
-        new TransformSplit,
-        new TransformSplitRows,
-        new TransformStamp,
-        new TransformSubstitute,
-        new TransformTranspose,
-        new TransformUnfill,
-        new TransformWhitespace,
+        new TransformCase,         new TransformChop,       new TransformClone,
+        new TransformConcat,       new TransformConcatRows, new TransformCopy,
+        new TransformCross,        new TransformDedupe,     new TransformExtract,
+        new TransformFillDown,     new TransformFilter,     new TransformHeader,
+        new TransformIf,           new TransformInsert,     new TransformIntersect,
+        new TransformJoin,         new TransformLookup,     new TransformNewCol,
+        new TransformNewRows,      new TransformOffset,     new TransformPad,
+        new TransformRemoveCols,   new TransformRenameCols, new TransformReorder,
+        new TransformReplaceMulti, new TransformReshape,    new TransformRowNum,
+        new TransformSample,       new TransformSequence,   new TransformSlice,
+        new TransformSlide,        new TransformSort,       new TransformSplit,
+        new TransformSplitRows,    new TransformStack,      new TransformStamp,
+        new TransformSubstitute,   new TransformSubtract,   new TransformTranspose,
+        new TransformUnfill,       new TransformWhitespace,
     };
 }

@@ -63,18 +63,39 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCopy") << 8 << QString("Copy Cols") << QString("Copy")
                           << QString("Columns Copies")
                           << QString("1|11 8");
+    QTest::newRow("TransformCross") << 11 << QString("Cross") << QString("Cross")
+                          << QString("")
+                          << QString("");
+    QTest::newRow("TransformDedupe") << 14 << QString("Dedupe") << QString("Dedupe")
+                          << QString("Columns Match_Type Fuzziness Case_Sensitive Ignore_Spaces Ignore_Punctuation Dedupe_Mode Drilldown")
+                          << QString("1|11 6 8 5 5 5 6 5");
     QTest::newRow("TransformExtract") << 16 << QString("Extract") << QString("Extract")
                           << QString("Columns Using Length From Offset Matching Case_Sensitive")
                           << QString("1|11 6 8 6 8 7 5");
     QTest::newRow("TransformFillDown") << 17 << QString("Fill") << QString("Fill")
                           << QString("Columns Direction For Key_Column")
                           << QString("1|11 6 6 0");
+    QTest::newRow("TransformFilter") << 18 << QString("Filter") << QString("Filter")
+                          << QString("Columns Case_Sensitive Disable")
+                          << QString("3 5 5");
     QTest::newRow("TransformHeader") << 21 << QString("Header") << QString("Header")
                           << QString("Num_Rows Mode Delimiter")
                           << QString("8 6 7");
+    QTest::newRow("TransformIf") << 22 << QString("If") << QString("If")
+                          << QString("New_Name If Case_Sensitive")
+                          << QString("7 10 5");
     QTest::newRow("TransformInsert") << 24 << QString("Insert") << QString("Insert")
                           << QString("Columns Insert With")
                           << QString("1|11 7 6");
+    QTest::newRow("TransformIntersect") << 25 << QString("Intersect") << QString("Intersect")
+                          << QString("Column_1 Column_2 Case_Sensitive")
+                          << QString("0 0 5");
+    QTest::newRow("TransformJoin") << 28 << QString("Join") << QString("Join")
+                          << QString("By Column_1 Include_Non_Matching_1 Column_2 Include_Non_Matching_2 Case_Sensitive Detailed_Report")
+                          << QString("6 0 5 0 5 5 5");
+    QTest::newRow("TransformLookup") << 29 << QString("Lookup") << QString("Lookup")
+                          << QString("Auto_New_Name New_Name Top_Lookup_Column Bottom_Lookup_Column Bottom_Value_Column Match_Type Fuzziness Bottom_Values_Used Fuzzy_Bottom_Values_Used Delim If_No_Match Non_Matching_Value Case_Sensitive")
+                          << QString("5 7 0 0 0 6 8 6 6 7 6 7 5");
     QTest::newRow("TransformNewCol") << 31 << QString("New Col") << QString("New_Col")
                           << QString("New_Name New_Value")
                           << QString("7 7");
@@ -105,24 +126,39 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformRowNum") << 49 << QString("Row Num") << QString("Row_Num")
                           << QString("New_Name Start_At Increment Every")
                           << QString("7 8 8 8");
+    QTest::newRow("TransformSample") << 50 << QString("Sample") << QString("Sample")
+                          << QString("Rows Spread Seed Disable")
+                          << QString("8 6 8 5");
     QTest::newRow("TransformSequence") << 52 << QString("Sequence") << QString("Sequence")
                           << QString("How_Name Col_Name Minimum_Missing_type User_Define_Minimum_Missing_Int User_Define_Minimum_Missing_Date Maximum_Missing_type User_Define_Maximum_Missing_Int User_Define_Maximum_Missing_Date Order As_Name User_Defined_Row_Value")
                           << QString("6 0 6 8 21 6 8 21 6 6 7");
+    QTest::newRow("TransformSlice") << 53 << QString("Slice") << QString("Slice")
+                          << QString("Keep_Remove From_Mode From_Column From_Operation From_Value From_Include_First To_Mode To_Column To_Operation To_Value To_Include_Last Case_Sensitive")
+                          << QString("6 6 0 6 7 5 6 0 6 7 5 5");
     QTest::newRow("TransformSlide") << 54 << QString("Slide") << QString("Slide")
                           << QString("Columns Direction For Key_Column")
                           << QString("1|11 6 6 0");
+    QTest::newRow("TransformSort") << 55 << QString("Sort") << QString("Sort")
+                          << QString("Columns Rank_Add Rank_Types Rank_By Intelligent_Sort Locale_Aware_Sort Case_Sensitive")
+                          << QString("2|22 5 6 0 5 5 5");
     QTest::newRow("TransformSplit") << 56 << QString("Split Col") << QString("Split")
                           << QString("Columns Delimiter_Type Delimiter Lengths Into Order Keep_Empty Min_New_Cols Max_New_Cols")
                           << QString("0 6 7 7 6 6 5 8 8");
     QTest::newRow("TransformSplitRows") << 58 << QString("Split Rows") << QString("Split_Rows")
                           << QString("Split_Rows Case_Sensitive")
                           << QString("14 5");
+    QTest::newRow("TransformStack") << 60 << QString("Stack") << QString("Stack")
+                          << QString("Align_Cols Only_First_Cols Add_Separators User_Defined_Row_Value")
+                          << QString("6 5 5 7");
     QTest::newRow("TransformStamp") << 61 << QString("Stamp") << QString("Stamp")
                           << QString("Format Position New_Name")
                           << QString("7 6 7");
     QTest::newRow("TransformSubstitute") << 63 << QString("Substitute") << QString("Substitute")
                           << QString("New_Name Script")
                           << QString("7 12");
+    QTest::newRow("TransformSubtract") << 64 << QString("Subtract") << QString("Subtract")
+                          << QString("Column_1 Column_2 Match Case_Sensitive")
+                          << QString("0 0 6 5");
     QTest::newRow("TransformTranspose") << 67 << QString("Transpose") << QString("Transpose")
                           << QString("Header")
                           << QString("5");

@@ -1,0 +1,1 @@
+#include "transforms/dedupeengine.h"

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "transforms/framework/transform.h"
+
+// Placeholder until the transform is written.
+class TransformIntersect : public Transform
+{
+    Q_OBJECT
+
+public:
+    int type() const override { return 25; }
+    int category() const override { return CategoryMerge; }
+    bool isAdvanced() const override { return true; }
+    bool changesValuesOnly() const override { return false; }
+    bool keepsSourceRows() const override { return false; }
+    bool hasKeyColumns() const override { return true; }
+    Transform *clone() const override { return cloneAs<TransformIntersect>(); }
+    QString displayName() const override { return QStringLiteral("Intersect"); }
+    QString typeName() const override { return QStringLiteral("Intersect"); }
+    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
+    QString description() const override
+    {
+        return QStringLiteral(
+            "Keep only rows from the top dataset whose key values are also in the bottom dataset.");
+    }
+    int minimumInputs() const override { return 2; }
+    int maximumInputs() const override { return 2; }
+    bool usesDateFormats() const override { return false; }
+    bool omitDisabledFromDetails() const override { return false; }
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "transforms/framework/transform.h"
+
+// Placeholder until the transform is written.
+class TransformSort : public Transform
+{
+    Q_OBJECT
+
+public:
+    int type() const override { return 55; }
+    int category() const override { return CategoryRow; }
+    bool isAdvanced() const override { return false; }
+    bool changesValuesOnly() const override { return false; }
+    bool keepsSourceRows() const override { return false; }
+    Transform *clone() const override { return cloneAs<TransformSort>(); }
+    QString displayName() const override { return QStringLiteral("Sort"); }
+    QString typeName() const override { return QStringLiteral("Sort"); }
+    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
+    QString description() const override
+    {
+        return QStringLiteral(
+            "Sort rows by text, numeric and date values in the selected column(s).");
+    }
+    int minimumInputs() const override { return 1; }
+    int maximumInputs() const override { return 1; }
+    bool usesDateFormats() const override { return true; }
+    bool omitDisabledFromDetails() const override { return false; }
+};

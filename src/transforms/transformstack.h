@@ -1,0 +1,29 @@
+#pragma once
+
+#include "transforms/framework/transform.h"
+
+// Placeholder until the transform is written.
+class TransformStack : public Transform
+{
+    Q_OBJECT
+
+public:
+    int type() const override { return 60; }
+    int category() const override { return CategoryMerge; }
+    bool isAdvanced() const override { return false; }
+    bool changesValuesOnly() const override { return false; }
+    bool keepsSourceRows() const override { return false; }
+    Transform *clone() const override { return cloneAs<TransformStack>(); }
+    QString displayName() const override { return QStringLiteral("Stack"); }
+    QString typeName() const override { return QStringLiteral("Stack"); }
+    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
+    QString description() const override
+    {
+        return QStringLiteral("Merge input datasets one on top of another. Orders by the vertical "
+                              "positions of the input datasets.");
+    }
+    int minimumInputs() const override { return 1; }
+    int maximumInputs() const override { return 0x7fffffff; }
+    bool usesDateFormats() const override { return false; }
+    bool omitDisabledFromDetails() const override { return false; }
+};
