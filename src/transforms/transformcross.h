@@ -2,7 +2,7 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Makes every combination of one row from each input (the Cartesian product).
 class TransformCross : public Transform
 {
     Q_OBJECT
@@ -13,6 +13,7 @@ public:
     bool isAdvanced() const override { return true; }
     bool changesValuesOnly() const override { return false; }
     bool keepsSourceRows() const override { return false; }
+    QSet<QString> keywords() const override;
     Transform *clone() const override { return cloneAs<TransformCross>(); }
     QString displayName() const override { return QStringLiteral("Cross"); }
     QString typeName() const override { return QStringLiteral("Cross"); }
@@ -21,6 +22,7 @@ public:
     {
         return QStringLiteral("Create every combination of rows in each input dataset.");
     }
+    QString inputImageName() const override { return QStringLiteral("cross.png"); }
     int minimumInputs() const override { return 2; }
     int maximumInputs() const override { return 0x7fffffff; }
     bool usesDateFormats() const override { return false; }

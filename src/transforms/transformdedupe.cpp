@@ -1,10 +1,160 @@
 #include "transforms/transformdedupe.h"
 
 #include "graph/node.h"
+#include "transforms/dedupeengine.h"
+#include "transforms/framework/parameter.h"
+
+namespace {
+
+const QStringList &matchTypes()
+{
+    static const QStringList types {QStringLiteral("Exact"), QStringLiteral("Fuzzy")};
+    return types;
+}
+
+} // namespace
+
+QStringList TransformDedupe::modeNames()
+{
+    return {QStringLiteral("Remove duplicates"), QStringLiteral("Keep only duplicates"),
+            QStringLiteral("Add duplicate information")};
+}
+
+QSet<QString> TransformDedupe::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("dupe") << QStringLiteral("distinct") << QStringLiteral("fuzzy")
+          << QStringLiteral("same") << QStringLiteral("duplicates") << QStringLiteral("removes")
+          << QStringLiteral("unique") << QStringLiteral("deduplication")
+          << QStringLiteral("dedupes");
+    return words;
+}
+
+void TransformDedupe::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+
+    auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
+                                  QStringLiteral("Columns"), inputs.value(0));
+    columns->selectOnlyColumn();
+    addParameter(columns);
+
+    auto *matchType = new Parameter(ParameterType::Selection, QStringLiteral("Match_Type"),
+                                    QStringLiteral("Matching"), matchTypes().first(), matchTypes());
+    matchType->setToolTip(QStringLiteral("Match type. Fuzzy matching allows matching of rows "
+                                         "that are close, but not identical.\nFuzzy matching "
+                                         "is slower."));
+    applyRememberedValue(useRemembered, matchType);
+    addParameter(matchType);
+
+    auto *fuzziness = new Parameter(ParameterType::Int, QStringLiteral("Fuzziness"),
+                                    QStringLiteral("Closeness"), 80);
+    fuzziness->setMinimumInt(40);
+    fuzziness->setMaximumInt(99);
+    fuzziness->setSuffix(QStringLiteral("%"));
+    fuzziness->setToolTip(QStringLiteral(
+        "How close the match has to be as a percentage to be considered a duplicate.\nE.g. "
+        "setting it to 80 means text in checked columns must be at least 80% the same."));
+    applyRememberedValue(useRemembered, fuzziness);
+    addParameter(fuzziness);
+
+    struct Check
+    {
+        const char *key;
+        const char *label;
+        bool value;
+        const char *toolTip;
+    };
+    const Check checks[] = {
+        {"Case_Sensitive", "case sensitive", true, "Check for case sensitive matching."},
+        {"Ignore_Spaces", "ignore whitespace", false, "Check to ignore whitespace when matching."},
+        {"Ignore_Punctuation", "ignore punctuation", false,
+         "Check to ignore punctuation when matching."},
+    };
+    for (const Check &check : checks) {
+        auto *option = new Parameter(ParameterType::Bool, QString::fromLatin1(check.key),
+                                     QString::fromLatin1(check.label), check.value);
+        option->setToolTip(QString::fromLatin1(check.toolTip));
+        applyRememberedValue(useRemembered, option);
+        addParameter(option);
+    }
+
+    const QStringList modes = modeNames();
+    auto *mode = new Parameter(ParameterType::Selection, QStringLiteral("Dedupe_Mode"),
+                               QStringLiteral("Mode"), modes.first(), modes);
+    mode->setToolTip(
+        QStringLiteral("%1: Removes all duplicate rows.\n%2: Keeps only the duplicate rows (the "
+                       "inverse of '%1').\n%3: Adds extra columns with information about "
+                       "duplicates. Reorders rows, but does not remove them.")
+            .arg(modes.at(0), modes.at(1), modes.at(2)));
+    applyRememberedValue(useRemembered, mode);
+    addParameter(mode);
+
+    auto *drilldown = new Parameter(ParameterType::Bool, QStringLiteral("Drilldown"),
+                                    QStringLiteral("allow drilldown"), false);
+    drilldown->setToolTip(QStringLiteral("Allow double click to drilldown in the data table."));
+    applyRememberedValue(useRemembered, drilldown);
+    addParameter(drilldown);
+}
+
+QList<ParameterState> TransformDedupe::parameterStates() const
+{
+    const Parameter *matchType = parameter(QStringLiteral("Match_Type"));
+    const Parameter *mode = parameter(QStringLiteral("Dedupe_Mode"));
+    const bool exact = !matchType || matchType->toSelectionIndex() == 0;
+    const bool removing = !mode || mode->toSelectionIndex() == DedupeOptions::RemoveDuplicates;
+    return {{QStringLiteral("Fuzziness"), !exact},
+            {QStringLiteral("Drilldown"), exact && removing}};
+}
 
 Dataset &TransformDedupe::process(Dataset &output, const QList<Node *> &inputs, bool &)
 {
-    if (!inputs.isEmpty())
-        output = *inputs.first()->dataset();
+    const Parameter *columns = parameter(QStringLiteral("Columns"));
+    const Parameter *matchType = parameter(QStringLiteral("Match_Type"));
+    const Parameter *fuzziness = parameter(QStringLiteral("Fuzziness"));
+    const Parameter *caseSensitive = parameter(QStringLiteral("Case_Sensitive"));
+    const Parameter *ignoreSpaces = parameter(QStringLiteral("Ignore_Spaces"));
+    const Parameter *ignorePunctuation = parameter(QStringLiteral("Ignore_Punctuation"));
+    const Parameter *mode = parameter(QStringLiteral("Dedupe_Mode"));
+    const Parameter *drilldown = parameter(QStringLiteral("Drilldown"));
+    if (inputs.size() != 1 || !columns || !matchType || !fuzziness || !caseSensitive
+        || !ignoreSpaces || !ignorePunctuation || !mode || !drilldown) {
+        setResult(failureText());
+        return output;
+    }
+    const Dataset &input = *inputs.first()->dataset();
+
+    DedupeOptions options;
+    columns->toColumnIndexes(&options.columns, true);
+    options.caseSensitive = caseSensitive->toBool();
+    options.ignoreSpaces = ignoreSpaces->toBool();
+    options.ignorePunctuation = ignorePunctuation->toBool();
+    options.threshold
+        = matchType->toSelectionIndex() == 0 ? 100 : qBound(40, fuzziness->toInt(), 99);
+    options.mode = qBound(0, mode->toSelectionIndex(), 2);
+    options.drilldown = drilldown->toBool();
+
+    if (options.columns.isEmpty()) {
+        output = input;
+        if (options.mode == DedupeOptions::AddInformation) {
+            const QStringList added = DedupeEngine::informationColumns();
+            QStringList header = input.headers();
+            for (const QString &name : added) {
+                output.appendColumn();
+                header.append(name);
+            }
+            output.setHeader(header);
+        }
+    } else {
+        DedupeProgress progress;
+        connect(&progress, qOverload<qreal>(&DedupeProgress::processed), this,
+                &Transform::processed);
+        output = DedupeEngine::findDuplicates(&progress, input, options).output;
+    }
+
+    if (options.mode == DedupeOptions::AddInformation)
+        setResult(QStringLiteral("Duplicate information added"));
+    else
+        setResult(rowsRemovedText(input.rowCount() - output.rowCount()));
     return output;
 }

@@ -2,13 +2,28 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Keeps one row of each group of alike rows, or only the others, or marks the groups; the
+// matching itself is the dedupe engine, which the duplicate explorer shares.
 class TransformDedupe : public Transform
 {
     Q_OBJECT
 
 public:
     int type() const override { return 14; }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    QList<ParameterState> parameterStates() const override;
+    QString caseSensitiveKey() const override { return QStringLiteral("Case_Sensitive"); }
+    QString duplicateColumnsKey() const override { return QStringLiteral("Columns"); }
+    QString duplicateMatchTypeKey() const override { return QStringLiteral("Match_Type"); }
+    QString duplicateFuzzinessKey() const override { return QStringLiteral("Fuzziness"); }
+    QString duplicateIgnoreSpacesKey() const override { return QStringLiteral("Ignore_Spaces"); }
+    QString duplicateIgnorePunctuationKey() const override
+    {
+        return QStringLiteral("Ignore_Punctuation");
+    }
+    QString duplicateModeKey() const override { return QStringLiteral("Dedupe_Mode"); }
+    static QStringList modeNames();
     int category() const override { return CategoryRow; }
     bool isAdvanced() const override { return false; }
     bool changesValuesOnly() const override { return false; }

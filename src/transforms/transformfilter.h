@@ -2,13 +2,16 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Keeps or removes the rows whose cells meet a list of conditions, each on one column or on
+// every column, joined by all or any.
 class TransformFilter : public Transform
 {
     Q_OBJECT
 
 public:
     int type() const override { return 18; }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
     int category() const override { return CategoryRow; }
     bool isAdvanced() const override { return false; }
     bool changesValuesOnly() const override { return false; }

@@ -1,10 +1,97 @@
 #include "transforms/transformif.h"
 
+#include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/framework/comparisonoperator.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/rowselection.h"
+
+QSet<QString> TransformIf::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("then") << QStringLiteral("else") << QStringLiteral("elseif")
+          << QStringLiteral("conditional") << QStringLiteral("conditions") << QStringLiteral("case")
+          << QStringLiteral("when") << QStringLiteral("switch") << QStringLiteral("ifelse");
+    return words;
+}
+
+void TransformIf::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+    Node *input = inputs.value(0);
+
+    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                  QStringLiteral("New column name"), QStringLiteral("If"));
+    newName->setToolTip(QStringLiteral("The name for the new column."));
+    applyRememberedValue(useRemembered, newName);
+    addParameter(newName);
+
+    auto *conditions
+        = new Parameter(ParameterType::If, QStringLiteral("If"), QStringLiteral("If"), input);
+    conditions->setToolTip(
+        QStringLiteral("Each row takes the THEN value of the first IF or ELSE IF whose conditions "
+                       "all hold, otherwise the ELSE value. Values may use column variables, "
+                       "e.g. %1.")
+            .arg(ComparisonOperator::columnVariable(1)));
+    addParameter(conditions);
+
+    auto *caseSensitive = new Parameter(ParameterType::Bool, QStringLiteral("Case_Sensitive"),
+                                        QStringLiteral("case sensitive"), false);
+    caseSensitive->setToolTip(QStringLiteral("Check for case sensitive comparison of text."));
+    applyRememberedValue(useRemembered, caseSensitive);
+    addParameter(caseSensitive);
+}
 
 Dataset &TransformIf::process(Dataset &output, const QList<Node *> &inputs, bool &)
 {
-    if (!inputs.isEmpty())
-        output = *inputs.first()->dataset();
+    if (inputs.size() != 1)
+        return output;
+    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
+    const Parameter *ifOption = parameter(QStringLiteral("If"));
+    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
+    if (!newNameOption || !ifOption || !caseOption) {
+        setResult(failureText());
+        return output;
+    }
+
+    const Dataset &input = *inputs.first()->dataset();
+    output = input;
+    output.appendColumn();
+    const int newColumn = output.lastColumn();
+    output.setColumnName(newColumn, newNameOption->toString());
+
+    const IfTerms conditions = ifOption->toIfTerms();
+    const Qt::CaseSensitivity caseSensitivity
+        = caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    RowSelection::Context context(input);
+    QVector<RowSelection::ResolvedTerms> branches;
+    QStringList thenValues;
+    bool allEmpty = conditions.elseValue.isEmpty();
+    for (const IfBranch &branch : conditions.branches) {
+        branches.append(RowSelection::ResolvedTerms(context, branch.terms, caseSensitivity, false));
+        thenValues.append(branch.thenValue);
+        allEmpty = allEmpty && branch.thenValue.isEmpty();
+    }
+    const QString elseValue = conditions.elseValue;
+
+    const int rowCount = input.rowCount();
+    qint64 branchMatches = 0;
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        int chosen = -1;
+        for (int b = 0; b < branches.size() && chosen < 0; ++b) {
+            if (branches.at(b).allHold(r))
+                chosen = b;
+        }
+        if (chosen >= 0)
+            ++branchMatches;
+        const QString text = context.substitute(chosen >= 0 ? thenValues.at(chosen) : elseValue, r);
+        if (!text.isEmpty())
+            output.setCell(r, newColumn, text);
+    }
+    if (allEmpty)
+        addWarning(QStringLiteral("THEN and ELSE empty"));
+    setResult(QStringLiteral("%1 match(es) IF/ELSE IF, %2 match(es) ELSE")
+                  .arg(formatCount(branchMatches), formatCount(rowCount - branchMatches)));
     return output;
 }

@@ -2,13 +2,16 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Adds a column whose value in each row comes from the first branch of conditions that the
+// row meets, or from the else value.
 class TransformIf : public Transform
 {
     Q_OBJECT
 
 public:
     int type() const override { return 22; }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
     int category() const override { return CategoryColumn; }
     bool isAdvanced() const override { return true; }
     bool changesValuesOnly() const override { return false; }

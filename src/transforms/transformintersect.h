@@ -2,7 +2,7 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Keeps the rows of the top dataset whose key text also occurs in the bottom dataset.
 class TransformIntersect : public Transform
 {
     Q_OBJECT
@@ -14,6 +14,12 @@ public:
     bool changesValuesOnly() const override { return false; }
     bool keepsSourceRows() const override { return false; }
     bool hasKeyColumns() const override { return true; }
+    QString keyColumn1Key() const override { return QStringLiteral("Column_1"); }
+    QString keyColumn2Key() const override { return QStringLiteral("Column_2"); }
+    QString caseSensitiveKey() const override { return QStringLiteral("Case_Sensitive"); }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    bool autoConfigure(const QList<Node *> &inputs) override;
     Transform *clone() const override { return cloneAs<TransformIntersect>(); }
     QString displayName() const override { return QStringLiteral("Intersect"); }
     QString typeName() const override { return QStringLiteral("Intersect"); }

@@ -2,7 +2,8 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Puts the rows of two datasets side by side, pairing them by equal key texts or by row
+// number; rows without a partner can be kept on either side (left, right or full outer join).
 class TransformJoin : public Transform
 {
     Q_OBJECT
@@ -14,6 +15,13 @@ public:
     bool changesValuesOnly() const override { return false; }
     bool keepsSourceRows() const override { return false; }
     bool hasKeyColumns() const override { return true; }
+    QString keyColumn1Key() const override { return QStringLiteral("Column_1"); }
+    QString keyColumn2Key() const override { return QStringLiteral("Column_2"); }
+    QString caseSensitiveKey() const override { return QStringLiteral("Case_Sensitive"); }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    QList<ParameterState> parameterStates() const override;
+    bool autoConfigure(const QList<Node *> &inputs) override;
     Transform *clone() const override { return cloneAs<TransformJoin>(); }
     QString displayName() const override { return QStringLiteral("Join"); }
     QString typeName() const override { return QStringLiteral("Join"); }
@@ -24,6 +32,7 @@ public:
             "Merge 2 input datasets side by side using common (key) columns or row numbers. The "
             "bottom dataset (by vertical position) is joined to the right of the top dataset.");
     }
+    QString inputImageName() const override { return QStringLiteral("join.png"); }
     int minimumInputs() const override { return 2; }
     int maximumInputs() const override { return 2; }
     bool usesDateFormats() const override { return false; }

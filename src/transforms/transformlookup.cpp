@@ -1,10 +1,427 @@
 #include "transforms/transformlookup.h"
 
+#include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/framework/comparisonoperator.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/keymatching.h"
+
+#include <QSet>
+#include <QVector>
+
+#include <algorithm>
+
+namespace {
+
+enum MatchType { Exact = 0, Fuzzy = 1, NotExact = 15 };
+enum ValuesUsed { FirstValue = 0, AllValues = 1 };
+enum NoMatch { UseNoMatchValue = 0, LeaveUnchanged = 1 };
+
+// Misses named one by one before the rest are counted.
+constexpr int ListedMisses = 5;
+constexpr int FuzzyProgressRows = 10;
+
+// How a match type other than Exact, Fuzzy and Not exact is tested: the operator and whether
+// the bottom key stands on its left.
+struct OperatorTest
+{
+    int op;
+    bool bottomLeft;
+};
+
+OperatorTest operatorTest(int matchType)
+{
+    using Op = ComparisonOperator;
+    static const OperatorTest tests[]
+        = {{Op::EqualTo, true},          {Op::EqualTo, true},
+           {Op::EqualTo, true},          {Op::Contains, true},
+           {Op::StartsWith, true},       {Op::EndsWith, true},
+           {Op::GreaterThan, true},      {Op::GreaterThanOrEqual, true},
+           {Op::MatchesRegex, true},     {Op::Contains, false},
+           {Op::StartsWith, false},      {Op::EndsWith, false},
+           {Op::GreaterThan, false},     {Op::GreaterThanOrEqual, false},
+           {Op::MatchesRegex, false},    {Op::NotEqualTo, true},
+           {Op::NotEqualTo, true},       {Op::DoesNotContain, true},
+           {Op::DoesNotStartWith, true}, {Op::DoesNotEndWith, true},
+           {Op::DoesNotContain, false},  {Op::DoesNotStartWith, false},
+           {Op::DoesNotEndWith, false}};
+    return tests[std::clamp(matchType, 0, int(sizeof(tests) / sizeof(tests[0])) - 1)];
+}
+
+// The values of the matching bottom rows, each once and in the order met.
+class ValueCollector
+{
+public:
+    explicit ValueCollector(bool all)
+        : m_all(all)
+    { }
+    // False once no further value is wanted.
+    bool add(const QString &value)
+    {
+        if (!m_seen.contains(value)) {
+            m_seen.insert(value);
+            m_values.append(value);
+        }
+        return m_all;
+    }
+    bool isEmpty() const { return m_values.isEmpty(); }
+    void clear()
+    {
+        m_seen.clear();
+        m_values.clear();
+    }
+    QString text(const QString &delimiter) const
+    {
+        return m_values.size() == 1 ? m_values.first() : m_values.join(delimiter);
+    }
+
+private:
+    bool m_all;
+    QSet<QString> m_seen;
+    QStringList m_values;
+};
+
+} // namespace
+
+QStringList TransformLookup::matchTypeNames()
+{
+    return {QStringLiteral("Exact"),
+            QStringLiteral("Fuzzy"),
+            QStringLiteral("Equal"),
+            QStringLiteral("Bottom contains top"),
+            QStringLiteral("Bottom starts with top"),
+            QStringLiteral("Bottom ends with top"),
+            QStringLiteral("Bottom greater than top"),
+            QStringLiteral("Bottom greater than equal to top"),
+            QStringLiteral("Bottom matches top regex"),
+            QStringLiteral("Top contains bottom"),
+            QStringLiteral("Top starts with bottom"),
+            QStringLiteral("Top ends with bottom"),
+            QStringLiteral("Top greater than bottom"),
+            QStringLiteral("Top greater than equal to bottom"),
+            QStringLiteral("Top matches bottom regex"),
+            QStringLiteral("Not exact"),
+            QStringLiteral("Not equal"),
+            QStringLiteral("Bottom doesn't contain top"),
+            QStringLiteral("Bottom doesn't start with top"),
+            QStringLiteral("Bottom doesn't end with top"),
+            QStringLiteral("Top doesn't contain bottom"),
+            QStringLiteral("Top doesn't start with bottom"),
+            QStringLiteral("Top doesn't end with bottom")};
+}
+
+QSet<QString> TransformLookup::keywords() const
+{
+    QSet<QString> words = Transform::keywords();
+    words << QStringLiteral("vlookup") << QStringLiteral("hlookup") << QStringLiteral("xlookup")
+          << QStringLiteral("find") << QStringLiteral("search") << QStringLiteral("keys")
+          << QStringLiteral("fuzzy") << QStringLiteral("match") << QStringLiteral("regex")
+          << QStringLiteral("reference") << QStringLiteral("map") << QStringLiteral("join");
+    return words;
+}
+
+void TransformLookup::createParameters(const QList<Node *> &inputs, bool useRemembered)
+{
+    Transform::createParameters(inputs, useRemembered);
+    Node *top = inputs.value(0);
+    Node *bottom = inputs.value(1);
+
+    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
+                                   QStringLiteral("Auto name"), true);
+    autoName->setToolTip(QStringLiteral("Name the new column after the bottom value column."));
+    applyRememberedValue(useRemembered, autoName);
+    addParameter(autoName);
+
+    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                  QStringLiteral("New column name"), QString());
+    newName->setToolTip(QStringLiteral("The name of the new column."));
+    addParameter(newName);
+
+    addParameter(KeyMatching::createKeyParameter(
+        QStringLiteral("Top_Lookup_Column"), QStringLiteral("Top lookup column"), top,
+        QStringLiteral("The column of the top dataset whose values are looked up.")));
+    addParameter(KeyMatching::createKeyParameter(
+        QStringLiteral("Bottom_Lookup_Column"), QStringLiteral("Bottom lookup column"), bottom,
+        QStringLiteral("The column of the bottom dataset in which the values are sought.")));
+    addParameter(KeyMatching::createKeyParameter(
+        QStringLiteral("Bottom_Value_Column"), QStringLiteral("Bottom value column"), bottom,
+        QStringLiteral("The column of the bottom dataset whose values are copied into the new "
+                       "column.")));
+
+    const QStringList types = matchTypeNames();
+    auto *matchType = new Parameter(ParameterType::Selection, QStringLiteral("Match_Type"),
+                                    QStringLiteral("Match type"), types.first(), types);
+    matchType->setToolTip(QStringLiteral(
+        "How a top value is compared with the bottom values. Exact is fastest; all but Exact "
+        "and Fuzzy compare with every bottom row in turn, numbers and dates as such."));
+    applyRememberedValue(useRemembered, matchType);
+    addParameter(matchType);
+
+    auto *fuzziness = new Parameter(ParameterType::Int, QStringLiteral("Fuzziness"),
+                                    QStringLiteral("Closeness"), 80);
+    fuzziness->setMinimumInt(40);
+    fuzziness->setMaximumInt(99);
+    fuzziness->setSuffix(QStringLiteral("%"));
+    fuzziness->setToolTip(
+        QStringLiteral("How close the values have to be as a percentage to be considered a "
+                       "match.\nE.g. setting it to 80 means they must be at least 80% the same."));
+    applyRememberedValue(useRemembered, fuzziness);
+    addParameter(fuzziness);
+
+    auto *valuesUsed
+        = new Parameter(ParameterType::Selection, QStringLiteral("Bottom_Values_Used"),
+                        QStringLiteral("Use"), QStringLiteral("First"),
+                        QStringList {QStringLiteral("First"), QStringLiteral("All unique")});
+    valuesUsed->setToolTip(QStringLiteral("With several matching bottom rows, use the value of "
+                                          "the first, or every different value joined."));
+    applyRememberedValue(useRemembered, valuesUsed);
+    addParameter(valuesUsed);
+
+    auto *fuzzyUsed
+        = new Parameter(ParameterType::Selection, QStringLiteral("Fuzzy_Bottom_Values_Used"),
+                        QStringLiteral("Use"), QStringLiteral("First best"),
+                        QStringList {QStringLiteral("First best"), QStringLiteral("All best")});
+    fuzzyUsed->setToolTip(QStringLiteral("Use the value of the first of the closest bottom rows, "
+                                         "or every different value of the closest rows joined."));
+    applyRememberedValue(useRemembered, fuzzyUsed);
+    addParameter(fuzzyUsed);
+
+    auto *delimiter = new Parameter(ParameterType::Text, QStringLiteral("Delim"),
+                                    QStringLiteral("Delimiter"), QStringLiteral(","));
+    delimiter->setTextRequired(false);
+    delimiter->setToolTip(QStringLiteral("The text between values when several are used."));
+    applyRememberedValue(useRemembered, delimiter);
+    addParameter(delimiter);
+
+    auto *ifNoMatch = new Parameter(
+        ParameterType::Selection, QStringLiteral("If_No_Match"), QStringLiteral("If no match"),
+        QStringLiteral("Use no match value"),
+        QStringList {QStringLiteral("Use no match value"), QStringLiteral("Leave unchanged")});
+    ifNoMatch->setToolTip(QStringLiteral("What a row whose value has no match gets: the no match "
+                                         "value, or its own lookup value unchanged."));
+    applyRememberedValue(useRemembered, ifNoMatch);
+    addParameter(ifNoMatch);
+
+    auto *noMatchValue = new Parameter(ParameterType::Text, QStringLiteral("Non_Matching_Value"),
+                                       QStringLiteral("No match value"), QString());
+    noMatchValue->setTextRequired(false);
+    noMatchValue->setToolTip(QStringLiteral("The value for rows without a match. Column "
+                                            "variables such as $(1) or $(name) take the values "
+                                            "of the row."));
+    applyRememberedValue(useRemembered, noMatchValue);
+    addParameter(noMatchValue);
+
+    Parameter *caseSensitive = KeyMatching::createCaseSensitiveParameter();
+    applyRememberedValue(useRemembered, caseSensitive);
+    addParameter(caseSensitive);
+}
+
+void TransformLookup::connectParameters(QList<Node *> inputs)
+{
+    Node *top = inputs.value(0);
+    Node *bottom = inputs.value(1);
+    for (Parameter *option : parameters()) {
+        if (!option->isColumnRelated())
+            continue;
+        option->setSourceNode(option->key() == QLatin1String("Top_Lookup_Column") ? top : bottom);
+    }
+}
+
+bool TransformLookup::autoConfigure(const QList<Node *> &inputs)
+{
+    return KeyMatching::autoConfigureKeys(parameter(QStringLiteral("Top_Lookup_Column")),
+                                          parameter(QStringLiteral("Bottom_Lookup_Column")),
+                                          inputs);
+}
+
+QList<ParameterState> TransformLookup::parameterStates() const
+{
+    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
+    const Parameter *matchType = parameter(QStringLiteral("Match_Type"));
+    const Parameter *valuesUsed = parameter(QStringLiteral("Bottom_Values_Used"));
+    const Parameter *fuzzyUsed = parameter(QStringLiteral("Fuzzy_Bottom_Values_Used"));
+    const Parameter *ifNoMatch = parameter(QStringLiteral("If_No_Match"));
+    const bool fuzzy = matchType && matchType->toSelectionIndex() == Fuzzy;
+    const bool all = fuzzy ? fuzzyUsed && fuzzyUsed->toSelectionIndex() == AllValues
+                           : valuesUsed && valuesUsed->toSelectionIndex() == AllValues;
+    return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()},
+            {QStringLiteral("Fuzziness"), fuzzy},
+            {QStringLiteral("Bottom_Values_Used"), !fuzzy},
+            {QStringLiteral("Fuzzy_Bottom_Values_Used"), fuzzy},
+            {QStringLiteral("Delim"), all},
+            {QStringLiteral("Non_Matching_Value"),
+             !ifNoMatch || ifNoMatch->toSelectionIndex() == UseNoMatchValue}};
+}
 
 Dataset &TransformLookup::process(Dataset &output, const QList<Node *> &inputs, bool &)
 {
-    if (!inputs.isEmpty())
-        output = *inputs.first()->dataset();
+    if (inputs.isEmpty() || inputs.size() > 2)
+        return output;
+    const Parameter *autoNameOption = parameter(QStringLiteral("Auto_New_Name"));
+    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
+    const Parameter *topKeyOption = parameter(QStringLiteral("Top_Lookup_Column"));
+    const Parameter *bottomKeyOption = parameter(QStringLiteral("Bottom_Lookup_Column"));
+    const Parameter *bottomValueOption = parameter(QStringLiteral("Bottom_Value_Column"));
+    const Parameter *matchTypeOption = parameter(QStringLiteral("Match_Type"));
+    const Parameter *fuzzinessOption = parameter(QStringLiteral("Fuzziness"));
+    const Parameter *valuesUsedOption = parameter(QStringLiteral("Bottom_Values_Used"));
+    const Parameter *fuzzyUsedOption = parameter(QStringLiteral("Fuzzy_Bottom_Values_Used"));
+    const Parameter *delimOption = parameter(QStringLiteral("Delim"));
+    const Parameter *ifNoMatchOption = parameter(QStringLiteral("If_No_Match"));
+    const Parameter *noMatchValueOption = parameter(QStringLiteral("Non_Matching_Value"));
+    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
+    if (!autoNameOption || !newNameOption || !topKeyOption || !bottomKeyOption || !bottomValueOption
+        || !matchTypeOption || !fuzzinessOption || !valuesUsedOption || !fuzzyUsedOption
+        || !delimOption || !ifNoMatchOption || !noMatchValueOption || !caseOption) {
+        setResult(failureText());
+        return output;
+    }
+    const Dataset &top = *inputs.at(0)->dataset();
+    output = top;
+    if (inputs.size() == 1) {
+        setResult(KeyMatching::connectSecondText());
+        return output;
+    }
+    const Dataset &bottom = *inputs.at(1)->dataset();
+    const int topKey = topKeyOption->toColumnIndex();
+    const int bottomKey = bottomKeyOption->toColumnIndex();
+    const int bottomValue = bottomValueOption->toColumnIndex();
+    if (topKey < 0 || bottomKey < 0 || bottomValue < 0) {
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+
+    const int matchType = matchTypeOption->toSelectionIndex();
+    const bool caseSensitive = caseOption->toBool();
+    const Qt::CaseSensitivity sensitivity = caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    const bool fuzzy = matchType == Fuzzy;
+    const bool useAll = fuzzy ? fuzzyUsedOption->toSelectionIndex() == AllValues
+                              : valuesUsedOption->toSelectionIndex() == AllValues;
+    const int threshold = fuzzinessOption->toInt();
+    const QString delimiter = delimOption->toString();
+    const bool leaveUnchanged = ifNoMatchOption->toSelectionIndex() == LeaveUnchanged;
+    const QString noMatchValue = noMatchValueOption->toString();
+    const QHash<QString, ColumnIndex> topColumns = top.columnsByName();
+    const int topRows = top.rowCount();
+    const int bottomRows = bottom.rowCount();
+
+    // Keys prepared once for the walks over every bottom row.
+    QStringList bottomKeys;
+    QString topFormat;
+    QString bottomFormat;
+    OperatorTest test {0, true};
+    if (matchType != Exact) {
+        bottomKeys.reserve(bottomRows);
+        for (int b = 0; b < bottomRows; ++b) {
+            const QString &cell = bottom.cell(b, bottomKey);
+            bottomKeys.append(
+                fuzzy || matchType == NotExact ? KeyMatching::keyText(cell, caseSensitive) : cell);
+        }
+        if (!fuzzy && matchType != NotExact) {
+            test = operatorTest(matchType);
+            const QStringList formats = dateFormats();
+            if (!top.isDateColumn(topKey, formats, &topFormat))
+                topFormat.clear();
+            if (!bottom.isDateColumn(bottomKey, formats, &bottomFormat))
+                bottomFormat.clear();
+        }
+    }
+    const int total = topRows + (matchType == Exact ? bottomRows : 0);
+    const KeyMatching::KeyIndex index = matchType == Exact
+        ? KeyMatching::KeyIndex(bottom, bottomKey, caseSensitive,
+                                [this, total](int r) { reportRow(r, total); })
+        : KeyMatching::KeyIndex(Dataset(), 0, true);
+    const qreal base = qreal(total - topRows) / qMax(1, total);
+
+    QStringList values;
+    values.reserve(topRows);
+    ValueCollector found(useAll);
+    qint64 matched = 0;
+    qint64 misses = 0;
+    QStringList missLines;
+    for (int r = 0; r < topRows; ++r) {
+        if (r % (fuzzy ? FuzzyProgressRows : 1000) == 0)
+            emit processed(base + qreal(r) / qMax(1, total));
+        const QString &cell = top.cell(r, topKey);
+        found.clear();
+        if (matchType == Exact) {
+            for (int b = index.first(KeyMatching::keyText(cell, caseSensitive)); b >= 0;
+                 b = index.next(b)) {
+                if (!found.add(bottom.cell(b, bottomValue)))
+                    break;
+            }
+        } else if (fuzzy) {
+            const QString key = KeyMatching::keyText(cell, caseSensitive);
+            int best = -1;
+            for (int b = 0; b < bottomRows; ++b) {
+                // Raising the threshold to the best so far lets the banded distance give up
+                // early on every row that cannot win.
+                const int needed = std::max(threshold, useAll ? best : best + 1);
+                if (needed > 100)
+                    break;
+                const int score = similarity(key, bottomKeys.at(b), needed);
+                if (score < needed)
+                    continue;
+                if (score > best) {
+                    best = score;
+                    found.clear();
+                }
+                found.add(bottom.cell(b, bottomValue));
+            }
+        } else if (matchType == NotExact) {
+            const QString key = KeyMatching::keyText(cell, caseSensitive);
+            for (int b = 0; b < bottomRows; ++b) {
+                if (bottomKeys.at(b) != key && !found.add(bottom.cell(b, bottomValue)))
+                    break;
+            }
+        } else {
+            for (int b = 0; b < bottomRows; ++b) {
+                const bool hit = test.bottomLeft
+                    ? ComparisonOperator::evaluate(test.op, bottomKeys.at(b), cell, bottomFormat,
+                                                   topFormat, sensitivity)
+                    : ComparisonOperator::evaluate(test.op, cell, bottomKeys.at(b), topFormat,
+                                                   bottomFormat, sensitivity);
+                if (hit && !found.add(bottom.cell(b, bottomValue)))
+                    break;
+            }
+        }
+        if (!found.isEmpty()) {
+            ++matched;
+            values.append(found.text(delimiter));
+            continue;
+        }
+        ++misses;
+        if (missLines.size() < ListedMisses)
+            missLines.append(QStringLiteral("'%1' at row %2").arg(cell, QString::number(r + 1)));
+        values.append(leaveUnchanged ? cell
+                                     : top.substituteColumnVariables(noMatchValue, topColumns, r));
+    }
+    if (matchType != Exact && !fuzzy)
+        clearComparisonCaches();
+
+    const QString name = autoNameOption->toBool()
+        ? QStringLiteral("%1 %2").arg(displayName(), bottom.headerText(bottomValue))
+        : newNameOption->toString();
+    output.appendColumn();
+    const int column = output.lastColumn();
+    if (output.hasHeader())
+        output.setColumnName(column, name);
+    output.setColumn(column, values);
+
+    if (misses > 0) {
+        QString text = QStringLiteral("%1 in the %2:")
+                           .arg(KeyMatching::countText(misses, QStringLiteral("miss"),
+                                                       QStringLiteral("misses")),
+                                top.headerText(topKey));
+        for (const QString &line : qAsConst(missLines))
+            text += QLatin1Char('\n') + line;
+        if (misses > missLines.size())
+            text += QLatin1Char('\n')
+                + QStringLiteral("+ %1").arg(KeyMatching::countText(
+                    misses - missLines.size(), QStringLiteral("miss"), QStringLiteral("misses")));
+        addInformation(text);
+    }
+    setResult(
+        QStringLiteral("%1 matched, %2 unmatched").arg(formatCount(matched), formatCount(misses)));
     return output;
 }

@@ -2,7 +2,8 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Adds a column to the top dataset holding, for each row, values of the bottom dataset found
+// by comparing the row's key with the bottom keys: exactly, fuzzily or by a comparison operator.
 class TransformLookup : public Transform
 {
     Q_OBJECT
@@ -14,6 +15,15 @@ public:
     bool changesValuesOnly() const override { return false; }
     bool keepsSourceRows() const override { return false; }
     bool hasKeyColumns() const override { return true; }
+    QString keyColumn1Key() const override { return QStringLiteral("Top_Lookup_Column"); }
+    QString keyColumn2Key() const override { return QStringLiteral("Bottom_Lookup_Column"); }
+    QString caseSensitiveKey() const override { return QStringLiteral("Case_Sensitive"); }
+    static QStringList matchTypeNames();
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    void connectParameters(QList<Node *> inputs) override;
+    bool autoConfigure(const QList<Node *> &inputs) override;
+    QList<ParameterState> parameterStates() const override;
     Transform *clone() const override { return cloneAs<TransformLookup>(); }
     QString displayName() const override { return QStringLiteral("Lookup"); }
     QString typeName() const override { return QStringLiteral("Lookup"); }

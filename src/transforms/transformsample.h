@@ -2,13 +2,18 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Keeps a given number of rows: the first, the last, evenly spaced, or drawn at random in a
+// way that the seed makes repeatable.
 class TransformSample : public Transform
 {
     Q_OBJECT
 
 public:
+    static QStringList spreadNames();
+
     int type() const override { return 50; }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
     int category() const override { return CategoryRow; }
     bool isAdvanced() const override { return false; }
     bool changesValuesOnly() const override { return false; }
@@ -21,5 +26,6 @@ public:
     int minimumInputs() const override { return 1; }
     int maximumInputs() const override { return 1; }
     bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
+    bool omitDisabledFromDetails() const override { return true; }
+    QList<ParameterState> parameterStates() const override;
 };

@@ -2,7 +2,8 @@
 
 #include "transforms/framework/transform.h"
 
-// Placeholder until the transform is written.
+// Puts the rows of all inputs one under another, matching their columns by header name or
+// by position.
 class TransformStack : public Transform
 {
     Q_OBJECT
@@ -13,6 +14,9 @@ public:
     bool isAdvanced() const override { return false; }
     bool changesValuesOnly() const override { return false; }
     bool keepsSourceRows() const override { return false; }
+    QSet<QString> keywords() const override;
+    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    QList<ParameterState> parameterStates() const override;
     Transform *clone() const override { return cloneAs<TransformStack>(); }
     QString displayName() const override { return QStringLiteral("Stack"); }
     QString typeName() const override { return QStringLiteral("Stack"); }
@@ -22,6 +26,7 @@ public:
         return QStringLiteral("Merge input datasets one on top of another. Orders by the vertical "
                               "positions of the input datasets.");
     }
+    QString inputImageName() const override { return QStringLiteral("stack.png"); }
     int minimumInputs() const override { return 1; }
     int maximumInputs() const override { return 0x7fffffff; }
     bool usesDateFormats() const override { return false; }

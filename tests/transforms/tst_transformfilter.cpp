@@ -1,0 +1,315 @@
+#include "data/valueinterpretation.h"
+#include "graph/node.h"
+#include "testutil.h"
+#include "transforms/framework/comparisonoperator.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/transformfilter.h"
+#include "transforms/transformif.h"
+
+#include <QApplication>
+#include <QtTest>
+
+// Filter and If: the conditions on rows they share.
+class TestTransformFilter : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void filter_data();
+    void filter();
+    void filterDisabled();
+    void filterEmptyInputKeepsColumns();
+    void filterKeepsHeaderAndIds();
+
+    void branches_data();
+    void branches();
+    void ifWarnsWhenAllValuesEmpty();
+    void ifNamesNewColumnWithoutId();
+
+private:
+    ColumnId id(int c) const { return m_input->dataset()->columnId(c); }
+    QStringList names(const Dataset &dataset) const { return dataset.columnValues(0); }
+
+    Node *m_input = nullptr;
+};
+
+// A term of the tables below: column -1 for every column, -2 for a column that is gone.
+using TermSpec = QList<QVariantList>;
+Q_DECLARE_METATYPE(TermSpec)
+
+namespace {
+
+QList<FilterTerm> makeTerms(const TermSpec &spec, const Dataset &dataset)
+{
+    QList<FilterTerm> terms;
+    for (const QVariantList &entry : spec) {
+        FilterTerm term;
+        const int column = entry.at(0).toInt();
+        term.column = column == -2 ? ColumnId(9999, 77)
+                                   : (column >= 0 ? dataset.columnId(column) : ColumnId());
+        term.op = entry.at(1).toInt();
+        term.value = entry.at(2).toString();
+        terms.append(term);
+    }
+    return terms;
+}
+
+QVariantList term(int column, int op, const QString &value)
+{
+    return {column, op, value};
+}
+
+} // namespace
+
+void TestTransformFilter::initTestCase()
+{
+    setDateFormats(defaultDateFormats(true));
+}
+
+void TestTransformFilter::init()
+{
+    // Dates are day first, so only a d/M/yyyy reading makes the column a date column.
+    m_input = makeDataNode(makeDataset({{"name", "amount", "date", "note"},
+                                        {"Anna", "600", "15/3/2020", "x"},
+                                        {"bob", "500", "1/2/2020", ""},
+                                        {"Carl", "1200.5", "31/1/2020", "abc"},
+                                        {"dave", "abc", "5/12/2019", "Abc"}}));
+}
+
+void TestTransformFilter::cleanup()
+{
+    delete m_input;
+    clearComparisonCaches();
+}
+
+void TestTransformFilter::filter_data()
+{
+    QTest::addColumn<TermSpec>("terms");
+    QTest::addColumn<bool>("keep");
+    QTest::addColumn<bool>("matchAny");
+    QTest::addColumn<bool>("caseSensitive");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("result");
+
+    using Op = ComparisonOperator;
+    const QStringList all {"Anna", "bob", "Carl", "dave"};
+
+    // "abc" is no number, so that pair compares as text, and "abc" > "500".
+    QTest::newRow("greater than, numbers and a text")
+        << TermSpec {term(1, Op::GreaterThan, "500")} << true << false << false
+        << QStringList {"Anna", "Carl", "dave"} << "1 row removed";
+    QTest::newRow("equal as numbers") << TermSpec {term(1, Op::EqualTo, "1200.50")} << true << false
+                                      << false << QStringList {"Carl"} << "3 rows removed";
+    QTest::newRow("dates compared as dates")
+        << TermSpec {term(2, Op::GreaterThan, "1/2/2020")} << true << false << false
+        << QStringList {"Anna"} << "3 rows removed";
+    QTest::newRow("dates less or equal")
+        << TermSpec {term(2, Op::LessThanOrEqual, "1/2/2020")} << true << false << false
+        << QStringList {"bob", "Carl", "dave"} << "1 row removed";
+    QTest::newRow("contains, case insensitive")
+        << TermSpec {term(3, Op::Contains, "abc")} << true << false << false
+        << QStringList {"Carl", "dave"} << "2 rows removed";
+    QTest::newRow("contains, case sensitive")
+        << TermSpec {term(3, Op::Contains, "abc")} << true << false << true << QStringList {"Carl"}
+        << "3 rows removed";
+    QTest::newRow("empty value dropped")
+        << TermSpec {term(3, Op::Contains, "")} << true << false << false << all << "No changes";
+    QTest::newRow("equal to empty tests for empty")
+        << TermSpec {term(3, Op::EqualTo, "")} << true << false << false << QStringList {"bob"}
+        << "3 rows removed";
+    QTest::newRow("remove matching") << TermSpec {term(1, Op::GreaterThan, "500")} << false << false
+                                     << false << QStringList {"bob"} << "3 rows removed";
+    QTest::newRow("remove with no usable term keeps all")
+        << TermSpec {term(3, Op::StartsWith, "")} << false << false << false << all << "No changes";
+    QTest::newRow("every column must match")
+        << TermSpec {term(-1, Op::IsNotEmpty, "")} << true << false << false
+        << QStringList {"Anna", "Carl", "dave"} << "1 row removed";
+    QTest::newRow("all terms") << TermSpec {term(1, Op::GreaterThan, "500"),
+                                            term(0, Op::StartsWith, "c")}
+                               << true << false << false << QStringList {"Carl"}
+                               << "3 rows removed";
+    QTest::newRow("any term") << TermSpec {term(0, Op::EqualTo, "BOB"), term(3, Op::EqualTo, "x")}
+                              << true << true << false << QStringList {"Anna", "bob"}
+                              << "2 rows removed";
+    QTest::newRow("regex, case sensitive")
+        << TermSpec {term(0, Op::MatchesRegex, "^[A-Z]")} << true << false << true
+        << QStringList {"Anna", "Carl"} << "2 rows removed";
+    // The value is judged empty before the row's cells are put in: bob's empty note then
+    // makes Contains "" hold.
+    QTest::newRow("column variable") << TermSpec {term(0, Op::Contains, "$(note)")} << true << false
+                                     << false << QStringList {"bob"} << "3 rows removed";
+    QTest::newRow("column variable by number")
+        << TermSpec {term(3, Op::EqualTo, "$(1)")} << true << true << false << QStringList {}
+        << "4 rows removed";
+    QTest::newRow("removed column left out of any")
+        << TermSpec {term(-2, Op::IsNotEmpty, ""), term(0, Op::EqualTo, "anna")} << true << true
+        << false << QStringList {"Anna"} << "3 rows removed";
+    QTest::newRow("term over no column never holds")
+        << TermSpec {term(-2, Op::IsNotEmpty, "")} << true << false << false << QStringList {}
+        << "4 rows removed";
+}
+
+void TestTransformFilter::filter()
+{
+    QFETCH(TermSpec, terms);
+    QFETCH(bool, keep);
+    QFETCH(bool, matchAny);
+    QFETCH(bool, caseSensitive);
+    QFETCH(QStringList, expected);
+    QFETCH(QString, result);
+
+    TransformFilter transform;
+    transform.createParameters({m_input}, false);
+    FilterTerms filter;
+    filter.keep = keep;
+    filter.matchAny = matchAny;
+    filter.terms = makeTerms(terms, *m_input->dataset());
+    transform.parameter("Columns")->setFilterTerms(filter);
+    transform.parameter("Case_Sensitive")->setValue(caseSensitive);
+
+    const Dataset output = runTransform(transform, {m_input});
+    QCOMPARE(names(output), expected);
+    QCOMPARE(output.columnCount(), 4);
+    QCOMPARE(transform.result(), result);
+    QVERIFY(transform.warnings().isEmpty());
+}
+
+void TestTransformFilter::filterDisabled()
+{
+    TransformFilter transform;
+    transform.createParameters({m_input}, false);
+    FilterTerms filter;
+    filter.terms = makeTerms({term(0, ComparisonOperator::EqualTo, "bob")}, *m_input->dataset());
+    transform.parameter("Columns")->setFilterTerms(filter);
+    transform.parameter("Disable")->setValue(true);
+
+    const Dataset output = runTransform(transform, {m_input});
+    QVERIFY(output.equals(*m_input->dataset()));
+    QCOMPARE(transform.warnings(), QStringList {"Filtering is disabled"});
+}
+
+void TestTransformFilter::filterEmptyInputKeepsColumns()
+{
+    QScopedPointer<Node> empty(makeDataNode(makeDataset({{"a", "b"}})));
+    TransformFilter transform;
+    transform.createParameters({empty.data()}, false);
+    FilterTerms filter;
+    filter.terms = makeTerms({term(0, ComparisonOperator::EqualTo, "x")}, *empty->dataset());
+    transform.parameter("Columns")->setFilterTerms(filter);
+
+    const Dataset output = runTransform(transform, {empty.data()});
+    QCOMPARE(output.columnCount(), 2);
+    QCOMPARE(output.rowCount(), 0);
+    QCOMPARE(output.header(), QStringList({"a", "b"}));
+    QCOMPARE(transform.result(), QString("No changes"));
+}
+
+void TestTransformFilter::filterKeepsHeaderAndIds()
+{
+    TransformFilter transform;
+    transform.createParameters({m_input}, false);
+    FilterTerms filter;
+    filter.terms = makeTerms({term(0, ComparisonOperator::EqualTo, "dave")}, *m_input->dataset());
+    transform.parameter("Columns")->setFilterTerms(filter);
+
+    const Dataset output = runTransform(transform, {m_input});
+    QCOMPARE(output.header(), m_input->dataset()->header());
+    QCOMPARE(output.columnIds(), m_input->dataset()->columnIds());
+    QCOMPARE(output.row(0), QStringList({"dave", "abc", "5/12/2019", "Abc"}));
+    // Kept rows are the input's cells, not copies of them.
+    QCOMPARE(output.cell(0, 3).constData(), m_input->dataset()->cell(3, 3).constData());
+}
+
+void TestTransformFilter::branches_data()
+{
+    QTest::addColumn<QList<TermSpec>>("branchTerms");
+    QTest::addColumn<QStringList>("thenValues");
+    QTest::addColumn<QString>("elseValue");
+    QTest::addColumn<QStringList>("expected");
+    QTest::addColumn<QString>("result");
+
+    using Op = ComparisonOperator;
+    // As in Filter, "abc" against a number compares as text.
+    QTest::newRow("numbers and a text")
+        << QList<TermSpec> {{term(1, Op::GreaterThan, "1000")}} << QStringList {"big"} << "small"
+        << QStringList {"small", "small", "big", "big"}
+        << "2 match(es) IF/ELSE IF, 2 match(es) ELSE";
+    QTest::newRow("variables in both values")
+        << QList<TermSpec> {{term(0, Op::EqualTo, "BOB")}} << QStringList {"$(name)!"} << "$(4)"
+        << QStringList {"x", "bob!", "abc", "Abc"} << "1 match(es) IF/ELSE IF, 3 match(es) ELSE";
+    QTest::newRow("dates") << QList<TermSpec> {{term(2, Op::LessThan, "1/2/2020")}}
+                           << QStringList {"early"} << "" << QStringList {"", "", "early", "early"}
+                           << "2 match(es) IF/ELSE IF, 2 match(es) ELSE";
+    QTest::newRow("terms of a branch all hold")
+        << QList<TermSpec> {{term(1, Op::GreaterThanOrEqual, "500"), term(3, Op::IsEmpty, "")}}
+        << QStringList {"yes"} << "no" << QStringList {"no", "yes", "no", "no"}
+        << "1 match(es) IF/ELSE IF, 3 match(es) ELSE";
+    QTest::newRow("first branch wins")
+        << QList<TermSpec> {{term(0, Op::Contains, "a")}, {term(1, Op::GreaterThan, "0")}}
+        << QStringList {"A", "B"} << "C" << QStringList {"A", "B", "A", "A"}
+        << "4 match(es) IF/ELSE IF, 0 match(es) ELSE";
+    QTest::newRow("removed column never holds")
+        << QList<TermSpec> {{term(-2, Op::IsNotEmpty, "")}} << QStringList {"then"} << "else"
+        << QStringList {"else", "else", "else", "else"}
+        << "0 match(es) IF/ELSE IF, 4 match(es) ELSE";
+}
+
+void TestTransformFilter::branches()
+{
+    QFETCH(QList<TermSpec>, branchTerms);
+    QFETCH(QStringList, thenValues);
+    QFETCH(QString, elseValue);
+    QFETCH(QStringList, expected);
+    QFETCH(QString, result);
+
+    TransformIf transform;
+    transform.createParameters({m_input}, false);
+    IfTerms conditions;
+    for (int b = 0; b < branchTerms.size(); ++b)
+        conditions.branches.append(
+            {makeTerms(branchTerms.at(b), *m_input->dataset()), thenValues.at(b)});
+    conditions.elseValue = elseValue;
+    transform.parameter("If")->setIfTerms(conditions);
+
+    const Dataset output = runTransform(transform, {m_input});
+    QCOMPARE(output.columnCount(), 5);
+    QCOMPARE(output.columnValues(4), expected);
+    QCOMPARE(output.columnValues(0), QStringList({"Anna", "bob", "Carl", "dave"}));
+    QCOMPARE(transform.result(), result);
+    QVERIFY(transform.warnings().isEmpty());
+}
+
+void TestTransformFilter::ifWarnsWhenAllValuesEmpty()
+{
+    TransformIf transform;
+    transform.createParameters({m_input}, false);
+    IfTerms conditions;
+    conditions.branches.append(
+        {makeTerms({term(0, ComparisonOperator::EqualTo, "bob")}, *m_input->dataset()), ""});
+    transform.parameter("If")->setIfTerms(conditions);
+
+    const Dataset output = runTransform(transform, {m_input});
+    QCOMPARE(transform.warnings(), QStringList {"THEN and ELSE empty"});
+    QCOMPARE(output.columnValues(4), QStringList({"", "", "", ""}));
+    QCOMPARE(transform.result(), QString("1 match(es) IF/ELSE IF, 3 match(es) ELSE"));
+}
+
+void TestTransformFilter::ifNamesNewColumnWithoutId()
+{
+    TransformIf transform;
+    transform.createParameters({m_input}, false);
+    transform.parameter("New_Name")->setValue(QString("Size"));
+    const Dataset output = runTransform(transform, {m_input});
+    QCOMPARE(output.header(), QStringList({"name", "amount", "date", "note", "Size"}));
+    QVERIFY(output.columnId(4).isNull());
+    QCOMPARE(output.columnId(0), id(0));
+    // Untouched rows keep their cells shared with the input.
+    QCOMPARE(output.cell(2, 0).constData(), m_input->dataset()->cell(2, 0).constData());
+}
+
+TABULON_TEST_MAIN(TestTransformFilter)
+#include "tst_transformfilter.moc"
