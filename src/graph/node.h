@@ -11,11 +11,22 @@
 #include <QVariantList>
 
 class Connection;
+class ConnectFromNodeOverlayItem;
+class ConnectToNodeOverlayItem;
 class GraphScene;
+class NodeOverlayItem;
+class QTimer;
+class TimingBar;
 
 // What an item's icon shows; also how the status bar selects all items of one state.
-enum class NodeStatusIcon { Empty = 0, Updating = 1, UpToDate = 2, Warning = 3, Error = 4,
-                            NeedsUpdate = 5 };
+enum class NodeStatusIcon {
+    Empty = 0,
+    Updating = 1,
+    UpToDate = 2,
+    Warning = 3,
+    Error = 4,
+    NeedsUpdate = 5
+};
 
 // Which end of a connection an item is.
 enum class ConnectionDirection { Out = 0, In = 1, Both = 2 };
@@ -86,7 +97,8 @@ public:
     QPointF anchor(ConnectionDirection direction, qreal gap = 0.0) const;
     // 26 to 29
     void addConnection(Connection *connection);
-    QList<Connection *> connections(ConnectionDirection direction = ConnectionDirection::Both) const;
+    QList<Connection *> connections(ConnectionDirection direction
+                                    = ConnectionDirection::Both) const;
     virtual void removeConnection(Connection *connection);
     void deleteConnections(ConnectionDirection direction);
     // 30
@@ -137,6 +149,12 @@ public:
     // 59, 60
     bool isUpstream(const Node *node) const;
     bool isConnectedFrom(const Node *source) const;
+    // 61, 62, 63
+    void showConnectToOverlay();
+    void removeConnectFromOverlay();
+    void removeConnectToOverlay();
+    ConnectFromNodeOverlayItem *connectFromOverlay() const { return m_connectFrom; }
+    ConnectToNodeOverlayItem *connectToOverlay() const { return m_connectTo; }
     // 64
     void setFractionProcessed(double fraction);
     double fractionProcessed() const { return m_fractionProcessed; }
@@ -167,6 +185,10 @@ public:
     virtual QVariantList stateList() const;
     virtual QString statusLine() const;
     virtual NodeStatusIcon statusIcon() const;
+    // 81, 82: fraction is the item's share of the longest processing time.
+    void showTimingBar(qreal fraction);
+    void hideTimingBar();
+    TimingBar *timingBar() const { return m_timingBar; }
     // 83, 84
     qint64 processingTime() const { return m_processingTime; }
     QDateTime lastProcessed() const { return m_lastProcessed; }
@@ -191,12 +213,20 @@ public:
     void setPreview(bool preview) { m_preview = preview; }
     bool isPreview() const { return m_preview; }
     void setHighlighted(bool on);
+    bool isHighlighted() const { return m_highlighted; }
+    bool isHovered() const { return m_hovered; }
+    // The colours of the item's kind in the scheme in force.
+    QColor schemeBackgroundColor() const;
+    QColor schemeBorderColor() const;
+    QColor schemeTextColor() const;
 
     // Drawing
     QRectF boundingRect() const override;
-    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
-               QWidget *widget) override;
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
     static void paintStatusIcon(QPainter *painter, const QRectF &rect, NodeStatusIcon icon);
+    // The same drawings for painters outside the canvas (the status bar); icon is a
+    // NodeStatusIcon value.
+    static void drawStatusIcon(QPainter *painter, const QRectF &rect, int icon);
     static QSizeF itemSize();
 
     // Orders used throughout: top to bottom (inputs of a transform, children in a run) and
@@ -206,6 +236,7 @@ public:
 
 public slots:
     void onProcessed(qreal fraction);
+    void onUpdateConnectionGuide();
 
 signals:
     void nodePosChanged(const QList<Node *> &nodes);
@@ -219,6 +250,7 @@ protected:
     void finishRun(qint64 elapsedMs);
     void freeUpstreamData();
     QVariant itemChange(GraphicsItemChange change, const QVariant &value) override;
+    void mousePressEvent(QGraphicsSceneMouseEvent *event) override;
     void mouseReleaseEvent(QGraphicsSceneMouseEvent *event) override;
     void hoverEnterEvent(QGraphicsSceneHoverEvent *event) override;
     void hoverLeaveEvent(QGraphicsSceneHoverEvent *event) override;
@@ -230,7 +262,16 @@ protected:
     QStringList m_warnings;
     QStringList m_info;
 
+    // The drawing of all kinds but notes, in layers that subclasses may add to.
+    void paintBody(QPainter *painter, const QRectF &frame) const;
+    void paintTexts(QPainter *painter) const;
+    void paintProgress(QPainter *painter) const;
+
 private:
+    void refreshSide(ConnectionDirection direction);
+    void gatherNoteOffsets();
+    void moveNotes();
+
     static int s_idCounter;
 
     bool m_hovered = false;
@@ -243,4 +284,10 @@ private:
     double m_fractionProcessed = 0.0;
     bool m_preview = false;
     QDateTime m_lastProgressTime;
+    ConnectFromNodeOverlayItem *m_connectFrom = nullptr;
+    ConnectToNodeOverlayItem *m_connectTo = nullptr;
+    TimingBar *m_timingBar = nullptr;
+    QHash<Node *, QPointF> m_noteOffsets;
+    int m_noteDrag = -1;
+    QTimer *m_guideTimer = nullptr;
 };

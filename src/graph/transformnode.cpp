@@ -11,7 +11,8 @@
 
 TransformNode::TransformNode(Transform *transform, int id, const QString &alias,
                              const QString &comment)
-    : Node(id), m_transform(transform)
+    : Node(id)
+    , m_transform(transform)
 {
     setAlias(alias);
     setComment(comment);
@@ -137,8 +138,8 @@ QList<QPair<QString, QString>> TransformNode::runSummary() const
                   QString::number(connections(ConnectionDirection::In).size())});
     lines.append({QStringLiteral("Connections out"),
                   QString::number(connections(ConnectionDirection::Out).size())});
-    lines.append({QStringLiteral("Transform type"),
-                  transformCategoryName(m_transform->category())});
+    lines.append(
+        {QStringLiteral("Transform type"), transformCategoryName(m_transform->category())});
     lines.append({QStringLiteral("Description"), m_transform->description()});
     lines += Node::runSummary();
     if (!m_transform->result().isEmpty())
@@ -187,6 +188,32 @@ bool TransformNode::autoConfigure()
 void TransformNode::connectParameters()
 {
     m_transform->connectParameters(upstream(true));
+}
+
+QList<Parameter *> TransformNode::parametersWithSource(const Node *source) const
+{
+    QList<Parameter *> found;
+    const QList<Parameter *> parameters = m_transform->parameters();
+    for (Parameter *parameter : parameters) {
+        if (source && parameter->sourceNode() == source)
+            found.append(parameter);
+    }
+    return found;
+}
+
+void TransformNode::remapParameterSources(const QHash<const Node *, Node *> &map, bool dropUnmapped)
+{
+    const QList<Parameter *> parameters = m_transform->parameters();
+    for (Parameter *parameter : parameters) {
+        Node *source = parameter->sourceNode();
+        if (!source)
+            continue;
+        const auto found = map.constFind(source);
+        if (found != map.constEnd())
+            parameter->setSourceNode(found.value());
+        else if (dropUnmapped)
+            parameter->setSourceNode(nullptr);
+    }
 }
 
 void TransformNode::resolvePendingParameterTexts()

@@ -2,6 +2,9 @@
 
 #include "graph/node.h"
 
+#include <QHash>
+
+class Parameter;
 class Transform;
 
 // The item that owns one Transform: it gathers its inputs in canvas order, runs the
@@ -39,13 +42,17 @@ public:
     void removeConnection(Connection *connection) override;
     bool hasColumnRelatedParameters() const override;
     void run(bool recursive, bool freeUpstream) override;
-    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option,
-               QWidget *widget) override;
+    void paint(QPainter *painter, const QStyleOptionGraphicsItem *option, QWidget *widget) override;
 
     int columnRelatedParameterCount() const;
     bool hasSeveralInputs() const;
     bool autoConfigure();
     void connectParameters();
+    // The options bound to source's columns.
+    QList<Parameter *> parametersWithSource(const Node *source) const;
+    // Rebinds options to other items, as copies of a graph need: a source missing from map
+    // becomes none when dropUnmapped is set and stays otherwise.
+    void remapParameterSources(const QHash<const Node *, Node *> &map, bool dropUnmapped);
     void resolvePendingParameterTexts();
 
     // Which way the result differs from the first input: the badges of the drawing.

@@ -1,13 +1,6 @@
-#include "graph/document.h"
-#include "graph/graphscene.h"
 #include "io/commandline.h"
 #include "shell/application.h"
-
-#include <QGraphicsView>
-#include <QMainWindow>
-#include <QMessageBox>
-#include <QStatusBar>
-#include <QTimer>
+#include "workbench/mainwindow.h"
 
 #include <cstdlib>
 #include <new>
@@ -47,56 +40,6 @@ bool isCommandLineRun(int argc, char **argv)
     return false;
 }
 
-// The first argument that is not a switch names the document to open.
-QString documentArgument(const QStringList &arguments)
-{
-    for (int i = 1; i < arguments.size(); ++i) {
-        if (!arguments.at(i).startsWith(QLatin1Char('-')))
-            return arguments.at(i);
-    }
-    return QString();
-}
-
-// Until the workbench arrives the window shows the flow graph of a document and runs it.
-QMainWindow *createWindow(const QString &documentPath)
-{
-    auto *window = new QMainWindow;
-    auto *scene = new GraphScene(window);
-    scene->setBackgroundBrush(QColor(0xFA, 0xFA, 0xFA));
-    auto *view = new QGraphicsView(scene, window);
-    view->setRenderHint(QPainter::Antialiasing);
-    view->setDragMode(QGraphicsView::RubberBandDrag);
-    window->setCentralWidget(view);
-    window->setWindowTitle(QStringLiteral("Tabulon"));
-    window->resize(1400, 900);
-    QObject::connect(scene, &GraphScene::showTempMessage, window, [window](const QString &text) {
-        window->statusBar()->showMessage(text, 2000);
-    });
-    if (documentPath.isEmpty())
-        return window;
-
-    DocumentData data;
-    bool laterVersion = false;
-    QStringList messages;
-    QString error;
-    if (!loadDocument(scene, documentPath, &data, &laterVersion, &messages, &error)) {
-        QMessageBox::warning(window, QStringLiteral("Tabulon"),
-                             QStringLiteral("Unable to open '%1': %2").arg(documentPath, error));
-        return window;
-    }
-    window->setWindowTitle(QStringLiteral("%1 - Tabulon").arg(QFileInfo(documentPath).fileName()));
-    scene->setAutoRun(data.autoRun);
-    QTimer::singleShot(0, scene, [scene, view, messages, window]() {
-        if (!messages.isEmpty())
-            QMessageBox::warning(window, QStringLiteral("Tabulon"),
-                                 messages.join(QLatin1Char('\n')));
-        if (scene->autoRun())
-            scene->process(GraphScene::RunChanges);
-        view->fitInView(scene->itemsBoundingRect().adjusted(-60, -60, 60, 60), Qt::KeepAspectRatio);
-    });
-    return window;
-}
-
 // glibc's allocator backs its heap with transparent huge pages only when told so before the
 // process starts. Tables of millions of small cells then cost a fraction of the page faults
 // and TLB misses, which is a fifth of a large read. The program starts itself again once with
@@ -130,9 +73,9 @@ int main(int argc, char **argv)
     if (commandLine)
         runCommandLineAndExit(QCoreApplication::arguments());
 
-    QMainWindow *window = createWindow(documentArgument(QCoreApplication::arguments()));
-    window->show();
+    auto *window = new MainWindow;
     QObject::connect(&app, &QApplication::lastWindowClosed, &app, &QApplication::quit);
+    window->startUp(QCoreApplication::arguments());
     const int result = app.exec();
     delete window;
     return result;

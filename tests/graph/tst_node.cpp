@@ -7,6 +7,8 @@
 #include "transforms/transformclone.h"
 
 #include <QApplication>
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -27,6 +29,8 @@ private slots:
     void statusIcons();
     void cloneKeepsIdentity();
     void noteIsAlwaysUpToDate();
+    void statusIconDrawings_data();
+    void statusIconDrawings();
 };
 
 void TestNode::idsComeFromOneCounter()
@@ -61,15 +65,17 @@ void TestNode::sizeTexts_data()
     QTest::addColumn<QString>("longText");
     QTest::addColumn<QString>("shortText");
 
-    QTest::newRow("singular") << qint64(1) << qint64(1) << "1 row x 1 col" << "1 row x 1 col";
+    QTest::newRow("singular") << qint64(1) << qint64(1) << "1 row x 1 col"
+                              << "1 row x 1 col";
     QTest::newRow("small") << qint64(999) << qint64(12) << "999 rows x 12 cols"
                            << "999 rows x 12 cols";
     QTest::newRow("thousands") << qint64(1500) << qint64(3) << "1,500 rows x 3 cols"
                                << "1.5K rows x 3 cols";
     QTest::newRow("zero decimal dropped") << qint64(2000) << qint64(3) << "2,000 rows x 3 cols"
                                           << "2K rows x 3 cols";
-    QTest::newRow("too long keeps no decimals") << qint64(123456) << qint64(3)
-                                                << "123,456 rows x 3 cols" << "123K rows x 3 cols";
+    QTest::newRow("too long keeps no decimals")
+        << qint64(123456) << qint64(3) << "123,456 rows x 3 cols"
+        << "123K rows x 3 cols";
     QTest::newRow("millions") << qint64(12345678) << qint64(3) << "12,345,678 rows x 3 cols"
                               << "12.3M rows x 3 cols";
     QTest::newRow("billions") << qint64(2500000000) << qint64(3) << "2,500,000,000 rows x 3 cols"
@@ -132,7 +138,8 @@ void TestNode::relations()
     addTransform(scene, new TransformClone, {}, {600, 300});
     QVERIFY(b->canStartConnection());
     // Anchors: middle of the right side out, of the left side in, moved out by the gap.
-    QCOMPARE(a->anchor(ConnectionDirection::Out, 4.0).x(), a->pos().x() + Node::itemSize().width() + 4.0);
+    QCOMPARE(a->anchor(ConnectionDirection::Out, 4.0).x(),
+             a->pos().x() + Node::itemSize().width() + 4.0);
     QCOMPARE(a->anchor(ConnectionDirection::In, 4.0).x(), a->pos().x() - 4.0);
 }
 
@@ -223,6 +230,42 @@ void TestNode::noteIsAlwaysUpToDate()
     QCOMPARE(note.maximumInputs(), 0);
     QCOMPARE(note.maximumOutputs(), 0);
     QCOMPARE(note.toolTipText(), QString("Remember"));
+}
+
+void TestNode::statusIconDrawings_data()
+{
+    QTest::addColumn<int>("icon");
+    QTest::addColumn<QColor>("fill");
+    QTest::addColumn<int>("centreWhite");
+
+    // centreWhite: 1 the sign crosses the middle, 0 it leaves it free, -1 not looked at.
+    QTest::newRow("empty") << int(NodeStatusIcon::Empty) << QColor(0x909090) << 0;
+    QTest::newRow("updating") << int(NodeStatusIcon::Updating) << QColor(0xC8C8C8) << 1;
+    QTest::newRow("up to date") << int(NodeStatusIcon::UpToDate) << QColor(0x00AA00) << 0;
+    QTest::newRow("warning") << int(NodeStatusIcon::Warning) << QColor(0xFD9A00) << 1;
+    QTest::newRow("error") << int(NodeStatusIcon::Error) << QColor(0xAA0000) << 1;
+    QTest::newRow("needs update") << int(NodeStatusIcon::NeedsUpdate) << QColor(0xC8C8C8) << -1;
+}
+
+void TestNode::statusIconDrawings()
+{
+    QFETCH(int, icon);
+    QFETCH(QColor, fill);
+    QFETCH(int, centreWhite);
+
+    // The status bar draws through the static entry with a plain painter.
+    QImage image(45, 45, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    Node::drawStatusIcon(&painter, QRectF(0.0, 0.0, 45.0, 45.0), icon);
+    painter.end();
+    // Inside the circle, outside the inner rectangle of the sign.
+    QCOMPARE(image.pixelColor(5, 22), fill);
+    QCOMPARE(image.pixelColor(22, 40), fill);
+    // Outside the circle.
+    QCOMPARE(image.pixelColor(1, 1).alpha(), 0);
+    if (centreWhite >= 0)
+        QCOMPARE(image.pixelColor(22, 22) == QColor(Qt::white), centreWhite == 1);
 }
 
 TABULON_TEST_MAIN(TestNode)

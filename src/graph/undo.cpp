@@ -1,0 +1,218 @@
+#include "graph/undo.h"
+
+#include "graph/graphscene.h"
+#include "shell/guards.h"
+
+#include <algorithm>
+
+UndoHistory *UndoHistory::s_current = nullptr;
+
+namespace {
+
+// One step open at a time, process-wide: an edit made of smaller edits is one undo.
+bool s_stepOpen = false;
+// Whether the open step came from beginUndoStep, so that a stray endUndoStep cannot close a
+// guard's step.
+bool s_pairOpen = false;
+QPointer<UndoHistory> s_pairHistory;
+
+} // namespace
+
+UndoHistory::UndoHistory(QObject *parent)
+    : QObject(parent)
+{ }
+
+UndoHistory::~UndoHistory()
+{
+    if (s_current == this)
+        s_current = nullptr;
+    for (const Entry &entry : qAsConst(m_entries))
+        deleteEntry(entry);
+}
+
+UndoHistory *UndoHistory::current()
+{
+    return s_current;
+}
+
+void UndoHistory::setCurrent(UndoHistory *history)
+{
+    s_current = history;
+}
+
+GraphScene *UndoHistory::liveScene() const
+{
+    return m_live;
+}
+
+void UndoHistory::setLiveScene(GraphScene *scene)
+{
+    const QList<Entry> entries = m_entries;
+    m_entries.clear();
+    m_index = -1;
+    m_live = scene;
+    for (const Entry &entry : entries)
+        deleteEntry(entry);
+    emit changed(false);
+}
+
+void UndoHistory::prepare(const QString &hint)
+{
+    emit recoveryDue();
+    if (!m_live)
+        return;
+    BusyCursor busy;
+    // A change after undo makes the undone steps unreachable.
+    while (m_index >= 0 && !m_entries.isEmpty()) {
+        deleteEntry(m_entries.takeFirst());
+        --m_index;
+    }
+    m_index = -1;
+    m_entries.prepend({m_live->deepCopy(m_live->parent()), hint});
+    while (m_entries.size() > MaximumSteps)
+        deleteEntry(m_entries.takeLast());
+}
+
+void UndoHistory::finish()
+{
+    emit changed(true);
+}
+
+void UndoHistory::undo()
+{
+    if (!canUndo() || (m_live && m_live->isProcessing()))
+        return;
+    BusyCursor busy;
+    if (m_index == -1) {
+        // The live state joins the list so that redo can come back to it; it is not trimmed
+        // away here, or the oldest step would be lost by the act of undoing.
+        m_entries.prepend({m_live.data(), QString()});
+        m_index = 1;
+    } else {
+        ++m_index;
+    }
+    if (m_index >= 0 && m_index < m_entries.size())
+        makeLive(m_index);
+}
+
+void UndoHistory::redo()
+{
+    if (!canRedo() || (m_live && m_live->isProcessing()))
+        return;
+    BusyCursor busy;
+    --m_index;
+    makeLive(m_index);
+}
+
+bool UndoHistory::canUndo() const
+{
+    if (!m_live)
+        return false;
+    return m_index == -1 ? !m_entries.isEmpty() : m_index + 1 < m_entries.size();
+}
+
+bool UndoHistory::canRedo() const
+{
+    return m_live && m_index > 0 && m_index < m_entries.size();
+}
+
+QString UndoHistory::undoHint() const
+{
+    if (!canUndo())
+        return QString();
+    return m_entries.at(m_index == -1 ? 0 : m_index + 1).hint;
+}
+
+QString UndoHistory::redoHint() const
+{
+    return canRedo() ? m_entries.at(m_index).hint : QString();
+}
+
+int UndoHistory::count() const
+{
+    return m_entries.size();
+}
+
+int UndoHistory::index() const
+{
+    return m_index;
+}
+
+GraphScene *UndoHistory::snapshot(int position) const
+{
+    return position >= 0 && position < m_entries.size() ? m_entries.at(position).scene.data()
+                                                        : nullptr;
+}
+
+QString UndoHistory::hint(int position) const
+{
+    return position >= 0 && position < m_entries.size() ? m_entries.at(position).hint : QString();
+}
+
+void UndoHistory::makeLive(int position)
+{
+    emit aboutToSwapScene();
+    GraphScene *old = m_live;
+    GraphScene *next = m_entries.at(position).scene;
+    m_live = next;
+    next->clearSelection();
+    const bool oldKept = std::any_of(m_entries.cbegin(), m_entries.cend(),
+                                     [old](const Entry &entry) { return entry.scene == old; });
+    emit sceneSwapped(next, old);
+    if (!oldKept && old)
+        old->deleteLater();
+    emit changed(true);
+}
+
+void UndoHistory::deleteEntry(const Entry &entry)
+{
+    if (entry.scene && entry.scene != m_live)
+        delete entry.scene.data();
+}
+
+UndoStep::UndoStep(const QString &hint)
+{
+    UndoHistory *history = UndoHistory::current();
+    if (!history || s_stepOpen)
+        return;
+    s_stepOpen = true;
+    m_owner = true;
+    m_history = history;
+    history->prepare(hint);
+}
+
+UndoStep::~UndoStep()
+{
+    if (!m_owner)
+        return;
+    s_stepOpen = false;
+    if (m_history)
+        m_history->finish();
+}
+
+void beginUndoStep(const QString &hint)
+{
+    UndoHistory *history = UndoHistory::current();
+    if (!history || s_stepOpen)
+        return;
+    s_stepOpen = true;
+    s_pairOpen = true;
+    s_pairHistory = history;
+    history->prepare(hint);
+}
+
+void endUndoStep()
+{
+    if (!s_pairOpen)
+        return;
+    s_pairOpen = false;
+    s_stepOpen = false;
+    if (s_pairHistory)
+        s_pairHistory->finish();
+    s_pairHistory = nullptr;
+}
+
+bool isUndoStepOpen()
+{
+    return s_stepOpen;
+}

@@ -1,0 +1,553 @@
+#include "testutil.h"
+
+#include "graph/document.h"
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/node.h"
+#include "graph/undo.h"
+#include "shell/settings.h"
+#include "workbench/graphpane.h"
+#include "workbench/logpane.h"
+#include "workbench/mainwindow.h"
+#include "workbench/statusbar.h"
+// graphpane.h hands out its menu inline, which needs the full type.
+#include "workbench/typeablemenu.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QDropEvent>
+#include <QFile>
+#include <QLabel>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+namespace {
+
+struct Asked
+{
+    QString text;
+    QMessageBox::StandardButtons buttons;
+};
+
+QString readAll(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return QString();
+    return QString::fromUtf8(file.readAll());
+}
+
+bool writeText(const QString &path, const QByteArray &text)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
+}
+
+bool copyFile(const QString &from, const QString &to)
+{
+    QFile::remove(to);
+    return QFile::copy(from, to);
+}
+
+// The document text of a scene with the fields that change from save to save held fixed.
+QString canonicalText(const GraphScene &scene, const QString &path)
+{
+    DocumentData data;
+    return documentText(scene, data, path, QStringLiteral("test"));
+}
+
+int countOfType(const GraphScene *scene, int type)
+{
+    return scene->nodesOfType(type).size();
+}
+
+} // namespace
+
+// The main window driven as a user would: documents opened and saved through the file flows,
+// files dropped, edits undone, questions answered through the message hook.
+class TestMainWindow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+
+    void openedDocumentRunsAndWritesItsOutput();
+    void openShowsTheSavedGraph_data();
+    void openShowsTheSavedGraph();
+    void saveAsThenReopenGivesTheSameGraph();
+    void openFailureResetsToNewDocument();
+    void openRecordsRecentDocument();
+
+    void droppedFilesBecomeInputs_data();
+    void droppedFilesBecomeInputs();
+    void dropEventOnCanvasAddsInput();
+    void droppedFolderAboveLimitAsks_data();
+    void droppedFolderAboveLimitAsks();
+    void droppedDocumentIsOpened();
+    void pasteOfUnknownDataIsRefused();
+
+    void elevenEditsLeaveTenUndos();
+    void undoAfterUndoPushesNothing();
+    void changeAfterUndoDropsRedo();
+
+    void newAsksToSaveChanges_data();
+    void newAsksToSaveChanges();
+    void closeWithChangesCanBeCancelled();
+
+    void memoryLabelColouredFromThreeQuarters_data();
+    void memoryLabelColouredFromThreeQuarters();
+    void statusIconsCountAndSelect();
+
+private:
+    MainWindow *m_window = nullptr;
+    QTemporaryDir *m_dir = nullptr;
+    Settings *m_settings = nullptr;
+    QList<Asked> m_asked;
+    QList<QMessageBox::StandardButton> m_answers;
+    QStringList m_chosenFiles;
+};
+
+void TestMainWindow::initTestCase()
+{
+    m_dir = new QTemporaryDir;
+    QVERIFY(m_dir->isValid());
+    m_settings = new Settings(m_dir->filePath(QStringLiteral("tabulon.ini")));
+    Settings::setInstance(m_settings);
+    MainWindow::setMessageHook([this](QMessageBox::Icon, const QString &, const QString &text,
+                                      QMessageBox::StandardButtons buttons,
+                                      QMessageBox::StandardButton defaultButton) {
+        m_asked.append({text, buttons});
+        if (!m_answers.isEmpty())
+            return m_answers.takeFirst();
+        return defaultButton == QMessageBox::NoButton ? QMessageBox::Ok : defaultButton;
+    });
+    MainWindow::setFileDialogHook([this](const QString &, const QString &, const QString &, bool) {
+        return m_chosenFiles.isEmpty() ? QString() : m_chosenFiles.takeFirst();
+    });
+}
+
+void TestMainWindow::init()
+{
+    m_settings->clear();
+    m_settings->setProcessingDelay(0.0);
+    m_asked.clear();
+    m_answers.clear();
+    m_chosenFiles.clear();
+    removeRecoveryFile();
+    m_window = new MainWindow;
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window));
+    QVERIFY2(!m_window->isWindowModified(), "a new window holds no unsaved change");
+}
+
+void TestMainWindow::cleanup()
+{
+    m_window->setWindowModified(false);
+    delete m_window;
+    m_window = nullptr;
+}
+
+void TestMainWindow::cleanupTestCase()
+{
+    MainWindow::setMessageHook({});
+    MainWindow::setFileDialogHook({});
+    Settings::setInstance(nullptr);
+    delete m_settings;
+    delete m_dir;
+}
+
+void TestMainWindow::openedDocumentRunsAndWritesItsOutput()
+{
+    // The document writes output.csv beside itself; work on a copy so the source tree stays.
+    const QString source = QStringLiteral(TABULON_TEST_DATA "/documents/cli_case");
+    QTemporaryDir work;
+    QVERIFY(copyFile(source + QStringLiteral("/document.tabulon"),
+                     work.filePath(QStringLiteral("document.tabulon"))));
+    QVERIFY(copyFile(source + QStringLiteral("/input.csv"),
+                     work.filePath(QStringLiteral("input.csv"))));
+
+    QVERIFY(m_window->open(work.filePath(QStringLiteral("document.tabulon"))));
+    QTRY_VERIFY(QFile::exists(work.filePath(QStringLiteral("output.csv"))));
+    QCOMPARE(readAll(work.filePath(QStringLiteral("output.csv"))),
+             readAll(source + QStringLiteral("/expected.csv")));
+    QVERIFY(!m_window->isWindowModified());
+    QVERIFY(m_asked.isEmpty());
+    QVERIFY(!m_window->logPane()->lines().isEmpty());
+}
+
+void TestMainWindow::openShowsTheSavedGraph_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("example") << QFINDTESTDATA("../../examples/sales.tabulon");
+    QTest::newRow("input, transform, output")
+        << QStringLiteral(TABULON_TEST_DATA "/documents/cli_case/document.tabulon");
+}
+
+void TestMainWindow::openShowsTheSavedGraph()
+{
+    QFETCH(QString, path);
+    QVERIFY(!path.isEmpty());
+    m_settings->setOpenAutoRun(0);
+    GraphScene expected;
+    DocumentData data;
+    bool later = false;
+    QStringList messages;
+    QString error;
+    QVERIFY2(loadDocument(&expected, path, &data, &later, &messages, &error), qPrintable(error));
+
+    QVERIFY(m_window->open(path));
+    QCOMPARE(m_window->documentPath(), QFileInfo(path).absoluteFilePath());
+    QCOMPARE(canonicalText(*m_window->graphScene(), path), canonicalText(expected, path));
+    QCOMPARE(m_window->documentData().notes, data.notes);
+    QVERIFY(m_window->windowTitle().contains(QFileInfo(path).fileName()));
+    QVERIFY(!m_window->isWindowModified());
+}
+
+void TestMainWindow::saveAsThenReopenGivesTheSameGraph()
+{
+    m_settings->setOpenAutoRun(0);
+    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    QVERIFY(m_window->open(example));
+    const QString before = canonicalText(*m_window->graphScene(), example);
+
+    // Saved without an extension: the flow adds it.
+    const QString copy = m_dir->filePath(QStringLiteral("copy"));
+    m_chosenFiles = QStringList {copy};
+    m_window->action(QStringLiteral("FileSaveAsAction"))->trigger();
+    const QString saved = copy + QStringLiteral(".tabulon");
+    QVERIFY(QFile::exists(saved));
+    QCOMPARE(m_window->documentPath(), saved);
+
+    m_window->action(QStringLiteral("FileNewAction"))->trigger();
+    QCOMPARE(m_window->graphScene()->nodes().size(), 0);
+    QVERIFY(m_window->open(saved));
+    QCOMPARE(canonicalText(*m_window->graphScene(), example), before);
+    QVERIFY(m_asked.isEmpty());
+}
+
+void TestMainWindow::openFailureResetsToNewDocument()
+{
+    const QString broken = m_dir->filePath(QStringLiteral("broken.tabulon"));
+    QVERIFY(writeText(broken, "this is no document"));
+    QVERIFY(!m_window->open(broken));
+    QCOMPARE(m_asked.size(), 1);
+    QVERIFY2(m_asked.first().text.startsWith(QStringLiteral("Unable to open '")),
+             qPrintable(m_asked.first().text));
+    QVERIFY(m_window->documentPath().isEmpty());
+    QCOMPARE(m_window->graphScene()->nodes().size(), 0);
+}
+
+void TestMainWindow::openRecordsRecentDocument()
+{
+    m_settings->setOpenAutoRun(0);
+    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    QVERIFY(m_window->open(example));
+    QCOMPARE(m_settings->recentDocs().value(0),
+             QDir::toNativeSeparators(QFileInfo(example).absoluteFilePath()));
+    QVERIFY(m_window->action(QStringLiteral("FileOpenRecentAction"))->isEnabled());
+}
+
+void TestMainWindow::droppedFilesBecomeInputs_data()
+{
+    QTest::addColumn<QStringList>("names");
+    QTest::addColumn<int>("inputs");
+    QTest::addColumn<QString>("warning");
+    QTest::newRow("one csv") << QStringList {QStringLiteral("a.csv")} << 1 << QString();
+    QTest::newRow("two files") << QStringList {QStringLiteral("a.csv"), QStringLiteral("b.tsv")}
+                               << 2 << QString();
+    QTest::newRow("blocked extension")
+        << QStringList {QStringLiteral("a.csv"), QStringLiteral("run.exe")} << 1
+        << QStringLiteral("The files extensions of the following are blocked in "
+                          "'Preferences>Input Extensions':\n");
+}
+
+void TestMainWindow::droppedFilesBecomeInputs()
+{
+    QFETCH(QStringList, names);
+    QFETCH(int, inputs);
+    QFETCH(QString, warning);
+    QTemporaryDir folder;
+    QList<QUrl> urls;
+    for (const QString &name : qAsConst(names)) {
+        QVERIFY(writeText(folder.filePath(name), "name,amount\nann,1\nbob,2\n"));
+        urls.append(QUrl::fromLocalFile(folder.filePath(name)));
+    }
+    m_window->addFiles(urls, QPointF(0, 0));
+    GraphScene *scene = m_window->graphScene();
+    QCOMPARE(countOfType(scene, Node::InputType), inputs);
+    if (warning.isEmpty()) {
+        QVERIFY(m_asked.isEmpty());
+    } else {
+        QCOMPARE(m_asked.size(), 1);
+        QVERIFY2(m_asked.first().text.startsWith(warning), qPrintable(m_asked.first().text));
+    }
+    const QList<Node *> added = scene->nodesOfType(Node::InputType);
+    for (Node *node : added)
+        QTRY_COMPARE(node->status(), int(Node::UpToDate));
+    QCOMPARE(added.first()->rowCount(), 2);
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add file(s)"));
+    QVERIFY(m_window->isWindowModified());
+}
+
+void TestMainWindow::dropEventOnCanvasAddsInput()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("dropped.csv"));
+    QVERIFY(writeText(path, "x,y\n1,2\n"));
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(path)});
+    QWidget *viewport = m_window->graphPane()->viewport();
+    const QPoint at = viewport->rect().center();
+    QDragEnterEvent enter(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(viewport, &enter);
+    QDragMoveEvent move(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(viewport, &move);
+    QDropEvent drop(at, Qt::CopyAction, &mime, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(viewport, &drop);
+    QTRY_COMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
+    auto *input
+        = static_cast<InputNode *>(m_window->graphScene()->nodesOfType(Node::InputType).first());
+    QCOMPARE(QFileInfo(input->path()).absoluteFilePath(), QFileInfo(path).absoluteFilePath());
+}
+
+void TestMainWindow::droppedFolderAboveLimitAsks_data()
+{
+    QTest::addColumn<int>("files");
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("asked");
+    QTest::addColumn<int>("inputs");
+    QTest::newRow("at the limit") << 20 << int(QMessageBox::No) << false << 20;
+    QTest::newRow("above, refused") << 21 << int(QMessageBox::No) << true << 0;
+    QTest::newRow("above, accepted") << 21 << int(QMessageBox::Yes) << true << 21;
+}
+
+void TestMainWindow::droppedFolderAboveLimitAsks()
+{
+    QFETCH(int, files);
+    QFETCH(int, answer);
+    QFETCH(bool, asked);
+    QFETCH(int, inputs);
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkdir(QStringLiteral("nested")));
+    for (int i = 0; i < files; ++i) {
+        // Half of them one level down: folders are walked.
+        const QString name = QStringLiteral("%1/f%2.csv")
+                                 .arg(i % 2 ? QStringLiteral("nested") : QStringLiteral("."))
+                                 .arg(i);
+        QVERIFY(writeText(folder.filePath(name), "a\n1\n"));
+    }
+    m_answers = {QMessageBox::StandardButton(answer)};
+    m_window->addFiles({QUrl::fromLocalFile(folder.path())}, QPointF(0, 0));
+    QCOMPARE(!m_asked.isEmpty(), asked);
+    if (asked)
+        QVERIFY(m_asked.first().text.startsWith(QStringLiteral("More than 20 files found.")));
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), inputs);
+}
+
+void TestMainWindow::droppedDocumentIsOpened()
+{
+    m_settings->setOpenAutoRun(0);
+    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    QVERIFY(!m_window->isWindowModified());
+    m_window->addFiles({QUrl::fromLocalFile(example)}, QPointF());
+    QCOMPARE(m_window->documentPath(), QFileInfo(example).absoluteFilePath());
+    QVERIFY(m_window->graphScene()->nodes().size() > 1);
+
+    // A web address never becomes an input.
+    m_asked.clear();
+    m_window->addFiles({QUrl(QStringLiteral("https://example.com/data.csv"))}, QPointF());
+    QCOMPARE(m_asked.size(), 1);
+    QCOMPARE(m_asked.first().text,
+             QStringLiteral("'https://example.com/data.csv' is not a local file"));
+}
+
+void TestMainWindow::pasteOfUnknownDataIsRefused()
+{
+    auto *mime = new QMimeData;
+    mime->setData(QStringLiteral("application/x-unknown"), "\x01\x02");
+    QGuiApplication::clipboard()->setMimeData(mime);
+    m_window->action(QStringLiteral("EditPaste"))->trigger();
+    QCOMPARE(m_asked.size(), 1);
+    QCOMPARE(m_asked.first().text, QStringLiteral("Data type pasted not recognized."));
+    QCOMPARE(m_window->graphScene()->nodes().size(), 0);
+
+    QGuiApplication::clipboard()->setText(QStringLiteral("a,b\n1,2\n"));
+    m_window->action(QStringLiteral("EditPaste"))->trigger();
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add clipboard"));
+}
+
+void TestMainWindow::elevenEditsLeaveTenUndos()
+{
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    for (int i = 0; i < 11; ++i)
+        m_window->addClipboardText(QStringLiteral("n\n%1\n").arg(i), QPointF(0, 130.0 * i));
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 11);
+
+    QAction *undo = m_window->action(QStringLiteral("EditUndo"));
+    QAction *redo = m_window->action(QStringLiteral("EditRedo"));
+    QCOMPARE(undo->text(), QStringLiteral("&Undo add clipboard"));
+    QVERIFY(!redo->isEnabled());
+    QCOMPARE(redo->text(), QStringLiteral("&Redo"));
+    int undone = 0;
+    while (undo->isEnabled() && undone < 20) {
+        undo->trigger();
+        ++undone;
+    }
+    QCOMPARE(undone, 10);
+    QCOMPARE(undo->text(), QStringLiteral("&Undo"));
+    // The oldest snapshot kept is the scene after the first edit.
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
+    QVERIFY(redo->isEnabled());
+    QCOMPARE(redo->text(), QStringLiteral("&Redo add clipboard"));
+}
+
+void TestMainWindow::undoAfterUndoPushesNothing()
+{
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    for (int i = 0; i < 3; ++i)
+        m_window->addClipboardText(QStringLiteral("n\n%1\n").arg(i), QPointF(0, 130.0 * i));
+    UndoHistory *history = m_window->undoHistory();
+    QCOMPARE(history->count(), 3);
+    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    // The live state joins the list once, so that redo can come back to it.
+    QCOMPARE(history->count(), 4);
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 2);
+    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    QCOMPARE(history->count(), 4);
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
+    m_window->action(QStringLiteral("EditRedo"))->trigger();
+    m_window->action(QStringLiteral("EditRedo"))->trigger();
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 3);
+    QVERIFY(!m_window->action(QStringLiteral("EditRedo"))->isEnabled());
+}
+
+void TestMainWindow::changeAfterUndoDropsRedo()
+{
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
+    m_window->addClipboardText(QStringLiteral("n\n2\n"), QPointF(0, 130));
+    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    QVERIFY(m_window->action(QStringLiteral("EditRedo"))->isEnabled());
+
+    m_window->addClipboardText(QStringLiteral("n\n3\n"), QPointF(0, 260));
+    QVERIFY(!m_window->action(QStringLiteral("EditRedo"))->isEnabled());
+    QCOMPARE(m_window->action(QStringLiteral("EditRedo"))->text(), QStringLiteral("&Redo"));
+    QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 2);
+    // The window follows the swapped scene: the canvas shows the live one.
+    QCOMPARE(m_window->graphPane()->scene(), m_window->graphScene());
+}
+
+void TestMainWindow::newAsksToSaveChanges_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("cleared");
+    QTest::addColumn<bool>("written");
+    QTest::newRow("cancel") << int(QMessageBox::Cancel) << false << false;
+    QTest::newRow("discard") << int(QMessageBox::Discard) << true << false;
+    QTest::newRow("save") << int(QMessageBox::Save) << true << true;
+}
+
+void TestMainWindow::newAsksToSaveChanges()
+{
+    QFETCH(int, answer);
+    QFETCH(bool, cleared);
+    QFETCH(bool, written);
+    m_settings->setOpenAutoRun(0);
+    m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
+    QVERIFY(m_window->isWindowModified());
+
+    const QString target = m_dir->filePath(QStringLiteral("asked.tabulon"));
+    QFile::remove(target);
+    m_chosenFiles = QStringList {target};
+    m_answers = {QMessageBox::StandardButton(answer)};
+    m_window->action(QStringLiteral("FileNewAction"))->trigger();
+
+    QCOMPARE(m_asked.size(), 1);
+    QCOMPARE(m_asked.first().text, QStringLiteral("Save changes?"));
+    QCOMPARE(m_asked.first().buttons,
+             QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+    QCOMPARE(m_window->graphScene()->nodes().isEmpty(), cleared);
+    QCOMPARE(m_window->isWindowModified(), !cleared);
+    QCOMPARE(QFile::exists(target), written);
+    if (written) {
+        GraphScene reread;
+        DocumentData data;
+        bool later = false;
+        QStringList messages;
+        QString error;
+        QVERIFY(loadDocument(&reread, target, &data, &later, &messages, &error));
+        QCOMPARE(countOfType(&reread, Node::InputType), 1);
+    }
+}
+
+void TestMainWindow::closeWithChangesCanBeCancelled()
+{
+    m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
+    m_answers = {QMessageBox::Cancel};
+    QVERIFY(!m_window->close());
+    QVERIFY(m_window->isVisible());
+    QCOMPARE(m_asked.size(), 1);
+
+    m_answers = {QMessageBox::Discard};
+    QVERIFY(m_window->close());
+    QVERIFY(!m_settings->geometry().isEmpty());
+}
+
+void TestMainWindow::memoryLabelColouredFromThreeQuarters_data()
+{
+    QTest::addColumn<double>("use");
+    QTest::addColumn<double>("limit");
+    QTest::addColumn<bool>("coloured");
+    QTest::newRow("low") << 0.5 << 4.0 << false;
+    QTest::newRow("just under") << 2.99 << 4.0 << false;
+    QTest::newRow("three quarters") << 3.0 << 4.0 << true;
+    QTest::newRow("over") << 5.0 << 4.0 << true;
+}
+
+void TestMainWindow::memoryLabelColouredFromThreeQuarters()
+{
+    QFETCH(double, use);
+    QFETCH(double, limit);
+    QFETCH(bool, coloured);
+    StatusBar *bar = m_window->windowStatusBar();
+    // From the other state first, so a stale style can't pass for a fresh one.
+    bar->setMemoryReading(coloured ? 0.0 : limit, limit);
+    bar->setMemoryReading(use, limit);
+    QLabel *label = bar->memoryLabel();
+    QCOMPARE(bar->isMemoryWarning(), coloured);
+    QCOMPARE(label->styleSheet().contains(QStringLiteral("#fc3300")), coloured);
+    QVERIFY2(label->text().startsWith(QStringLiteral(" Memory usage: ")),
+             qPrintable(label->text()));
+    QVERIFY(label->text().endsWith(QStringLiteral(" of %1GB").arg(limit, 0, 'f', 1)));
+}
+
+void TestMainWindow::statusIconsCountAndSelect()
+{
+    m_settings->setOpenAutoRun(0);
+    QVERIFY(
+        m_window->open(QStringLiteral(TABULON_TEST_DATA "/documents/cli_case/document.tabulon")));
+    NodeStatusWidget *icons = m_window->windowStatusBar()->nodeStatusWidget();
+    const int pending = static_cast<int>(NodeStatusIcon::NeedsUpdate);
+    QCOMPARE(icons->count(pending), 3);
+    QToolButton *button = icons->button(pending);
+    QVERIFY(button->isVisible());
+    QTest::mouseClick(button, Qt::LeftButton);
+    QCOMPARE(m_window->graphScene()->selectedItems().size(), 3);
+}
+
+TABULON_TEST_MAIN(TestMainWindow)
+
+#include "tst_mainwindow.moc"
