@@ -1,0 +1,411 @@
+#include "workbench/inputitemwidget.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/undo.h"
+#include "io/delimitedtext.h"
+#include "io/filetypes.h"
+#include "shell/application.h"
+#include "workbench/iowidgets.h"
+#include "workbench/widgets.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTextCodec>
+#include <QToolButton>
+
+namespace {
+
+QStringList codecChoices()
+{
+    QStringList names;
+    if (Application *application = Application::instance()) {
+        names = application->codecNames();
+    } else {
+        const QList<QByteArray> available = QTextCodec::availableCodecs();
+        for (const QByteArray &name : available)
+            names.append(QString::fromLatin1(name));
+        names.removeDuplicates();
+        names.sort(Qt::CaseInsensitive);
+    }
+    names.prepend(QStringLiteral("Automatic"));
+    return names;
+}
+
+bool isExcel(int type)
+{
+    return type == FileTypeXlsx || type == FileTypeXls;
+}
+
+} // namespace
+
+InputItemWidget::InputItemWidget(InputNode *node, QWidget *parent)
+    : ItemWidget(node, parent)
+{
+    build();
+    updateValues();
+    updateVisibility();
+}
+
+InputNode *InputItemWidget::inputNode() const
+{
+    return static_cast<InputNode *>(node());
+}
+
+void InputItemWidget::change(const QString &hint, const std::function<void(InputNode *)> &apply,
+                             bool viaTimer)
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    {
+        UndoStep step(hint);
+        apply(input);
+    }
+    updateVisibility();
+    requestRun(viaTimer);
+}
+
+QCheckBox *InputItemWidget::addCheck(const QString &text, const QString &hint,
+                                     const std::function<void(InputNode *, bool)> &apply)
+{
+    auto *check = new QCheckBox(text, optionsArea());
+    form()->addRow(check);
+    connect(check, &QCheckBox::toggled, this, [this, hint, apply](bool on) {
+        change(hint, [&](InputNode *input) { apply(input, on); });
+    });
+    return check;
+}
+
+void InputItemWidget::build()
+{
+    m_sourceButton = new QPushButton(optionsArea());
+    form()->addRow(m_sourceButton);
+    connect(m_sourceButton, &QPushButton::clicked, this, [this] {
+        InputNode *input = inputNode();
+        if (input && input->medium() == InputNode::Clipboard)
+            importFromClipboard();
+        else
+            rereadSource();
+    });
+
+    m_pathRow = new QWidget(optionsArea());
+    auto *pathLayout = new QHBoxLayout(m_pathRow);
+    pathLayout->setContentsMargins(0, 0, 0, 0);
+    m_path = new QLineEdit(m_pathRow);
+    m_browse = new QToolButton(m_pathRow);
+    m_browse->setText(QStringLiteral("..."));
+    m_browse->setToolTip(QStringLiteral("Choose the file to input."));
+    pathLayout->addWidget(m_path, 1);
+    pathLayout->addWidget(m_browse);
+    form()->addRow(QStringLiteral("File:"), m_pathRow);
+    connect(m_path, &QLineEdit::editingFinished, this, [this] {
+        if (inputNode() && m_path->text() != inputNode()->path())
+            choosePath(m_path->text());
+    });
+    connect(m_browse, &QToolButton::clicked, this, &InputItemWidget::browse);
+
+    m_type = new QComboBox(optionsArea());
+    for (int type = FileTypeDelimited; type < FileTypeNone; ++type)
+        if (FileTypes::canInput(type)) {
+            m_type->addItem(fileTypeName(type), type);
+            m_type->setItemData(m_type->count() - 1, FileTypes::description(type), Qt::ToolTipRole);
+        }
+    form()->addRow(QStringLiteral("Type:"), m_type);
+    connect(m_type, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
+        const int type = m_type->currentData().toInt();
+        change(QStringLiteral("file type"), [type](InputNode *in) { in->setInputFileType(type); });
+    });
+
+    m_delim = new DelimWidget(true, optionsArea());
+    form()->addRow(QStringLiteral("Delimiter:"), m_delim);
+    connect(m_delim, &DelimWidget::delimiterChanged, this, [this](int delimiter) {
+        change(QStringLiteral("delimiter"),
+               [delimiter](InputNode *in) { in->setDelimiter(delimiter); });
+    });
+    connect(m_delim, &DelimWidget::customDelimiterChanged, this, [this](QChar custom) {
+        change(
+            QStringLiteral("custom delimiter"),
+            [custom](InputNode *in) { in->setCustomDelimiter(custom); }, true);
+    });
+    m_repeated = addCheck(QStringLiteral("ignore repeated delimiters"),
+                          QStringLiteral("ignore repeated delimiters"),
+                          [](InputNode *in, bool on) { in->setIgnoreRepeatedDelimiters(on); });
+
+    m_quoting = new QComboBox(optionsArea());
+    m_quoting->addItems(quotingNames());
+    m_quoting->setToolTip(quotingToolTip());
+    form()->addRow(QStringLiteral("Quoting:"), m_quoting);
+    connect(m_quoting, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            [this](int quoting) {
+                change(QStringLiteral("quoting"),
+                       [quoting](InputNode *in) { in->setQuoting(quoting); });
+            });
+
+    m_encoding = new QComboBox(optionsArea());
+    m_encoding->addItems(codecChoices());
+    form()->addRow(QStringLiteral("Encoding:"), m_encoding);
+    connect(m_encoding, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
+        const QString encoding = m_encoding->currentText();
+        change(QStringLiteral("encoding"),
+               [encoding](InputNode *in) { in->setEncoding(encoding); });
+    });
+
+    m_header = addCheck(QStringLiteral("has header"), QStringLiteral("has header"),
+                        [](InputNode *in, bool on) {
+                            in->setHeader(on ? InputNode::HasHeader : InputNode::NoHeader);
+                        });
+
+    m_ignoredRows = new QSpinBox(optionsArea());
+    m_ignoredRows->setRange(0, 2147483647);
+    m_ignoredRows->setPrefix(QStringLiteral("First "));
+    m_ignoredRows->setSuffix(QStringLiteral(" row(s)"));
+    form()->addRow(QStringLiteral("Ignore:"), m_ignoredRows);
+    connect(m_ignoredRows, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int rows) {
+        change(
+            QStringLiteral("ignore rows"), [rows](InputNode *in) { in->setIgnoredRows(rows); },
+            true);
+    });
+
+    m_watch = addCheck(QStringLiteral("watch file"), QStringLiteral("watch file"),
+                       [](InputNode *in, bool on) { in->setWatching(on); });
+    m_trim = addCheck(QStringLiteral("trim whitespace"), QStringLiteral("trim whitespace"),
+                      [](InputNode *in, bool on) { in->setTrim(on); });
+    m_simplify
+        = addCheck(QStringLiteral("simplify whitespace"), QStringLiteral("simplify whitespace"),
+                   [](InputNode *in, bool on) { in->setSimplify(on); });
+    m_ignoreEmptyRows
+        = addCheck(QStringLiteral("ignore empty rows"), QStringLiteral("ignore empty rows"),
+                   [](InputNode *in, bool on) { in->setIgnoreEmptyRows(on); });
+    m_ignoreEmptyColumns
+        = addCheck(QStringLiteral("ignore empty columns"), QStringLiteral("ignore empty columns"),
+                   [](InputNode *in, bool on) { in->setIgnoreEmptyColumns(on); });
+    m_excelHiddenRows = addCheck(QStringLiteral("ignore hidden Excel rows"),
+                                 QStringLiteral("ignore hidden Excel rows"),
+                                 [](InputNode *in, bool on) { in->setIgnoreExcelHiddenRows(on); });
+    m_excelHiddenColumns
+        = addCheck(QStringLiteral("ignore hidden Excel columns"),
+                   QStringLiteral("ignore hidden Excel columns"),
+                   [](InputNode *in, bool on) { in->setIgnoreExcelHiddenColumns(on); });
+
+    m_metaInfo = new MetaInfoWidget(optionsArea());
+    form()->addRow(QStringLiteral("Meta information:"), m_metaInfo);
+    connect(m_metaInfo, &MetaInfoWidget::placeChanged, this, [this](int place) {
+        change(QStringLiteral("meta information"),
+               [place](InputNode *in) { in->setMetaPlace(place); });
+    });
+    connect(m_metaInfo, &MetaInfoWidget::textChanged, this, [this](const QString &text) {
+        change(QStringLiteral("meta information text"),
+               [text](InputNode *in) { in->setMetaText(text); });
+    });
+
+    m_format = new QComboBox(optionsArea());
+    m_format->addItems({QStringLiteral("Wide (more columns)"), QStringLiteral("Long (more rows)")});
+    form()->addRow(QStringLiteral("Format:"), m_format);
+    connect(m_format, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int f) {
+        change(QStringLiteral("format"), [f](InputNode *in) { in->setJsonArraysAsRows(f); });
+    });
+
+    m_alias = new QLineEdit(optionsArea());
+    m_alias->setToolTip(QStringLiteral("Name by which batch runs and the command line refer to "
+                                       "this input."));
+    form()->addRow(QStringLiteral("Alias:"), m_alias);
+    connect(m_alias, &QLineEdit::editingFinished, this, [this] {
+        InputNode *input = inputNode();
+        const QString alias = m_alias->text().trimmed();
+        if (!input || alias == input->alias())
+            return;
+        // The alias names the input for others; the data stays as it is.
+        UndoStep step(QStringLiteral("alias"));
+        input->setAlias(alias);
+        emit changeNeedsSave();
+    });
+}
+
+void InputItemWidget::updateValues()
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    const QList<QWidget *> widgets = {m_path,
+                                      m_type,
+                                      m_delim,
+                                      m_repeated,
+                                      m_quoting,
+                                      m_encoding,
+                                      m_header,
+                                      m_ignoredRows,
+                                      m_watch,
+                                      m_trim,
+                                      m_simplify,
+                                      m_ignoreEmptyRows,
+                                      m_ignoreEmptyColumns,
+                                      m_excelHiddenRows,
+                                      m_excelHiddenColumns,
+                                      m_format,
+                                      m_alias};
+    QList<QSharedPointer<QSignalBlocker>> blockers;
+    for (QWidget *widget : widgets)
+        blockers.append(QSharedPointer<QSignalBlocker>::create(widget));
+    m_path->setText(input->path());
+    m_type->setCurrentIndex(m_type->findData(input->fileType()));
+    m_delim->setValues(input->delimiter(), input->customDelimiter());
+    m_repeated->setChecked(input->ignoreRepeatedDelimiters());
+    m_quoting->setCurrentIndex(input->quoting());
+    const int encoding = m_encoding->findText(input->encoding());
+    m_encoding->setCurrentIndex(encoding < 0 ? 0 : encoding);
+    m_header->setChecked(input->hasHeader());
+    m_ignoredRows->setValue(input->ignoredRows());
+    m_watch->setChecked(input->watching());
+    m_trim->setChecked(input->trim());
+    m_simplify->setChecked(input->simplify());
+    m_ignoreEmptyRows->setChecked(input->ignoreEmptyRows());
+    m_ignoreEmptyColumns->setChecked(input->ignoreEmptyColumns());
+    m_excelHiddenRows->setChecked(input->ignoreExcelHiddenRows());
+    m_excelHiddenColumns->setChecked(input->ignoreExcelHiddenColumns());
+    m_metaInfo->setValues(input->metaPlace(), input->metaText(),
+                          input->medium() == InputNode::File);
+    m_format->setCurrentIndex(input->jsonArraysAsRows());
+    m_alias->setText(input->alias());
+}
+
+void InputItemWidget::updateVisibility()
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    const int type = input->fileType();
+    const bool file = input->medium() == InputNode::File;
+    const QString runNote = QStringLiteral("\nDoes not run items downstream.");
+    if (file) {
+        m_sourceButton->setText(QStringLiteral("Read from file."));
+        m_sourceButton->setToolTip(QStringLiteral("Read the data from the file again.") + runNote);
+    } else {
+        m_sourceButton->setText(QStringLiteral("Import from clipboard."));
+        m_sourceButton->setToolTip(
+            QStringLiteral("Process data previously imported from the clipboard.")
+            + QStringLiteral("\nPress the 'Import from clipboard' button to re-import from the "
+                             "clipboard.")
+            + runNote);
+    }
+    const bool delimited = type == FileTypeDelimited;
+    setRowVisible(m_pathRow, file);
+    setRowVisible(m_delim, delimited);
+    setRowVisible(m_repeated, delimited);
+    setRowVisible(m_quoting, delimited);
+    setRowVisible(m_encoding, file && FileTypes::usesEncoding(type));
+    setRowVisible(m_header, FileTypes::canHaveHeader(type));
+    setRowVisible(m_ignoredRows,
+                  delimited || isExcel(type) || type == FileTypeFixedWidth || type == FileTypeVCard
+                      || type == FileTypePlainText);
+    setRowVisible(m_watch, file);
+    setRowVisible(m_excelHiddenRows, isExcel(type));
+    setRowVisible(m_excelHiddenColumns, isExcel(type));
+    setRowVisible(m_format, type == FileTypeJson || type == FileTypeXml);
+    const bool autoRun = scene() ? scene()->autoRun() : true;
+    m_watch->setToolTip(autoRun ? QStringLiteral("Check to automatically re-input the file every "
+                                                 "time it changes.")
+                                : QStringLiteral("Check to automatically set the input to status "
+                                                 "'needs update' every time the file changes."));
+}
+
+void InputItemWidget::choosePath(const QString &chosen)
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    const QString path = chosen.trimmed();
+    {
+        UndoStep step(QStringLiteral("file path"));
+        const QFileInfo info(path);
+        if (!path.isEmpty() && info.exists()) {
+            const int type = FileTypes::inputTypeForExtension(info.suffix(), input->fileType());
+            if (type != input->fileType()
+                && MessageBoxes::askYesNo(
+                    this, QStringLiteral("File type"),
+                    QStringLiteral("Change file type to '%1'?").arg(fileTypeName(type))))
+                input->setInputFileType(type);
+            if (Application *application = Application::instance())
+                application->setLastDataFolder(path);
+        }
+        input->setPath(path);
+    }
+    updateValues();
+    updateVisibility();
+    requestRun(false);
+}
+
+void InputItemWidget::browse()
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    QStringList patterns;
+    QStringList filters;
+    for (int type = FileTypeDelimited; type < FileTypeNone; ++type) {
+        if (!FileTypes::canInput(type))
+            continue;
+        const QString extension = FileTypes::defaultExtension(type);
+        patterns.append(QStringLiteral("*.") + extension);
+        filters.append(QStringLiteral("%1 file (*.%2)").arg(fileTypeName(type), extension));
+    }
+    patterns.removeDuplicates();
+    filters.prepend(QStringLiteral("Input data files (%1)").arg(patterns.join(QLatin1Char(' '))));
+    filters.append(QStringLiteral("All Files (*.*)"));
+    Application *application = Application::instance();
+    const QString folder = !input->path().isEmpty() ? QFileInfo(input->path()).absolutePath()
+        : application                               ? application->lastDataFolder()
+                                                    : QString();
+    const QString path = DesktopHooks::openFileName(this, QStringLiteral("Input file"), folder,
+                                                    filters.join(QStringLiteral(";;")));
+    if (!path.isEmpty())
+        choosePath(path);
+}
+
+void InputItemWidget::importFromClipboard()
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    const QString text = QGuiApplication::clipboard()->text();
+    if (text.isEmpty())
+        return;
+    {
+        UndoStep step(QStringLiteral("import from clipboard"));
+        const int type = FileTypes::guessTextFileType(text);
+        if (type != input->fileType()
+            && MessageBoxes::askYesNo(
+                this, QStringLiteral("Import from clipboard"),
+                QStringLiteral("Change file type to '%1'?").arg(fileTypeName(type))))
+            input->setInputFileType(type);
+        input->setMedium(InputNode::Clipboard);
+        input->setText(text);
+        input->setStatus(Node::NeedsUpdate, true);
+    }
+    updateValues();
+    updateVisibility();
+    requestRun(false);
+}
+
+void InputItemWidget::rereadSource()
+{
+    InputNode *input = inputNode();
+    if (!input)
+        return;
+    GraphScene *graph = scene();
+    if (graph && graph->isProcessing())
+        return;
+    input->setStatus(Node::NeedsUpdate, true);
+    input->run(false, false);
+    emit nodeStatusChanged();
+    refreshAfterRun();
+    updateValues();
+}

@@ -1,0 +1,247 @@
+#include "workbench/itempane.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/node.h"
+#include "graph/notenode.h"
+#include "graph/outputnode.h"
+#include "graph/transformnode.h"
+#include "shell/guards.h"
+#include "shell/settings.h"
+#include "workbench/inputitemwidget.h"
+#include "workbench/itemwidget.h"
+#include "workbench/noteitemwidget.h"
+#include "workbench/outputitemwidget.h"
+#include "workbench/transformitemwidget.h"
+#include "workbench/widgets.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QPainter>
+#include <QTimer>
+#include <QVBoxLayout>
+
+ItemPane::ItemPane(QWidget *parent)
+    : QWidget(parent)
+    , m_timer(new QTimer(this))
+{
+    setObjectName(QStringLiteral("ItemPane"));
+    setMinimumWidth(510);
+    m_layout = new QVBoxLayout(this);
+    m_layout->setContentsMargins(1, 1, 1, 1);
+    m_timer->setSingleShot(true);
+    connect(m_timer, &QTimer::timeout, this, &ItemPane::onProcessChanges);
+}
+
+ItemPane::~ItemPane()
+{
+    m_timer->stop();
+}
+
+ItemWidget *ItemPane::createWidget(Node *node, QWidget *parent)
+{
+    switch (node->type()) {
+    case Node::InputType:
+        return new InputItemWidget(static_cast<InputNode *>(node), parent);
+    case Node::TransformType:
+        return new TransformItemWidget(static_cast<TransformNode *>(node), parent);
+    case Node::OutputType:
+        return new OutputItemWidget(static_cast<OutputNode *>(node), parent);
+    case Node::NoteType:
+        return new NoteItemWidget(static_cast<NoteNode *>(node), parent);
+    default:
+        return new ItemWidget(node, parent);
+    }
+}
+
+void ItemPane::clearWidget()
+{
+    flush();
+    if (!m_widget)
+        return;
+    // Edits that need no run (a comment) are not behind the timer; they go now as well.
+    m_widget->applyPendingEdits();
+    ItemWidget *old = m_widget;
+    m_widget = nullptr;
+    old->hide();
+    m_layout->removeWidget(old);
+    // Later, since the old page may be the sender of what brought us here.
+    old->deleteLater();
+}
+
+void ItemPane::showItems(const QList<Node *> &selected)
+{
+    clearWidget();
+    if (selected.size() != 1 || !selected.first()) {
+        update();
+        return;
+    }
+    Node *node = selected.first();
+    ItemWidget *widget = nullptr;
+    {
+        UpdateBlocker blocker(this);
+        widget = createWidget(node, this);
+        widget->setCurrentTab(m_tab);
+        widget->setInteractionAllowed(m_interactionAllowed);
+        connect(widget, &ItemWidget::fullScreenReleased, this, &ItemPane::onFullScreenReleased);
+        connect(widget, &ItemWidget::nodeStatusChanged, this, &ItemPane::nodeStatusChanged);
+        connect(widget, &ItemWidget::nodeCommentChanged, this, &ItemPane::nodeCommentChanged);
+        connect(widget, &ItemWidget::warnOverwritingOutputMoreThanOnce, this,
+                &ItemPane::onWarnOverwritingOutputMoreThanOnce);
+        connect(widget, &ItemWidget::flushTimer, this, &ItemPane::onFlushTimer);
+        connect(widget, &ItemWidget::restartTimer, this, &ItemPane::onRestartTimer);
+        connect(widget, &ItemWidget::stopTimer, this, &ItemPane::onStopTimer);
+        connect(widget, &ItemWidget::restartTimerIfActive, this, &ItemPane::onRestartTimerIfActive);
+        connect(widget, &ItemWidget::selectedDataCellsChanged, this,
+                &ItemPane::selectedDataCellsChanged);
+        connect(widget, &ItemWidget::currentTabChanged, this, &ItemPane::onItemCurrentTabChanged);
+        connect(widget, &ItemWidget::changeNeedsSave, this, &ItemPane::changeNeedsSave);
+        m_layout->addWidget(widget);
+        m_widget = widget;
+    }
+    widget->show();
+}
+
+void ItemPane::flush()
+{
+    onFlushTimer();
+}
+
+void ItemPane::refreshAfterRun(Node *node)
+{
+    if (m_widget && node && m_widget->node() == node)
+        m_widget->refreshAfterRun();
+}
+
+void ItemPane::refreshAfterDataChange(Node *node)
+{
+    if (m_widget && node && m_widget->node() == node)
+        m_widget->refreshAfterDataChange();
+}
+
+ItemWidget *ItemPane::currentWidget() const
+{
+    return m_widget;
+}
+
+void ItemPane::setInteractionAllowed(bool allowed)
+{
+    m_interactionAllowed = allowed;
+    if (m_widget)
+        m_widget->setInteractionAllowed(allowed);
+}
+
+void ItemPane::setFullScreen(bool on)
+{
+    if (m_widget)
+        m_widget->setFullScreen(on);
+}
+
+bool ItemPane::isTimerActive() const
+{
+    return m_timer->isActive();
+}
+
+void ItemPane::onRestartTimer()
+{
+    m_timer->stop();
+    m_runWaiting = true;
+    m_timer->start(qMax(0, qRound(Settings::instance()->processingDelay() * 1000.0)));
+}
+
+void ItemPane::onRestartTimerIfActive()
+{
+    if (m_timer->isActive())
+        onRestartTimer();
+}
+
+void ItemPane::onStopTimer()
+{
+    m_timer->stop();
+}
+
+void ItemPane::onFlushTimer()
+{
+    if (!m_runWaiting)
+        return;
+    m_timer->stop();
+    onProcessChanges();
+}
+
+void ItemPane::onProcessChanges()
+{
+    m_runWaiting = false;
+    m_timer->stop();
+    if (!m_widget)
+        return;
+    const QPointer<ItemWidget> widget = m_widget;
+    widget->applyPendingEdits();
+    Node *node = widget->node();
+    if (!node)
+        return;
+    node->setStatus(Node::NeedsUpdate, true);
+    widget->refreshStatus();
+    emit nodeStatusChanged();
+    GraphScene *scene = node->graphScene();
+    if (scene && scene->autoRun())
+        scene->process(GraphScene::RunChanges);
+    if (widget)
+        widget->refreshAfterRun();
+}
+
+void ItemPane::onItemCurrentTabChanged(int index)
+{
+    m_tab = index;
+}
+
+void ItemPane::onFullScreenReleased(ItemWidget *widget)
+{
+    if (!widget)
+        return;
+    if (widget != m_widget) {
+        widget->deleteLater();
+        return;
+    }
+    widget->setParent(this);
+    m_layout->addWidget(widget);
+    widget->show();
+}
+
+void ItemPane::onWarnOverwritingOutputMoreThanOnce()
+{
+    MessageBoxes::warning(this, QStringLiteral("Output"),
+                          QStringLiteral("More than one output writes to this file. Each run "
+                                         "overwrites what the others wrote."));
+}
+
+void ItemPane::paintEvent(QPaintEvent *event)
+{
+    QWidget::paintEvent(event);
+    if (m_widget && !m_widget->isFullScreenOn())
+        return;
+    QPainter painter(this);
+    painter.setPen(palette().color(QPalette::Disabled, QPalette::WindowText));
+    painter.drawText(rect(), Qt::AlignCenter,
+                     QStringLiteral("Select 1 item in the Center pane to view"));
+}
+
+void ItemPane::closeEvent(QCloseEvent *event)
+{
+    // Floating on a second screen, the pane lives as long as the window does.
+    if (!parentWidget()) {
+        event->ignore();
+        emit closeRequested();
+        return;
+    }
+    QWidget::closeEvent(event);
+}
+
+void ItemPane::changeEvent(QEvent *event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && !parentWidget() && isActiveWindow()) {
+        for (QWidget *top : QApplication::topLevelWidgets())
+            if (top != this && top->inherits("QMainWindow") && top->isVisible())
+                top->raise();
+    }
+}

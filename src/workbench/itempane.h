@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+class ItemWidget;
+class Node;
+class QTimer;
+class QVBoxLayout;
+
+// The Right pane: the page of the one selected item, and the timer that holds back a run
+// while the user is still editing options, so that typing doesn't run the graph at each key.
+class ItemPane : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ItemPane(QWidget *parent = nullptr);
+    ~ItemPane() override;
+
+    void showItems(const QList<Node *> &selected);
+    void flush();
+    void refreshAfterRun(Node *node);
+    void refreshAfterDataChange(Node *node);
+    ItemWidget *currentWidget() const;
+    void setInteractionAllowed(bool allowed);
+    void setFullScreen(bool on);
+
+    // Builds the page for an item by its kind; exposed so that the pages can be shown alone.
+    static ItemWidget *createWidget(Node *node, QWidget *parent);
+    bool isRunWaiting() const { return m_runWaiting; }
+    bool isTimerActive() const;
+    int rememberedTab() const { return m_tab; }
+
+signals:
+    void nodeStatusChanged();
+    void nodeCommentChanged(Node *node);
+    void selectedDataCellsChanged();
+    void changeNeedsSave();
+    void closeRequested();
+
+public slots:
+    void onRestartTimer();
+    void onRestartTimerIfActive();
+    void onStopTimer();
+    void onFlushTimer();
+    void onProcessChanges();
+    void onItemCurrentTabChanged(int index);
+    void onFullScreenReleased(ItemWidget *widget);
+    void onWarnOverwritingOutputMoreThanOnce();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+    void changeEvent(QEvent *event) override;
+
+private:
+    void clearWidget();
+
+    QVBoxLayout *m_layout = nullptr;
+    QPointer<ItemWidget> m_widget;
+    QTimer *m_timer = nullptr;
+    bool m_runWaiting = false;
+    bool m_interactionAllowed = true;
+    int m_tab = 0;
+};

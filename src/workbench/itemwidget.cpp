@@ -1,0 +1,357 @@
+#include "workbench/itemwidget.h"
+
+#include "graph/graphscene.h"
+#include "graph/node.h"
+#include "graph/transformnode.h"
+#include "graph/undo.h"
+#include "inspection/datapage.h"
+#include "transforms/framework/transform.h"
+#include "workbench/widgets.h"
+
+#include <QCloseEvent>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPlainTextEdit>
+#include <QTabWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+QPlainTextEdit *makeMessagesEdit(const QString &toolTip, QWidget *parent)
+{
+    auto *edit = new QPlainTextEdit(parent);
+    edit->setReadOnly(true);
+    edit->setToolTip(toolTip);
+    return edit;
+}
+
+// The status label opens the details when clicked.
+class ClickableLabel : public QLabel
+{
+public:
+    using QLabel::QLabel;
+    std::function<void()> onClick;
+
+protected:
+    void mousePressEvent(QMouseEvent *event) override
+    {
+        QLabel::mousePressEvent(event);
+        if (onClick)
+            onClick();
+    }
+};
+
+} // namespace
+
+ItemWidget::ItemWidget(Node *node, QWidget *parent)
+    : QFrame(parent)
+    , m_node(node)
+{
+    setObjectName(QStringLiteral("ItemWidget"));
+    m_layout = new QVBoxLayout(this);
+    m_layout->setContentsMargins(1, 1, 1, 1);
+    m_layout->setSpacing(4);
+
+    auto *topBar = new QHBoxLayout;
+    topBar->setSpacing(2);
+    const struct
+    {
+        const char *text;
+        const char *tip;
+        Qt::Key key;
+    } shows[3] = {{"Options and data", "Show options and data. (%1)", Qt::Key_F8},
+                  {"Options", "Show only options. (%1)", Qt::Key_F9},
+                  {"Data", "Show only data. (%1)", Qt::Key_F10}};
+    for (int mode = 0; mode < 3; ++mode) {
+        auto *button = new QToolButton(this);
+        button->setText(QString::fromLatin1(shows[mode].text));
+        button->setCheckable(true);
+        button->setAutoExclusive(true);
+        button->setShortcut(QKeySequence(shows[mode].key));
+        button->setToolTip(
+            QString::fromLatin1(shows[mode].tip)
+                .arg(QKeySequence(shows[mode].key).toString(QKeySequence::NativeText)));
+        connect(button, &QToolButton::clicked, this, [this, mode] { setShowMode(mode); });
+        m_showButtons[mode] = button;
+        topBar->addWidget(button);
+    }
+    m_showButtons[OptionsAndData]->setChecked(true);
+    m_fullScreenButton = new QToolButton(this);
+    m_fullScreenButton->setText(QStringLiteral("Fullscreen"));
+    m_fullScreenButton->setCheckable(true);
+    m_fullScreenButton->setShortcut(QKeySequence(Qt::Key_F11));
+    m_fullScreenButton->setToolTip(
+        QStringLiteral("Toggle fullscreen on/off. (%1)\n'Esc' key also cancels fullscreen.")
+            .arg(QKeySequence(Qt::Key_F11).toString(QKeySequence::NativeText)));
+    connect(m_fullScreenButton, &QToolButton::clicked, this,
+            [this] { setFullScreen(!m_fullScreen); });
+    topBar->addWidget(m_fullScreenButton);
+    topBar->addSpacing(8);
+    m_statusIcon = new QLabel(this);
+    topBar->addWidget(m_statusIcon);
+    auto *statusLabel = new ClickableLabel(this);
+    statusLabel->setToolTip(QStringLiteral("Click for more details."));
+    statusLabel->setTextInteractionFlags(Qt::NoTextInteraction);
+    statusLabel->onClick = [this] {
+        setCurrentTab(DetailsTab);
+    };
+    m_statusLabel = statusLabel;
+    topBar->addWidget(m_statusLabel, 1);
+    m_layout->addLayout(topBar);
+
+    m_optionsArea = new QWidget(this);
+    m_optionsLayout = new QVBoxLayout(m_optionsArea);
+    m_optionsLayout->setContentsMargins(1, 1, 1, 1);
+    m_optionsLayout->setSpacing(4);
+    m_form = new QFormLayout;
+    m_form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    m_form->setSpacing(4);
+    m_optionsLayout->addLayout(m_form);
+    m_layout->addWidget(m_optionsArea);
+
+    m_tabs = new QTabWidget(this);
+    m_dataPage = new DataPage(m_tabs);
+    m_tabs->addTab(m_dataPage, QStringLiteral("Data"));
+    auto *characters = new QWidget(m_tabs);
+    m_tabs->addTab(characters, QStringLiteral("Characters"));
+    m_warnings
+        = makeMessagesEdit(QStringLiteral("Warnings from the most recent processing."), m_tabs);
+    m_tabs->addTab(m_warnings, QStringLiteral("Warnings"));
+    m_tabs->setTabToolTip(WarningsTab, m_warnings->toolTip());
+    m_info
+        = makeMessagesEdit(QStringLiteral("Information from the most recent processing."), m_tabs);
+    m_tabs->addTab(m_info, QStringLiteral("Info"));
+    m_tabs->setTabToolTip(InfoTab, m_info->toolTip());
+    m_comment = new DelayedPlainTextEdit(m_tabs);
+    m_comment->setToolTip(
+        QStringLiteral("Add a useful comment for a colleague or your future self."));
+    m_tabs->addTab(m_comment, QStringLiteral("Comment"));
+    m_tabs->setTabToolTip(CommentTab, m_comment->toolTip());
+    m_details = makeMessagesEdit(QStringLiteral("Details of the most recent processing."), m_tabs);
+    m_tabs->addTab(m_details, QStringLiteral("Details"));
+    m_tabs->setTabToolTip(DetailsTab, m_details->toolTip());
+    m_layout->addWidget(m_tabs, 1);
+
+    connect(m_tabs, &QTabWidget::currentChanged, this, &ItemWidget::onTabChanged);
+    connect(m_comment, &DelayedPlainTextEdit::delayedTextChanged, this,
+            &ItemWidget::onCommentChanged);
+    connect(m_dataPage, &DataPage::selectedDataCellsChanged, this,
+            &ItemWidget::selectedDataCellsChanged);
+
+    if (m_node) {
+        m_comment->setTextQuietly(m_node->comment());
+        m_dataPage->setNode(m_node);
+        connect(m_node, &Node::processingStart, this, [this] { refreshStatus(); });
+        connect(m_node, &Node::processingEnd, this, [this] { refreshAfterRun(); });
+    }
+    refreshAfterRun();
+}
+
+ItemWidget::~ItemWidget() = default;
+
+GraphScene *ItemWidget::scene() const
+{
+    return m_node ? m_node->graphScene() : nullptr;
+}
+
+void ItemWidget::applyPendingEdits()
+{
+    m_comment->flush();
+}
+
+QString ItemWidget::messagesText(bool has, const QString &text)
+{
+    return has ? text : QStringLiteral("No messages");
+}
+
+QString ItemWidget::statusText(const Node *node, bool autoRun)
+{
+    if (!node)
+        return QString();
+    switch (node->status()) {
+    case Node::NeedsUpdate:
+        return autoRun ? QStringLiteral("Awaiting update") : QStringLiteral("Run to update");
+    case Node::Updating:
+        return QStringLiteral("Processing...");
+    default:
+        break;
+    }
+    if (node->type() == Node::TransformType) {
+        const auto *transformNode = static_cast<const TransformNode *>(node);
+        if (transformNode->transform() && node->status() == Node::UpToDate)
+            return transformNode->transform()->result();
+    }
+    return node->statusLine();
+}
+
+void ItemWidget::refreshStatus()
+{
+    const GraphScene *graph = scene();
+    const QString text = statusText(m_node, graph ? graph->autoRun() : true);
+    m_statusLabel->setText(text);
+    m_statusLabel->setVisible(!text.isEmpty());
+    const int side = qMax(8, qRound(m_statusLabel->fontMetrics().height() * 0.9));
+    QPixmap icon(side * devicePixelRatio(), side * devicePixelRatio());
+    icon.setDevicePixelRatio(devicePixelRatio());
+    icon.fill(Qt::transparent);
+    if (m_node) {
+        QPainter painter(&icon);
+        painter.setRenderHint(QPainter::Antialiasing);
+        Node::drawStatusIcon(&painter, QRectF(0, 0, side, side), int(m_node->statusIcon()));
+    }
+    m_statusIcon->setPixmap(icon);
+    m_statusIcon->setVisible(m_node && m_node->statusIcon() != NodeStatusIcon::Empty);
+}
+
+void ItemWidget::refreshAfterRun()
+{
+    refreshStatus();
+    if (m_node) {
+        m_warnings->setPlainText(messagesText(m_node->hasWarnings(), m_node->warningsText()));
+        m_info->setPlainText(messagesText(m_node->hasInfo(), m_node->infoText()));
+    } else {
+        m_warnings->setPlainText(messagesText(false, QString()));
+        m_info->setPlainText(messagesText(false, QString()));
+    }
+    updateDetails();
+    m_dataPage->refresh();
+}
+
+void ItemWidget::refreshAfterDataChange()
+{
+    m_dataPage->refresh();
+    refreshStatus();
+}
+
+void ItemWidget::updateDetails()
+{
+    if (!m_node) {
+        m_details->clear();
+        return;
+    }
+    QStringList lines;
+    const QList<QList<QPair<QString, QString>>> groups
+        = {m_node->identitySummary(), m_node->fileSummary(), m_node->parameterSummary(),
+           m_node->runSummary()};
+    for (const auto &group : groups) {
+        if (group.isEmpty())
+            continue;
+        if (!lines.isEmpty())
+            lines.append(QString());
+        for (const auto &entry : group)
+            lines.append(entry.first + QStringLiteral(": ") + entry.second);
+    }
+    m_details->setPlainText(lines.join(QLatin1Char('\n')));
+}
+
+void ItemWidget::setInteractionAllowed(bool allowed)
+{
+    m_optionsArea->setEnabled(allowed);
+    m_comment->setReadOnly(!allowed);
+}
+
+int ItemWidget::currentTab() const
+{
+    return m_tabs->currentIndex();
+}
+
+void ItemWidget::setCurrentTab(int index)
+{
+    if (index >= 0 && index < m_tabs->count())
+        m_tabs->setCurrentIndex(index);
+}
+
+void ItemWidget::onTabChanged(int index)
+{
+    if (index == DetailsTab)
+        updateDetails();
+    emit currentTabChanged(index);
+}
+
+void ItemWidget::onCommentChanged()
+{
+    if (!m_node)
+        return;
+    const QString text = m_comment->toPlainText();
+    if (text == m_node->comment())
+        return;
+    {
+        UndoStep step(QStringLiteral("comment changed"));
+        m_node->setComment(text);
+    }
+    emit nodeCommentChanged(m_node);
+    emit changeNeedsSave();
+}
+
+QToolButton *ItemWidget::showButton(int mode) const
+{
+    return mode >= 0 && mode < 3 ? m_showButtons[mode] : nullptr;
+}
+
+void ItemWidget::setShowMode(int mode)
+{
+    if (mode < OptionsAndData || mode > DataOnly)
+        return;
+    m_showMode = mode;
+    m_showButtons[mode]->setChecked(true);
+    m_optionsArea->setVisible(mode != DataOnly);
+    m_tabs->setVisible(mode != OptionsOnly);
+    m_layout->setStretchFactor(m_optionsArea, mode == OptionsOnly ? 1 : 0);
+}
+
+void ItemWidget::setFullScreen(bool on)
+{
+    m_fullScreenButton->setChecked(on);
+    if (on == m_fullScreen)
+        return;
+    m_fullScreen = on;
+    if (on) {
+        setParent(nullptr, Qt::Window);
+        showFullScreen();
+        activateWindow();
+    } else {
+        hide();
+        setWindowState(windowState() & ~Qt::WindowFullScreen);
+        emit fullScreenReleased(this);
+    }
+}
+
+void ItemWidget::setRowVisible(QWidget *field, bool visible)
+{
+    if (QWidget *label = m_form->labelForField(field))
+        label->setVisible(visible);
+    field->setVisible(visible);
+}
+
+void ItemWidget::requestRun(bool viaTimer)
+{
+    emit nodeStatusChanged();
+    emit changeNeedsSave();
+    emit restartTimer();
+    if (!viaTimer)
+        emit flushTimer();
+}
+
+void ItemWidget::keyPressEvent(QKeyEvent *event)
+{
+    if (m_fullScreen && event->key() == Qt::Key_Escape) {
+        setFullScreen(false);
+        return;
+    }
+    QFrame::keyPressEvent(event);
+}
+
+void ItemWidget::closeEvent(QCloseEvent *event)
+{
+    // Closing the full-screen window gives the page back instead of losing it.
+    if (m_fullScreen) {
+        event->ignore();
+        setFullScreen(false);
+        return;
+    }
+    QFrame::closeEvent(event);
+}

@@ -1,0 +1,113 @@
+#pragma once
+
+#include "graph/node.h"
+
+#include <QFrame>
+#include <QPointer>
+
+class DataPage;
+class DelayedPlainTextEdit;
+class GraphScene;
+class QFormLayout;
+class QLabel;
+class QPlainTextEdit;
+class QTabWidget;
+class QToolButton;
+class QVBoxLayout;
+
+// The common page of the Right pane for one item: the show buttons, the status line, the
+// subclass's options and the tabs with the data, the messages, the comment and the details.
+// It never runs anything itself; it asks the pane, through its timer signals, to run later or
+// now.
+class ItemWidget : public QFrame
+{
+    Q_OBJECT
+
+public:
+    enum Tab { DataTab = 0, CharactersTab, WarningsTab, InfoTab, CommentTab, DetailsTab };
+    enum ShowMode { OptionsAndData = 0, OptionsOnly = 1, DataOnly = 2 };
+
+    explicit ItemWidget(Node *node, QWidget *parent = nullptr);
+    ~ItemWidget() override;
+
+    // Null once the item is gone.
+    Node *node() const { return m_node; }
+    GraphScene *scene() const;
+
+    // Edits still waiting in the page (a comment being typed) reach the item now.
+    virtual void applyPendingEdits();
+    // The item ran, or its data changed: status, messages and data shown anew.
+    virtual void refreshAfterRun();
+    virtual void refreshAfterDataChange();
+    void refreshStatus();
+    virtual void setInteractionAllowed(bool allowed);
+
+    int currentTab() const;
+    void setCurrentTab(int index);
+    QTabWidget *tabs() const { return m_tabs; }
+    DataPage *dataPage() const { return m_dataPage; }
+    QPlainTextEdit *warningsEdit() const { return m_warnings; }
+    QPlainTextEdit *infoEdit() const { return m_info; }
+    QPlainTextEdit *detailsEdit() const { return m_details; }
+    DelayedPlainTextEdit *commentEdit() const { return m_comment; }
+    QLabel *statusLabel() const { return m_statusLabel; }
+    QWidget *optionsArea() const { return m_optionsArea; }
+    QToolButton *showButton(int mode) const;
+    QToolButton *fullScreenButton() const { return m_fullScreenButton; }
+
+    int showMode() const { return m_showMode; }
+    void setShowMode(int mode);
+    bool isFullScreenOn() const { return m_fullScreen; }
+    void setFullScreen(bool on);
+
+    // The one line under the show buttons: by status, or the item's result.
+    static QString statusText(const Node *node, bool autoRun);
+    static QString messagesText(bool has, const QString &text);
+
+signals:
+    void fullScreenReleased(ItemWidget *widget);
+    void nodeStatusChanged();
+    void nodeCommentChanged(Node *node);
+    void warnOverwritingOutputMoreThanOnce();
+    void flushTimer();
+    void restartTimer();
+    void stopTimer();
+    void restartTimerIfActive();
+    void selectedDataCellsChanged();
+    void currentTabChanged(int index);
+    void changeNeedsSave();
+
+protected:
+    // Where subclasses put their options: a form, with rows that can be hidden.
+    QFormLayout *form() const { return m_form; }
+    QVBoxLayout *optionsLayout() const { return m_optionsLayout; }
+    // Shows or hides a form row by its field widget.
+    void setRowVisible(QWidget *field, bool visible);
+    // A change that needs a run: after the pane's delay, or at once.
+    void requestRun(bool viaTimer);
+    void keyPressEvent(QKeyEvent *event) override;
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void onCommentChanged();
+    void onTabChanged(int index);
+    void updateDetails();
+
+    QPointer<Node> m_node;
+    QVBoxLayout *m_layout = nullptr;
+    QToolButton *m_showButtons[3] = {};
+    QToolButton *m_fullScreenButton = nullptr;
+    QLabel *m_statusIcon = nullptr;
+    QLabel *m_statusLabel = nullptr;
+    QWidget *m_optionsArea = nullptr;
+    QVBoxLayout *m_optionsLayout = nullptr;
+    QFormLayout *m_form = nullptr;
+    QTabWidget *m_tabs = nullptr;
+    DataPage *m_dataPage = nullptr;
+    QPlainTextEdit *m_warnings = nullptr;
+    QPlainTextEdit *m_info = nullptr;
+    DelayedPlainTextEdit *m_comment = nullptr;
+    QPlainTextEdit *m_details = nullptr;
+    int m_showMode = OptionsAndData;
+    bool m_fullScreen = false;
+};

@@ -1,0 +1,385 @@
+#include "workbench/transformitemwidget.h"
+
+#include "graph/transformnode.h"
+#include "inspection/datapage.h"
+#include "inspection/datatableview.h"
+#include "io/outputwriters.h"
+#include "shell/application.h"
+#include "shell/settings.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/framework/parameterwidget.h"
+#include "transforms/framework/transform.h"
+#include "workbench/widgets.h"
+
+#include <QCheckBox>
+#include <QDir>
+#include <QFileInfo>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QTemporaryFile>
+#include <QToolButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+namespace {
+
+// Connects a signal of a parameter widget's own class, which the shared interface can't name.
+void connectIfPresent(QWidget *sender, const char *signal, QObject *receiver, const char *slot)
+{
+    const QByteArray normalized = QMetaObject::normalizedSignature(signal + 1);
+    if (sender->metaObject()->indexOfSignal(normalized.constData()) >= 0)
+        QObject::connect(sender, signal, receiver, slot);
+}
+
+QToolButton *toolButton(const QString &text, const QString &toolTip, QWidget *parent)
+{
+    auto *button = new QToolButton(parent);
+    button->setText(text);
+    button->setToolTip(toolTip);
+    return button;
+}
+
+OutputFileOptions exportOptions(const QString &path)
+{
+    OutputFileOptions options;
+    options.fileType = outputFileTypeForPath(path, 0);
+    if (QFileInfo(path).suffix().startsWith(QLatin1Char('t'), Qt::CaseInsensitive)) {
+        options.delimiter = QLatin1Char('\t');
+        options.quoting = OutputQuotingNever;
+    }
+    options.comment.clear();
+    return options;
+}
+
+} // namespace
+
+TransformItemWidget::TransformItemWidget(TransformNode *node, QWidget *parent)
+    : ItemWidget(node, parent)
+{
+    auto *header = new QLabel(QStringLiteral("Transform data."), optionsArea());
+    header->setToolTip(QStringLiteral("Transform this data."));
+    QFont bold = header->font();
+    bold.setBold(true);
+    header->setFont(bold);
+    optionsLayout()->insertWidget(0, header);
+    buildParameters();
+    buildTools();
+    updateParameterStates();
+}
+
+TransformItemWidget::~TransformItemWidget()
+{
+    // The widgets die with their Qt parent; only the list goes.
+    m_parameterWidgets.clear();
+}
+
+TransformNode *TransformItemWidget::transformNode() const
+{
+    return static_cast<TransformNode *>(node());
+}
+
+void TransformItemWidget::buildParameters()
+{
+    TransformNode *item = transformNode();
+    if (!item || !item->transform())
+        return;
+    const QList<Parameter *> parameters = item->transform()->parameters();
+    for (Parameter *parameter : parameters) {
+        ParameterWidget *parameterWidget = createParameterWidget(parameter, optionsArea());
+        if (!parameterWidget)
+            continue;
+        QWidget *widget = parameterWidget->widget();
+        m_parameterWidgets.append(parameterWidget);
+        switch (parameterLayout(parameter)) {
+        case ParameterLayout::Row:
+            form()->addRow(QStringLiteral("%1:").arg(parameter->label()), widget);
+            break;
+        case ParameterLayout::Check:
+        case ParameterLayout::Block:
+            form()->addRow(widget);
+            break;
+        }
+        connectIfPresent(widget, SIGNAL(processNow()), this, SLOT(onProcessNow()));
+        connectIfPresent(widget, SIGNAL(parameterValueChanged(bool)), this,
+                         SLOT(onParameterChange(bool)));
+        connectIfPresent(widget, SIGNAL(userInteraction()), this, SLOT(onParameterInteraction()));
+    }
+}
+
+void TransformItemWidget::buildTools()
+{
+    TransformNode *item = transformNode();
+    auto *row = new QHBoxLayout;
+    row->setSpacing(4);
+    m_export = toolButton(
+        QStringLiteral("Export..."),
+        QStringLiteral(
+            "Export the dataset to a file.\nNot affected by filtering of the data table."),
+        optionsArea());
+    m_editTemp = toolButton(
+        QStringLiteral("Edit..."),
+        QStringLiteral(
+            "Open the whole dataset as a temporary .csv file in a local editor.\nChanges "
+            "made in the editor will not change the dataset in %1.\nNot affected by "
+            "filtering of the data table.")
+            .arg(QStringLiteral("Tabulon")),
+        optionsArea());
+    m_compare = new QCheckBox(QStringLiteral("compare changes"), optionsArea());
+    m_compare->setToolTip(
+        QStringLiteral("Highlight changes made by the transform. Click or hover over cell to see "
+                       "details of the change.\nCan be slow for large datasets."));
+    m_compare->setChecked(Settings::instance()->showChanges());
+    m_previousChange = toolButton(
+        QStringLiteral("<"),
+        QStringLiteral("Previous change. Skips changes hidden by data table filtering."),
+        optionsArea());
+    m_nextChange
+        = toolButton(QStringLiteral(">"),
+                     QStringLiteral("Next change. Skips changes hidden by data table filtering."),
+                     optionsArea());
+    QColor changed = Settings::instance()->changedDataColor();
+    if (!changed.isValid())
+        changed = QColor(0xFF, 0xD8, 0x80);
+    m_changesColor = new ColorButton(changed, optionsArea());
+    m_changesColor->setToolTip(QStringLiteral("The color to show differences in."));
+    auto *colorLabel = new QLabel(QStringLiteral("Changes color:"), optionsArea());
+    colorLabel->setToolTip(m_changesColor->toolTip());
+
+    row->addWidget(m_export);
+    row->addWidget(m_editTemp);
+    row->addSpacing(8);
+    row->addWidget(m_compare);
+    row->addWidget(m_previousChange);
+    row->addWidget(m_nextChange);
+    row->addWidget(colorLabel);
+    row->addWidget(m_changesColor);
+
+    const Transform *transform = item ? item->transform() : nullptr;
+    if (transform && transform->typeName() == QLatin1String("Verify")) {
+        const struct
+        {
+            const char *label;
+            QColor color;
+            void (Settings::*set)(const QColor &);
+        } verify[] = {
+            {"Error:", Settings::instance()->verifyFailErrorColor(),
+             &Settings::setVerifyFailErrorColor},
+            {"Warning:", Settings::instance()->verifyFailWarningColor(),
+             &Settings::setVerifyFailWarningColor},
+            {"Info:", Settings::instance()->verifyFailInfoColor(),
+             &Settings::setVerifyFailInfoColor},
+        };
+        for (const auto &entry : verify) {
+            row->addWidget(new QLabel(QString::fromLatin1(entry.label), optionsArea()));
+            auto *button = new ColorButton(entry.color, optionsArea());
+            const auto set = entry.set;
+            connect(button, &ColorButton::colorChanged, this,
+                    [set](const QColor &color) { (Settings::instance()->*set)(color); });
+            row->addWidget(button);
+        }
+    }
+    row->addStretch(1);
+    if (transform && transform->hasKeyColumns()) {
+        m_exploreKeys = new QPushButton(QStringLiteral("Explore Keys..."), optionsArea());
+        m_exploreKeys->setToolTip(QStringLiteral("Click to explore keys in the two datasets."));
+        connect(m_exploreKeys, &QPushButton::clicked, this,
+                &TransformItemWidget::onClickedExploreKeys);
+        row->addWidget(m_exploreKeys);
+    }
+    if (transform && transform->hasDuplicateOptions()) {
+        m_exploreDuplicates = new QPushButton(QStringLiteral("Explore Duplicates"), optionsArea());
+        m_exploreDuplicates->setToolTip(
+            QStringLiteral("Click to explore duplicate rows in the dataset."));
+        connect(m_exploreDuplicates, &QPushButton::clicked, this,
+                &TransformItemWidget::onClickedExploreDuplicates);
+        row->addWidget(m_exploreDuplicates);
+    }
+    optionsLayout()->addLayout(row);
+
+    connect(m_export, &QToolButton::clicked, this, &TransformItemWidget::onClickedExport);
+    connect(m_editTemp, &QToolButton::clicked, this, &TransformItemWidget::onClickedEditTemp);
+    connect(m_compare, &QCheckBox::toggled, this,
+            [](bool on) { Settings::instance()->setShowChanges(on); });
+    connect(m_nextChange, &QToolButton::clicked, this, [this] { moveToChange(1); });
+    connect(m_previousChange, &QToolButton::clicked, this, [this] { moveToChange(-1); });
+    connect(m_changesColor, &ColorButton::colorChanged, this,
+            [](const QColor &color) { Settings::instance()->setChangedDataColor(color); });
+}
+
+ParameterWidget *TransformItemWidget::parameterWidget(const QString &key) const
+{
+    for (ParameterWidget *widget : m_parameterWidgets)
+        if (widget->key() == key)
+            return widget;
+    return nullptr;
+}
+
+void TransformItemWidget::updateParameterStates()
+{
+    TransformNode *item = transformNode();
+    if (!item || !item->transform())
+        return;
+    const QList<ParameterState> states = item->transform()->parameterStates();
+    for (const ParameterState &state : states)
+        if (ParameterWidget *widget = parameterWidget(state.key))
+            widget->updateEnabled(state.enabled);
+}
+
+void TransformItemWidget::onProcessNow()
+{
+    updateParameterStates();
+    requestRun(false);
+}
+
+void TransformItemWidget::onParameterChange(bool runNow)
+{
+    // A complete edit (a choice in a list) runs now; one of a series (typing) waits for the
+    // pause.
+    updateParameterStates();
+    requestRun(!runNow);
+}
+
+void TransformItemWidget::onParameterInteraction()
+{
+    emit restartTimerIfActive();
+}
+
+void TransformItemWidget::onClickedExport()
+{
+    Node *item = node();
+    if (!item)
+        return;
+    const QString extension = Settings::instance()->defaultExportExtension();
+    Application *application = Application::instance();
+    const QString folder = application ? application->lastOutputDataFolder() : QDir::homePath();
+    const QString path = DesktopHooks::saveFileName(
+        this, QStringLiteral("Export"), folder,
+        QStringLiteral("%1 file (*.%2);;All Files (*.*)").arg(extension.toUpper(), extension));
+    if (path.isEmpty())
+        return;
+    if (QFileInfo::exists(path)
+        && !MessageBoxes::askYesNo(
+            this, QStringLiteral("Export"),
+            QStringLiteral("%1 already exists.\nDo you want to replace it?").arg(path)))
+        return;
+    WriteReport report;
+    if (!writeOutputFile(path, *item->dataset(), exportOptions(path), report, nullptr))
+        MessageBoxes::warning(this, QStringLiteral("Export"), report.warnings.join('\n'));
+    else if (application)
+        application->setLastOutputDataFolder(path);
+}
+
+QString TransformItemWidget::writeTemporaryCsv(QString *error) const
+{
+    Node *item = node();
+    QTemporaryFile file(QDir::temp().filePath(QStringLiteral("tabulon_XXXXXX.csv")));
+    file.setAutoRemove(false);
+    if (!item || !file.open()) {
+        if (error)
+            *error = QStringLiteral("Unable to write to '%1'.").arg(file.fileTemplate());
+        return QString();
+    }
+    const QString path = file.fileName();
+    file.close();
+    if (Application *application = Application::instance())
+        application->addTemporaryFile(path);
+    OutputFileOptions options;
+    options.comment.clear();
+    WriteReport report;
+    if (!writeOutputFile(path, *item->dataset(), options, report, nullptr)) {
+        if (error)
+            *error = QStringLiteral("Unable to write to '%1'.").arg(path);
+        return QString();
+    }
+    return path;
+}
+
+void TransformItemWidget::onClickedEditTemp()
+{
+    QString error;
+    const QString path = writeTemporaryCsv(&error);
+    if (path.isEmpty()) {
+        MessageBoxes::warning(this, QStringLiteral("Edit"), error);
+        return;
+    }
+    if (!DesktopHooks::openUrl(QUrl::fromLocalFile(path)))
+        MessageBoxes::warning(this, QStringLiteral("Edit"),
+                              QStringLiteral("Unable to open '%1'. Make sure there is an editor "
+                                             "associated with this file type.")
+                                  .arg(path));
+}
+
+QString TransformItemWidget::exploreKeysProblem() const
+{
+    const Node *item = node();
+    if (!item || item->upstream().size() < 2)
+        return QStringLiteral("2 inputs are required to explore keys.");
+    return QString();
+}
+
+QString TransformItemWidget::exploreDuplicatesProblem() const
+{
+    const Node *item = node();
+    const QList<Node *> inputs = item ? item->upstream(true) : QList<Node *>();
+    if (inputs.isEmpty())
+        return QStringLiteral("An input is required to explore duplicates.");
+    const Dataset *input = inputs.first()->dataset();
+    if (input->columnCount() == 0)
+        return QStringLiteral("Input dataset is empty.");
+    if (input->rowCount() == 0)
+        return QStringLiteral("Input dataset has no rows.");
+    return QString();
+}
+
+void TransformItemWidget::onClickedExploreKeys()
+{
+    const QString problem = exploreKeysProblem();
+    MessageBoxes::information(
+        this, QStringLiteral("Explore Keys"),
+        problem.isEmpty() ? QStringLiteral("Explore Keys is not yet available.") : problem);
+}
+
+void TransformItemWidget::onClickedExploreDuplicates()
+{
+    const QString problem = exploreDuplicatesProblem();
+    MessageBoxes::information(
+        this, QStringLiteral("Explore Duplicates"),
+        problem.isEmpty() ? QStringLiteral("Explore Duplicates is not yet available.") : problem);
+}
+
+void TransformItemWidget::moveToChange(int direction)
+{
+    // Cells are compared by position with the first input, which is what a transform that
+    // keeps its rows and columns changes.
+    Node *item = node();
+    const QList<Node *> inputs = item ? item->upstream(true) : QList<Node *>();
+    if (inputs.isEmpty())
+        return;
+    const Dataset &after = *item->dataset();
+    const Dataset &before = *inputs.first()->dataset();
+    const int rows = qMin(after.rowCount(), before.rowCount());
+    const int columns = qMin(after.columnCount(), before.columnCount());
+    if (rows == 0 || columns == 0)
+        return;
+    DataTableView *view = dataPage()->view();
+    if (!view || !view->model())
+        return;
+    const QModelIndex current = view->currentIndex();
+    qint64 position = current.isValid() ? qint64(current.row()) * columns + current.column()
+                                        : (direction > 0 ? -1 : qint64(rows) * columns);
+    const qint64 total = qint64(rows) * columns;
+    for (position += direction; position >= 0 && position < total; position += direction) {
+        const int r = int(position / columns);
+        const int c = int(position % columns);
+        if (after.cell(r, c) != before.cell(r, c)) {
+            const QModelIndex index = view->model()->index(r, c);
+            if (index.isValid()) {
+                view->setCurrentIndex(index);
+                view->scrollTo(index);
+            }
+            return;
+        }
+    }
+}

@@ -1,0 +1,256 @@
+#include "testutil.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "io/delimitedtext.h"
+#include "shell/settings.h"
+#include "workbench/inputitemwidget.h"
+#include "workbench/iowidgets.h"
+#include "workbench/itempane.h"
+#include "workbench/widgets.h"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestInputItemWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void delimiterChangeRereads();
+    void optionRowsFollowFileType_data();
+    void optionRowsFollowFileType();
+    void clipboardSourceHidesFileRows();
+    void newPathOffersItsType_data();
+    void newPathOffersItsType();
+    void clipboardImportAsksAboutType_data();
+    void clipboardImportAsksAboutType();
+    void ignoredRowsReachTheItem();
+
+private:
+    QString writeFile(const QString &name, const QByteArray &bytes);
+
+    QTemporaryDir m_folder;
+    QStringList m_questions;
+    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+};
+
+void TestInputItemWidget::init()
+{
+    Settings::instance()->setProcessingDelay(0.05);
+    m_questions.clear();
+    m_answer = QMessageBox::Yes;
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton) {
+        m_questions.append(text);
+        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
+    });
+}
+
+void TestInputItemWidget::cleanup()
+{
+    MessageBoxes::setHandler(nullptr);
+}
+
+QString TestInputItemWidget::writeFile(const QString &name, const QByteArray &bytes)
+{
+    const QString path = m_folder.filePath(name);
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(bytes);
+    return path;
+}
+
+void TestInputItemWidget::delimiterChangeRereads()
+{
+    const QString path = writeFile(QStringLiteral("semi.csv"), "name;city\nAnn;Paris\nBob;Rome\n");
+    GraphScene scene;
+    auto *input = new InputNode;
+    input->setInputFileType(FileTypeDelimited);
+    input->setHeader(InputNode::HasHeader);
+    input->setDelimiter(DelimiterComma);
+    input->setPath(path);
+    scene.addNode(input);
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(input->columnCount(), 1);
+
+    ItemPane pane;
+    pane.show();
+    pane.showItems({input});
+    auto *page = qobject_cast<InputItemWidget *>(pane.currentWidget());
+    QVERIFY(page);
+    QComboBox *combo = page->delimWidget()->combo();
+    QCOMPARE(combo->currentData().toInt(), int(DelimiterComma));
+    combo->setFocus();
+    QTest::keyClick(combo, Qt::Key_Down);
+    QCOMPARE(combo->currentData().toInt(), int(DelimiterSemicolon));
+    QCOMPARE(input->delimiter(), int(DelimiterSemicolon));
+
+    QTRY_COMPARE(input->columnCount(), 2);
+    QCOMPARE(input->dataset()->headers(), (QStringList {"name", "city"}));
+    QCOMPARE(input->dataset()->cell(1, 1), QStringLiteral("Rome"));
+    QCOMPARE(input->status(), int(Node::UpToDate));
+}
+
+void TestInputItemWidget::optionRowsFollowFileType_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("delimiter");
+    QTest::addColumn<bool>("encoding");
+    QTest::addColumn<bool>("ignoredRows");
+    QTest::addColumn<bool>("excelHidden");
+    QTest::addColumn<bool>("format");
+    QTest::newRow("delimited") << int(FileTypeDelimited) << true << true << true << false << false;
+    QTest::newRow("plain text") << int(FileTypePlainText) << false << true << true << false
+                                << false;
+    QTest::newRow("json") << int(FileTypeJson) << false << false << false << false << true;
+    QTest::newRow("xml") << int(FileTypeXml) << false << true << false << false << true;
+    QTest::newRow("xlsx") << int(FileTypeXlsx) << false << false << true << true << false;
+    QTest::newRow("fixed width") << int(FileTypeFixedWidth) << false << true << true << false
+                                 << false;
+}
+
+void TestInputItemWidget::optionRowsFollowFileType()
+{
+    QFETCH(int, type);
+    QFETCH(bool, delimiter);
+    QFETCH(bool, encoding);
+    QFETCH(bool, ignoredRows);
+    QFETCH(bool, excelHidden);
+    QFETCH(bool, format);
+    GraphScene scene;
+    auto *input = new InputNode;
+    input->setInputFileType(FileTypeDelimited);
+    scene.addNode(input);
+    InputItemWidget page(input);
+    page.show();
+    // Choose the type as a user would, in the combo.
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(type));
+    QCOMPARE(input->fileType(), type);
+    QCOMPARE(page.delimWidget()->isVisible(), delimiter);
+    QCOMPARE(page.quotingCombo()->isVisible(), delimiter);
+    QCOMPARE(page.repeatedDelimitersCheck()->isVisible(), delimiter);
+    QCOMPARE(page.encodingCombo()->isVisible(), encoding);
+    QCOMPARE(page.ignoredRowsSpin()->isVisible(), ignoredRows);
+    QCOMPARE(page.excelHiddenRowsCheck()->isVisible(), excelHidden);
+    QCOMPARE(page.excelHiddenColumnsCheck()->isVisible(), excelHidden);
+    QCOMPARE(page.formatCombo()->isVisible(), format);
+    QVERIFY(page.pathEdit()->isVisible());
+    QVERIFY(page.watchCheck()->isVisible());
+}
+
+void TestInputItemWidget::clipboardSourceHidesFileRows()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
+    InputItemWidget page(input);
+    page.show();
+    QVERIFY(!page.pathEdit()->isVisible());
+    QVERIFY(!page.watchCheck()->isVisible());
+    QVERIFY(!page.encodingCombo()->isVisible());
+    QCOMPARE(page.sourceButton()->text(), QStringLiteral("Import from clipboard."));
+    QCOMPARE(page.sourceButton()->toolTip(),
+             QStringLiteral("Process data previously imported from the clipboard.\nPress the "
+                            "'Import from clipboard' button to re-import from the clipboard.\n"
+                            "Does not run items downstream."));
+}
+
+void TestInputItemWidget::newPathOffersItsType_data()
+{
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<int>("expectedType");
+    QTest::newRow("yes") << true << int(FileTypePlainText);
+    QTest::newRow("no") << false << int(FileTypeDelimited);
+}
+
+void TestInputItemWidget::newPathOffersItsType()
+{
+    QFETCH(bool, answer);
+    QFETCH(int, expectedType);
+    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    const QString path = writeFile(QStringLiteral("notes.log"), "one\ntwo\n");
+    GraphScene scene;
+    auto *input = new InputNode;
+    input->setInputFileType(FileTypeDelimited);
+    scene.addNode(input);
+    InputItemWidget page(input);
+    page.show();
+    page.pathEdit()->setFocus();
+    QTest::keyClicks(page.pathEdit(), path);
+    QTest::keyClick(page.pathEdit(), Qt::Key_Return);
+    QCOMPARE(input->path(), path);
+    QCOMPARE(m_questions, QStringList {QStringLiteral("Change file type to 'Plain text'?")});
+    QCOMPARE(input->fileType(), expectedType);
+    QCOMPARE(page.typeCombo()->currentData().toInt(), expectedType);
+}
+
+void TestInputItemWidget::clipboardImportAsksAboutType_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<QStringList>("questions");
+    QTest::addColumn<int>("expectedType");
+    QTest::newRow("csv, no question")
+        << "a,b\n1,2" << true << QStringList() << int(FileTypeDelimited);
+    QTest::newRow("json, yes") << "[{\"a\": 1}]" << true
+                               << QStringList {QStringLiteral("Change file type to 'JSON'?")}
+                               << int(FileTypeJson);
+    QTest::newRow("json, no") << "[{\"a\": 1}]" << false
+                              << QStringList {QStringLiteral("Change file type to 'JSON'?")}
+                              << int(FileTypeDelimited);
+}
+
+void TestInputItemWidget::clipboardImportAsksAboutType()
+{
+    QFETCH(QString, text);
+    QFETCH(bool, answer);
+    QFETCH(QStringList, questions);
+    QFETCH(int, expectedType);
+    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("old\nrow"), QPointF());
+    InputItemWidget page(input);
+    page.show();
+    QGuiApplication::clipboard()->setText(text);
+    QTest::mouseClick(page.sourceButton(), Qt::LeftButton);
+    QCOMPARE(m_questions, questions);
+    QCOMPARE(input->text(), text);
+    QCOMPARE(input->fileType(), expectedType);
+}
+
+void TestInputItemWidget::ignoredRowsReachTheItem()
+{
+    const QString path = writeFile(QStringLiteral("rows.csv"), "junk\nname\nAnn\nBob\n");
+    GraphScene scene;
+    auto *input = new InputNode;
+    input->setInputFileType(FileTypeDelimited);
+    input->setHeader(InputNode::HasHeader);
+    input->setPath(path);
+    scene.addNode(input);
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(input->dataset()->headers(), QStringList {QStringLiteral("junk")});
+
+    ItemPane pane;
+    pane.show();
+    pane.showItems({input});
+    auto *page = qobject_cast<InputItemWidget *>(pane.currentWidget());
+    QVERIFY(page);
+    page->ignoredRowsSpin()->setFocus();
+    QTest::keyClick(page->ignoredRowsSpin(), Qt::Key_Up);
+    QCOMPARE(input->ignoredRows(), 1);
+    QTRY_COMPARE(input->dataset()->headers(), QStringList {QStringLiteral("name")});
+    QCOMPARE(input->rowCount(), 2);
+}
+
+TABULON_TEST_MAIN(TestInputItemWidget)
+#include "tst_inputitemwidget.moc"

@@ -1,0 +1,321 @@
+#include "testutil.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/transformnode.h"
+#include "shell/settings.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/framework/parameterwidgets.h"
+#include "transforms/transformcase.h"
+#include "transforms/transformnewcol.h"
+#include "workbench/itempane.h"
+#include "workbench/itemwidget.h"
+#include "workbench/transformitemwidget.h"
+#include "workbench/widgets.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+// A small graph: a text input, and one transform on it.
+struct Graph
+{
+    GraphScene scene;
+    InputNode *input = nullptr;
+    TransformNode *node = nullptr;
+
+    explicit Graph(Transform *transform)
+    {
+        input
+            = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris\nBob,Rome"), QPointF(0, 0));
+        node = addTransform(scene, transform, {input}, QPointF(300, 0));
+        scene.process(GraphScene::RunAll);
+        // Columns can be chosen only once the input has read them.
+        if (Parameter *columns = transform->parameter(QStringLiteral("Columns"))) {
+            columns->selectAllColumns();
+            node->setStatus(Node::NeedsUpdate, true);
+            scene.process(GraphScene::RunAll);
+        }
+    }
+};
+
+class TestItemPane : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void pageFollowsSelection();
+    void caseChangeRunsTheItem();
+    void typingHoldsBackTheRun();
+    void leavingThePageSendsTheWaitingEdit();
+    void messagesTabsSayNoMessages();
+    void statusText_data();
+    void statusText();
+    void tabIsRemembered();
+    void showButtonsHideParts();
+    void fullScreenTakesThePageOutAndBack();
+    void commentReachesItsItem();
+
+private:
+    static QLineEdit *newValueEdit(ItemPane &pane);
+    static QString lastColumn(const Node *node, int row);
+};
+
+void TestItemPane::init()
+{
+    Settings::instance()->setProcessingDelay(0.05);
+    MessageBoxes::setHandler([](QMessageBox::Icon, const QString &, const QString &,
+                                QMessageBox::StandardButtons,
+                                QMessageBox::StandardButton) { return QMessageBox::Ok; });
+}
+
+QLineEdit *TestItemPane::newValueEdit(ItemPane &pane)
+{
+    auto *page = qobject_cast<TransformItemWidget *>(pane.currentWidget());
+    if (!page)
+        return nullptr;
+    ParameterWidget *widget = page->parameterWidget(QStringLiteral("New_Value"));
+    return widget ? qobject_cast<QLineEdit *>(widget->widget()) : nullptr;
+}
+
+QString TestItemPane::lastColumn(const Node *node, int row)
+{
+    const Dataset *dataset = node->dataset();
+    if (row >= dataset->rowCount() || dataset->columnCount() == 0)
+        return QStringLiteral("<none>");
+    return dataset->cell(row, dataset->columnCount() - 1);
+}
+
+void TestItemPane::pageFollowsSelection()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.show();
+    QVERIFY(!pane.currentWidget());
+    pane.showItems({graph.node});
+    QVERIFY(qobject_cast<TransformItemWidget *>(pane.currentWidget()));
+    QCOMPARE(pane.currentWidget()->node(), graph.node);
+    pane.showItems({graph.input, graph.node});
+    QVERIFY(!pane.currentWidget());
+    pane.showItems({graph.input});
+    QVERIFY(pane.currentWidget());
+    QCOMPARE(pane.currentWidget()->node(), graph.input);
+    QCOMPARE(pane.currentWidget()->tabs()->count(), 6);
+    const QStringList tabs
+        = {QStringLiteral("Data"), QStringLiteral("Characters"), QStringLiteral("Warnings"),
+           QStringLiteral("Info"), QStringLiteral("Comment"),    QStringLiteral("Details")};
+    for (int i = 0; i < tabs.size(); ++i)
+        QCOMPARE(pane.currentWidget()->tabs()->tabText(i), tabs.at(i));
+    pane.showItems({});
+    QVERIFY(!pane.currentWidget());
+}
+
+void TestItemPane::caseChangeRunsTheItem()
+{
+    Graph graph(new TransformCase);
+    QCOMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ann"));
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    auto *page = qobject_cast<TransformItemWidget *>(pane.currentWidget());
+    QVERIFY(page);
+    auto *caseWidget
+        = dynamic_cast<SelectionParameterWidget *>(page->parameterWidget(QStringLiteral("Case")));
+    QVERIFY(caseWidget);
+    QVERIFY(caseWidget->comboBox());
+    QCOMPARE(caseWidget->comboBox()->currentText(), QStringLiteral("Lower case"));
+    caseWidget->comboBox()->setFocus();
+    QTest::keyClick(caseWidget->comboBox(), Qt::Key_Down);
+    QCOMPARE(caseWidget->comboBox()->currentText(), QStringLiteral("Upper case"));
+
+    QTRY_COMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ANN"));
+    QCOMPARE(graph.node->dataset()->cell(1, 1), QStringLiteral("ROME"));
+    QCOMPARE(graph.node->status(), int(Node::UpToDate));
+    QTRY_COMPARE(page->statusLabel()->text(), graph.node->transform()->result());
+}
+
+void TestItemPane::typingHoldsBackTheRun()
+{
+    Settings::instance()->setProcessingDelay(1.5);
+    Graph graph(new TransformNewCol);
+    QCOMPARE(lastColumn(graph.node, 0), QString());
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    QLineEdit *edit = newValueEdit(pane);
+    QVERIFY(edit);
+    edit->setFocus();
+
+    QTest::keyClick(edit, Qt::Key_X);
+    QVERIFY(pane.isTimerActive());
+    QTest::qWait(700);
+    QTest::keyClick(edit, Qt::Key_Y);
+    QTest::qWait(900);
+    // 1.6 seconds after the first key, but only 0.9 after the last: nothing ran yet.
+    QCOMPARE(lastColumn(graph.node, 0), QString());
+    QVERIFY(pane.isRunWaiting());
+    QTRY_COMPARE(lastColumn(graph.node, 0), QStringLiteral("xy"));
+    QCOMPARE(lastColumn(graph.node, 1), QStringLiteral("xy"));
+    QVERIFY(!pane.isRunWaiting());
+}
+
+void TestItemPane::leavingThePageSendsTheWaitingEdit()
+{
+    Settings::instance()->setProcessingDelay(60.0);
+    Graph graph(new TransformNewCol);
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    QLineEdit *edit = newValueEdit(pane);
+    QVERIFY(edit);
+    QTest::keyClicks(edit, QStringLiteral("abc"));
+    QVERIFY(pane.isRunWaiting());
+    QCOMPARE(lastColumn(graph.node, 0), QString());
+
+    pane.showItems({graph.input, graph.node});
+    QVERIFY(!pane.currentWidget());
+    QVERIFY(!pane.isRunWaiting());
+    QCOMPARE(graph.node->transform()->parameter(QStringLiteral("New_Value"))->value().toString(),
+             QStringLiteral("abc"));
+    QCOMPARE(lastColumn(graph.node, 0), QStringLiteral("abc"));
+}
+
+void TestItemPane::messagesTabsSayNoMessages()
+{
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("people.csv"));
+    GraphScene scene;
+    auto *input = new InputNode;
+    input->setInputFileType(FileTypeDelimited);
+    input->setPath(path);
+    scene.addNode(input);
+    scene.process(GraphScene::RunAll);
+
+    ItemPane pane;
+    pane.show();
+    pane.showItems({input});
+    ItemWidget *page = pane.currentWidget();
+    QVERIFY(page);
+    QVERIFY(page->warningsEdit()->toPlainText().contains(QStringLiteral("not found")));
+
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("name\nAnn\n");
+    file.close();
+    input->setStatus(Node::NeedsUpdate, true);
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(page->warningsEdit()->toPlainText(), QStringLiteral("No messages"));
+    QVERIFY(page->warningsEdit()->isReadOnly());
+}
+
+void TestItemPane::statusText_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("autoRun");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("waiting, auto run") << int(Node::NeedsUpdate) << true << "Awaiting update";
+    QTest::newRow("waiting, no auto run") << int(Node::NeedsUpdate) << false << "Run to update";
+    QTest::newRow("running") << int(Node::Updating) << true << "Processing...";
+}
+
+void TestItemPane::statusText()
+{
+    QFETCH(int, status);
+    QFETCH(bool, autoRun);
+    QFETCH(QString, expected);
+    Graph graph(new TransformCase);
+    graph.scene.setAutoRun(autoRun);
+    graph.node->setStatus(status, false);
+    QCOMPARE(ItemWidget::statusText(graph.node, autoRun), expected);
+    ItemPane pane;
+    pane.showItems({graph.node});
+    QCOMPARE(pane.currentWidget()->statusLabel()->text(), expected);
+}
+
+void TestItemPane::tabIsRemembered()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    pane.currentWidget()->tabs()->setCurrentIndex(ItemWidget::InfoTab);
+    pane.showItems({graph.input});
+    QCOMPARE(pane.currentWidget()->currentTab(), int(ItemWidget::InfoTab));
+}
+
+void TestItemPane::showButtonsHideParts()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    ItemWidget *page = pane.currentWidget();
+    QVERIFY(page->optionsArea()->isVisible());
+    QVERIFY(page->tabs()->isVisible());
+    QTest::mouseClick(page->showButton(ItemWidget::OptionsOnly), Qt::LeftButton);
+    QVERIFY(page->optionsArea()->isVisible());
+    QVERIFY(!page->tabs()->isVisible());
+    QTest::mouseClick(page->showButton(ItemWidget::DataOnly), Qt::LeftButton);
+    QVERIFY(!page->optionsArea()->isVisible());
+    QVERIFY(page->tabs()->isVisible());
+    QVERIFY(!page->showButton(ItemWidget::OptionsOnly)->isChecked());
+    QTest::mouseClick(page->showButton(ItemWidget::OptionsAndData), Qt::LeftButton);
+    QVERIFY(page->optionsArea()->isVisible());
+    QVERIFY(page->tabs()->isVisible());
+}
+
+void TestItemPane::fullScreenTakesThePageOutAndBack()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    ItemWidget *page = pane.currentWidget();
+    QTest::mouseClick(page->fullScreenButton(), Qt::LeftButton);
+    QVERIFY(page->isWindow());
+    QVERIFY(page->isFullScreenOn());
+    QCOMPARE(pane.currentWidget(), page);
+
+    QTest::keyClick(page, Qt::Key_Escape);
+    QVERIFY(!page->isFullScreenOn());
+    QCOMPARE(page->parentWidget(), &pane);
+    QVERIFY(page->isVisible());
+
+    pane.setFullScreen(true);
+    QVERIFY(page->isWindow());
+    pane.setFullScreen(false);
+    QCOMPARE(page->parentWidget(), &pane);
+}
+
+void TestItemPane::commentReachesItsItem()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.show();
+    pane.showItems({graph.node});
+    ItemWidget *page = pane.currentWidget();
+    page->commentEdit()->setDelay(30);
+    QSignalSpy commented(&pane, &ItemPane::nodeCommentChanged);
+    page->tabs()->setCurrentIndex(ItemWidget::CommentTab);
+    page->commentEdit()->setFocus();
+    QTest::keyClicks(page->commentEdit(), QStringLiteral("check"));
+    QCOMPARE(graph.node->comment(), QString());
+    QTRY_COMPARE(graph.node->comment(), QStringLiteral("check"));
+    QCOMPARE(commented.count(), 1);
+
+    // A comment still being typed goes with the page.
+    QTest::keyClicks(page->commentEdit(), QStringLiteral("ed"));
+    page->commentEdit()->setDelay(60000);
+    QTest::keyClicks(page->commentEdit(), QStringLiteral("!"));
+    pane.showItems({});
+    QCOMPARE(graph.node->comment(), QStringLiteral("checked!"));
+}
+
+TABULON_TEST_MAIN(TestItemPane)
+#include "tst_itempane.moc"

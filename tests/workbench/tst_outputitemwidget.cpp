@@ -1,0 +1,237 @@
+#include "testutil.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/outputnode.h"
+#include "io/delimitedtext.h"
+#include "shell/settings.h"
+#include "workbench/iowidgets.h"
+#include "workbench/itempane.h"
+#include "workbench/outputitemwidget.h"
+#include "workbench/widgets.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QtTest>
+
+class TestOutputItemWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void delimiterChangeRewritesTheFile();
+    void optionRowsFollowFileType_data();
+    void optionRowsFollowFileType();
+    void blockedExtensionIsRefused();
+    void pathOffersItsType_data();
+    void pathOffersItsType();
+    void typeOffersItsExtension_data();
+    void typeOffersItsExtension();
+    void disabledModeStandsOut();
+    void headerOnlyIfEmptyFollowsHeader();
+
+private:
+    QTemporaryDir m_folder;
+    QStringList m_questions;
+    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+};
+
+void TestOutputItemWidget::init()
+{
+    Settings::instance()->setProcessingDelay(0.05);
+    m_questions.clear();
+    m_answer = QMessageBox::Yes;
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton) {
+        m_questions.append(text);
+        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
+    });
+}
+
+void TestOutputItemWidget::cleanup()
+{
+    MessageBoxes::setHandler(nullptr);
+}
+
+void TestOutputItemWidget::delimiterChangeRewritesTheFile()
+{
+    const QString path = m_folder.filePath(QStringLiteral("out.csv"));
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris"), QPointF());
+    auto *output = new OutputNode(-1, path);
+    output->setByteOrderMark(false);
+    output->setPos(300, 0);
+    scene.addNode(output);
+    scene.connectNodes(input, output);
+    scene.process(GraphScene::RunAll);
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("name,city\r\nAnn,Paris\r\n"));
+    file.close();
+
+    ItemPane pane;
+    pane.show();
+    pane.showItems({output});
+    auto *page = qobject_cast<OutputItemWidget *>(pane.currentWidget());
+    QVERIFY(page);
+    QComboBox *combo = page->delimWidget()->combo();
+    combo->setCurrentIndex(combo->findData(int(DelimiterSemicolon)));
+    QCOMPARE(output->delimiter(), int(DelimiterSemicolon));
+    QTRY_COMPARE(output->status(), int(Node::UpToDate));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("name;city\r\nAnn;Paris\r\n"));
+}
+
+void TestOutputItemWidget::optionRowsFollowFileType_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<bool>("delimiter");
+    QTest::addColumn<bool>("escape");
+    QTest::addColumn<bool>("lineEndings");
+    QTest::newRow("delimited") << int(FileTypeDelimited) << true << false << true;
+    QTest::newRow("html") << int(FileTypeHtml) << false << true << true;
+    QTest::newRow("markdown") << int(FileTypeMarkdown) << false << false << true;
+    QTest::newRow("plain text") << int(FileTypePlainText) << false << false << true;
+    QTest::newRow("xlsx") << int(FileTypeXlsx) << false << false << false;
+}
+
+void TestOutputItemWidget::optionRowsFollowFileType()
+{
+    QFETCH(int, type);
+    QFETCH(bool, delimiter);
+    QFETCH(bool, escape);
+    QFETCH(bool, lineEndings);
+    GraphScene scene;
+    auto *output = new OutputNode;
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.show();
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(type));
+    QCOMPARE(output->fileType(), type);
+    QCOMPARE(page.delimWidget()->isVisible(), delimiter);
+    QCOMPARE(page.quotingCombo()->isVisible(), delimiter);
+    QCOMPARE(page.escapeCheck()->isVisible(), escape);
+    QCOMPARE(page.lineEndingsCombo()->isVisible(), lineEndings);
+    QCOMPARE(page.encodingCombo()->isVisible(), lineEndings);
+    QVERIFY(page.writeModeCombo()->isVisible());
+}
+
+void TestOutputItemWidget::blockedExtensionIsRefused()
+{
+    GraphScene scene;
+    const QString before = m_folder.filePath(QStringLiteral("out.csv"));
+    auto *output = new OutputNode(-1, before);
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.show();
+    const QString blocked = m_folder.filePath(QStringLiteral("run.exe"));
+    page.pathEdit()->setFocus();
+    page.pathEdit()->selectAll();
+    QTest::keyClicks(page.pathEdit(), blocked);
+    QTest::keyClick(page.pathEdit(), Qt::Key_Return);
+    QCOMPARE(m_questions,
+             QStringList {QStringLiteral("The extension for this file is blocked in "
+                                         "'Preferences>Output Extensions':\n%1")
+                              .arg(blocked)});
+    QCOMPARE(output->path(), before);
+    QCOMPARE(page.pathEdit()->text(), before);
+}
+
+void TestOutputItemWidget::pathOffersItsType_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<QStringList>("questions");
+    QTest::addColumn<int>("expectedType");
+    QTest::newRow("same type") << "b.tsv" << true << QStringList() << int(FileTypeDelimited);
+    QTest::newRow("html, yes") << "b.html" << true
+                               << QStringList {QStringLiteral("Change file type to 'HTML'?")}
+                               << int(FileTypeHtml);
+    QTest::newRow("markdown, no") << "b.md" << false
+                                  << QStringList {QStringLiteral("Change file type to 'Markdown'?")}
+                                  << int(FileTypeDelimited);
+}
+
+void TestOutputItemWidget::pathOffersItsType()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, answer);
+    QFETCH(QStringList, questions);
+    QFETCH(int, expectedType);
+    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    GraphScene scene;
+    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.choosePath(m_folder.filePath(name));
+    QCOMPARE(m_questions, questions);
+    QCOMPARE(output->path(), m_folder.filePath(name));
+    QCOMPARE(output->fileType(), expectedType);
+    QCOMPARE(page.typeCombo()->currentData().toInt(), expectedType);
+}
+
+void TestOutputItemWidget::typeOffersItsExtension_data()
+{
+    QTest::addColumn<bool>("answer");
+    QTest::addColumn<QString>("expectedName");
+    QTest::newRow("yes") << true << "a.md";
+    QTest::newRow("no") << false << "a.csv";
+}
+
+void TestOutputItemWidget::typeOffersItsExtension()
+{
+    QFETCH(bool, answer);
+    QFETCH(QString, expectedName);
+    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    GraphScene scene;
+    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.show();
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeMarkdown)));
+    QCOMPARE(m_questions, QStringList {QStringLiteral("Change file extension to 'md'?")});
+    QCOMPARE(output->fileType(), int(FileTypeMarkdown));
+    QCOMPARE(output->path(), m_folder.filePath(expectedName));
+    QCOMPARE(page.pathEdit()->text(), m_folder.filePath(expectedName));
+}
+
+void TestOutputItemWidget::disabledModeStandsOut()
+{
+    GraphScene scene;
+    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    WriteModeComboBox *mode = page.writeModeCombo();
+    QCOMPARE(mode->currentText(), QStringLiteral("Overwrite"));
+    QVERIFY(mode->styleSheet().isEmpty());
+    mode->setCurrentIndex(0);
+    QCOMPARE(output->writeMode(), int(OutputNode::Disabled));
+    QCOMPARE(mode->styleSheet(), QStringLiteral("QComboBox{ color: #fc3300; }"));
+    QVERIFY(mode->toolTip().startsWith(QStringLiteral("Disabled=Do not write to this file.\n")));
+}
+
+void TestOutputItemWidget::headerOnlyIfEmptyFollowsHeader()
+{
+    GraphScene scene;
+    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.show();
+    WriteHeaderWidget *header = page.writeHeaderWidget();
+    QVERIFY(header->ifEmptyCheck()->isEnabled());
+    QTest::mouseClick(header->writeHeaderCheck(), Qt::LeftButton);
+    QVERIFY(!output->writeHeader());
+    QVERIFY(!header->ifEmptyCheck()->isEnabled());
+    QTest::mouseClick(header->writeHeaderCheck(), Qt::LeftButton);
+    QTest::mouseClick(header->ifEmptyCheck(), Qt::LeftButton);
+    QVERIFY(output->writeHeader());
+    QVERIFY(!output->writeHeaderFirstAppendOnly());
+}
+
+TABULON_TEST_MAIN(TestOutputItemWidget)
+#include "tst_outputitemwidget.moc"

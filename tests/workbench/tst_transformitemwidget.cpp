@@ -1,0 +1,272 @@
+#include "testutil.h"
+
+#include "graph/graphscene.h"
+#include "graph/inputnode.h"
+#include "graph/transformnode.h"
+#include "shell/settings.h"
+#include "transforms/framework/parameter.h"
+#include "transforms/framework/parameterwidgets.h"
+#include "transforms/transformcase.h"
+#include "workbench/itempane.h"
+#include "workbench/transformitemwidget.h"
+#include "workbench/widgets.h"
+
+#include <QFormLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QToolButton>
+#include <QtTest>
+
+// Case with the explore buttons and room for two inputs, to reach what stands before the
+// explore windows.
+class ExploringCase : public TransformCase
+{
+public:
+    bool hasKeyColumns() const override { return true; }
+    bool hasDuplicateOptions() const override { return true; }
+    int maximumInputs() const override { return 2; }
+};
+
+// Runs the scene with every column of the input chosen, which the input knows only once read.
+static void runOnAllColumns(GraphScene &scene, TransformNode *node)
+{
+    scene.process(GraphScene::RunAll);
+    node->transform()->parameter(QStringLiteral("Columns"))->selectAllColumns();
+    node->setStatus(Node::NeedsUpdate, true);
+    scene.process(GraphScene::RunAll);
+}
+
+class TestTransformItemWidget : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void optionsAreLaidOutInOrder();
+    void parameterStatesEnableOptions_data();
+    void parameterStatesEnableOptions();
+    void exploreButtonsOnlyWhenOffered();
+    void exploreMessages_data();
+    void exploreMessages();
+    void editTempWritesTheWholeDataset();
+    void exportAsksBeforeReplacing_data();
+    void exportAsksBeforeReplacing();
+
+private:
+    QStringList m_messages;
+    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+};
+
+void TestTransformItemWidget::init()
+{
+    Settings::instance()->setProcessingDelay(0.05);
+    m_messages.clear();
+    m_answer = QMessageBox::Yes;
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton) {
+        m_messages.append(text);
+        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
+    });
+}
+
+void TestTransformItemWidget::cleanup()
+{
+    MessageBoxes::setHandler(nullptr);
+    DesktopHooks::setOpenUrlHandler(nullptr);
+    DesktopHooks::setSaveFileHandler(nullptr);
+}
+
+void TestTransformItemWidget::optionsAreLaidOutInOrder()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
+    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    TransformItemWidget page(node);
+    const QList<Parameter *> parameters = node->transform()->parameters();
+    QCOMPARE(page.parameterWidgets().size(), parameters.size());
+    auto *form = page.optionsArea()->findChild<QFormLayout *>();
+    QVERIFY(form);
+    int lastRow = -1;
+    for (int i = 0; i < parameters.size(); ++i) {
+        ParameterWidget *widget = page.parameterWidgets().at(i);
+        QCOMPARE(widget->parameter(), parameters.at(i));
+        int row = -1;
+        QFormLayout::ItemRole role;
+        form->getWidgetPosition(widget->widget(), &row, &role);
+        QVERIFY(row > lastRow);
+        lastRow = row;
+        auto *label = qobject_cast<QLabel *>(form->labelForField(widget->widget()));
+        if (parameterLayout(parameters.at(i)) == ParameterLayout::Row) {
+            QVERIFY(label);
+            QCOMPARE(label->text(), parameters.at(i)->label() + QLatin1Char(':'));
+        } else {
+            QVERIFY(!label);
+        }
+    }
+}
+
+void TestTransformItemWidget::parameterStatesEnableOptions_data()
+{
+    QTest::addColumn<int>("steps");
+    QTest::addColumn<bool>("keepUpperEnabled");
+    QTest::newRow("lower") << 0 << false;
+    QTest::newRow("upper") << 1 << false;
+    QTest::newRow("title") << 2 << true;
+    QTest::newRow("sentence") << 3 << true;
+    QTest::newRow("lower camel") << 4 << false;
+}
+
+void TestTransformItemWidget::parameterStatesEnableOptions()
+{
+    QFETCH(int, steps);
+    QFETCH(bool, keepUpperEnabled);
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
+    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    TransformItemWidget page(node);
+    page.show();
+    auto *caseWidget
+        = dynamic_cast<SelectionParameterWidget *>(page.parameterWidget(QStringLiteral("Case")));
+    QVERIFY(caseWidget && caseWidget->comboBox());
+    ParameterWidget *keepUpper = page.parameterWidget(QStringLiteral("Keep_Upper"));
+    QVERIFY(keepUpper);
+    QVERIFY(!keepUpper->widget()->isEnabled());
+    for (int i = 0; i < steps; ++i)
+        QTest::keyClick(caseWidget->comboBox(), Qt::Key_Down);
+    QCOMPARE(keepUpper->widget()->isEnabled(), keepUpperEnabled);
+}
+
+void TestTransformItemWidget::exploreButtonsOnlyWhenOffered()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
+    TransformNode *plain = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    TransformItemWidget plainPage(plain);
+    QVERIFY(!plainPage.exploreKeysButton());
+    QVERIFY(!plainPage.exploreDuplicatesButton());
+    TransformNode *exploring = addTransform(scene, new ExploringCase, {input}, QPointF(300, 200));
+    TransformItemWidget page(exploring);
+    QVERIFY(page.exploreKeysButton());
+    QCOMPARE(page.exploreKeysButton()->text(), QStringLiteral("Explore Keys..."));
+    QVERIFY(page.exploreDuplicatesButton());
+    QCOMPARE(page.exploreDuplicatesButton()->text(), QStringLiteral("Explore Duplicates"));
+}
+
+void TestTransformItemWidget::exploreMessages_data()
+{
+    QTest::addColumn<QStringList>("inputs");
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<QString>("duplicates");
+    const QString notYet = QStringLiteral("Explore %1 is not yet available.");
+    QTest::newRow("no input") << QStringList() << "2 inputs are required to explore keys."
+                              << "An input is required to explore duplicates.";
+    QTest::newRow("empty input") << QStringList {QString()}
+                                 << "2 inputs are required to explore keys."
+                                 << "Input dataset is empty.";
+    QTest::newRow("header only") << QStringList {QStringLiteral("name")}
+                                 << "2 inputs are required to explore keys."
+                                 << "Input dataset has no rows.";
+    QTest::newRow("two inputs") << QStringList {QStringLiteral("name\nAnn"),
+                                                QStringLiteral("name\nBob")}
+                                << notYet.arg(QStringLiteral("Keys"))
+                                << notYet.arg(QStringLiteral("Duplicates"));
+}
+
+void TestTransformItemWidget::exploreMessages()
+{
+    QFETCH(QStringList, inputs);
+    QFETCH(QString, keys);
+    QFETCH(QString, duplicates);
+    GraphScene scene;
+    QList<Node *> nodes;
+    for (int i = 0; i < inputs.size(); ++i)
+        nodes.append(addTextInput(scene, inputs.at(i), QPointF(0, 200 * i)));
+    TransformNode *node = addTransform(scene, new ExploringCase, nodes, QPointF(300, 0));
+    scene.process(GraphScene::RunAll);
+    TransformItemWidget page(node);
+    page.show();
+    QTest::mouseClick(page.exploreKeysButton(), Qt::LeftButton);
+    QTest::mouseClick(page.exploreDuplicatesButton(), Qt::LeftButton);
+    QCOMPARE(m_messages, (QStringList {keys, duplicates}));
+}
+
+void TestTransformItemWidget::editTempWritesTheWholeDataset()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(
+        scene, QStringLiteral("name,city\nAnn,Paris\nBob,\"Rome, Italy\""), QPointF());
+    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    runOnAllColumns(scene, node);
+    QList<QUrl> opened;
+    DesktopHooks::setOpenUrlHandler([&opened](const QUrl &url) {
+        opened.append(url);
+        return true;
+    });
+    TransformItemWidget page(node);
+    page.show();
+    QTest::mouseClick(page.editTempButton(), Qt::LeftButton);
+    QCOMPARE(opened.size(), 1);
+    QVERIFY(m_messages.isEmpty());
+    const QString path = opened.first().toLocalFile();
+    QVERIFY(path.endsWith(QLatin1String(".csv")));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QByteArray bytes = file.readAll();
+    file.close();
+    QFile::remove(path);
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes.remove(0, 3);
+    QCOMPARE(bytes, QByteArray("name,city\r\nann,paris\r\nbob,\"rome, italy\"\r\n"));
+
+    // A failed opening is told, with the file's path.
+    DesktopHooks::setOpenUrlHandler([](const QUrl &) { return false; });
+    QTest::mouseClick(page.editTempButton(), Qt::LeftButton);
+    QCOMPARE(m_messages.size(), 1);
+    QVERIFY(m_messages.first().startsWith(QStringLiteral("Unable to open '")));
+    QVERIFY(m_messages.first().endsWith(
+        QStringLiteral("'. Make sure there is an editor associated with this file type.")));
+}
+
+void TestTransformItemWidget::exportAsksBeforeReplacing_data()
+{
+    QTest::addColumn<bool>("replace");
+    QTest::newRow("replace") << true;
+    QTest::newRow("keep") << false;
+}
+
+void TestTransformItemWidget::exportAsksBeforeReplacing()
+{
+    QFETCH(bool, replace);
+    m_answer = replace ? QMessageBox::Yes : QMessageBox::No;
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("out.tsv"));
+    QFile old(path);
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    old.write("old");
+    old.close();
+    DesktopHooks::setSaveFileHandler(
+        [path](QWidget *, const QString &, const QString &, const QString &) { return path; });
+
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris"), QPointF());
+    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    runOnAllColumns(scene, node);
+    TransformItemWidget page(node);
+    page.show();
+    QTest::mouseClick(page.exportButton(), Qt::LeftButton);
+    QCOMPARE(
+        m_messages,
+        QStringList {QStringLiteral("%1 already exists.\nDo you want to replace it?").arg(path)});
+    QFile written(path);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    QByteArray bytes = written.readAll();
+    if (bytes.startsWith("\xEF\xBB\xBF"))
+        bytes.remove(0, 3);
+    QCOMPARE(bytes, replace ? QByteArray("name\tcity\r\nann\tparis\r\n") : QByteArray("old"));
+}
+
+TABULON_TEST_MAIN(TestTransformItemWidget)
+#include "tst_transformitemwidget.moc"
