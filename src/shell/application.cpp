@@ -325,10 +325,20 @@ void Application::takeSystemFont()
         m_fixedWidthFont = QFontDatabase::systemFont(QFontDatabase::FixedFont);
         if (m_applicationFont.pointSize() > 0)
             m_fixedWidthFont.setPointSize(m_applicationFont.pointSize());
-        // Some platforms (offscreen among them) answer with a proportional font.
+        // Some platforms (offscreen among them) answer with a proportional font, and the
+        // generic "monospace" may resolve to a family whose metrics Qt doesn't see as fixed.
         if (!QFontInfo(m_fixedWidthFont).fixedPitch()) {
-            m_fixedWidthFont.setFamily(QStringLiteral("monospace"));
             m_fixedWidthFont.setStyleHint(QFont::TypeWriter);
+            const QFontDatabase fonts;
+            QStringList candidates
+                = {QStringLiteral("DejaVu Sans Mono"), QStringLiteral("Liberation Mono"),
+                   QStringLiteral("Courier New"), QStringLiteral("monospace")};
+            candidates += fonts.families();
+            for (const QString &family : qAsConst(candidates)) {
+                m_fixedWidthFont.setFamily(family);
+                if (QFontInfo(m_fixedWidthFont).fixedPitch())
+                    break;
+            }
         }
     }
 }

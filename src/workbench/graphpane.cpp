@@ -351,7 +351,7 @@ void GraphPane::openTypeableMenu(const QString &firstLetters)
     menu->setFilterText(firstLetters);
     connect(menu, &TypeableMenu::transformChosen, this, &GraphPane::transformChosen);
     m_typeableMenu = menu;
-    menu->popup(viewport()->mapToGlobal(mapFromScene(around.center())));
+    menu->popupAt(viewport()->mapToGlobal(mapFromScene(around.center())));
 }
 
 void GraphPane::keyPressEvent(QKeyEvent *event)

@@ -37,6 +37,7 @@
 #include <QInputDialog>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPainter>
 #include <QProcess>
 #include <QScreen>
 #include <QShortcut>
@@ -286,6 +287,27 @@ void MainWindow::buildActions()
     connect(addAction(edit, QStringLiteral("EditDeleteAction"), QStringLiteral("&Delete"), {},
                       QStringLiteral("Delete the items selected in the center pane.")),
             &QAction::triggered, this, &MainWindow::onEditDeleteAction);
+    connect(addAction(edit, QStringLiteral("DisconnectSelected"), QStringLiteral("Dis&connect"),
+                      QKeySequence(QStringLiteral("Alt+D")),
+                      QStringLiteral("Remove all connections to and from the selected items.")),
+            &QAction::triggered, this, &MainWindow::onDisconnectSelected);
+    connect(addAction(edit, QStringLiteral("DisconnectFromSelected"),
+                      QStringLiteral("Disconnect &Outputs"), {},
+                      QStringLiteral("Remove the connections leaving the selected items.")),
+            &QAction::triggered, this, &MainWindow::onDisconnectFromSelected);
+    connect(addAction(edit, QStringLiteral("DisconnectToSelected"),
+                      QStringLiteral("Disconnect &Inputs"), {},
+                      QStringLiteral("Remove the connections entering the selected items.")),
+            &QAction::triggered, this, &MainWindow::onDisconnectToSelected);
+    connect(addAction(edit, QStringLiteral("DuplicateBranch"), QStringLiteral("Duplicate &Branch"),
+                      QKeySequence(QStringLiteral("Ctrl+D")),
+                      QStringLiteral("Copy the selected item and everything downstream of it.")),
+            &QAction::triggered, this, &MainWindow::onDuplicateBranch);
+    connect(addAction(edit, QStringLiteral("AddNote"), QStringLiteral("Add &Note"),
+                      QKeySequence(QStringLiteral("Ctrl+H")),
+                      QStringLiteral("Add a note beside the selected item, or under the cursor.")),
+            &QAction::triggered, this, &MainWindow::onAddNote);
+    edit->addSeparator();
     connect(addAction(edit, QStringLiteral("EditSelectAllAction"), QStringLiteral("Select &All"),
                       QKeySequence(QStringLiteral("Ctrl+A")),
                       QStringLiteral("Select All items in the center pane.")),
@@ -322,10 +344,12 @@ void MainWindow::buildActions()
                       QKeySequence(QStringLiteral("Ctrl+/")),
                       QStringLiteral("Zoom in to selected items on the center pane.")),
             &QAction::triggered, this, &MainWindow::onZoomSelected);
-    connect(addAction(view, QStringLiteral("MagnifyUnderCursor"), QStringLiteral("&Magnify Cursor"),
-                      {}, QStringLiteral("Toggle cursor magnification for the center pane."), {},
-                      true),
-            &QAction::toggled, this, &MainWindow::onMagnifyUnderCursor);
+    QAction *magnify = addAction(
+        view, QStringLiteral("MagnifyUnderCursor"), QStringLiteral("&Magnify Cursor"), {},
+        QStringLiteral("Toggle cursor magnification for the center pane."), {}, true);
+    magnify->setShortcuts(
+        {QKeySequence(QStringLiteral("Ctrl+M")), QKeySequence(QStringLiteral("Ctrl+Alt+L"))});
+    connect(magnify, &QAction::toggled, this, &MainWindow::onMagnifyUnderCursor);
     view->addSeparator();
     connect(addAction(view, QStringLiteral("SnapToGridToggled"), QStringLiteral("Snap To &Grid"),
                       {}, QStringLiteral("Snap items to a grid."), {}, true),
@@ -450,34 +474,32 @@ void MainWindow::buildActions()
     connect(addAction(help, QStringLiteral("About"), QStringLiteral("&About"), {}, {}),
             &QAction::triggered, this, &MainWindow::onAbout);
 
-    // The arrows walk the graph from the selected item.
     const struct
     {
         Qt::Key key;
-        int step;
-    } walks[] = {{Qt::Key_Left, 0}, {Qt::Key_Right, 1}, {Qt::Key_Up, 2}, {Qt::Key_Down, 3}};
-    for (const auto &walk : walks) {
-        auto *shortcut = new QShortcut(QKeySequence(Qt::CTRL | walk.key), this);
-        const int step = walk.step;
-        connect(shortcut, &QShortcut::activated, this, [this, step]() {
-            const QList<Node *> selected = selectedNodes();
-            if (selected.size() != 1)
-                return;
-            Node *from = selected.first();
-            Node *to = nullptr;
-            if (step == 0 || step == 1) {
-                const QList<Node *> next
-                    = step == 0 ? from->upstream(true) : from->downstream(true);
-                to = next.isEmpty() ? nullptr : next.first();
-            } else {
-                to = step == 2 ? from->previousSibling() : from->nextSibling();
-            }
-            if (!to)
-                return;
-            m_scene->clearSelection();
-            to->setSelected(true);
-            m_graphPane->ensureVisible(to);
-        });
+        void (MainWindow::*slot)();
+    } walks[] = {{Qt::Key_Left, &MainWindow::onCtrlKeyLeft},
+                 {Qt::Key_Right, &MainWindow::onCtrlKeyRight},
+                 {Qt::Key_Up, &MainWindow::onCtrlKeyUp},
+                 {Qt::Key_Down, &MainWindow::onCtrlKeyDown}};
+    for (const auto &walk : walks)
+        connect(new QShortcut(QKeySequence(Qt::CTRL | walk.key), this), &QShortcut::activated, this,
+                walk.slot);
+
+    using Slot = void (MainWindow::*)();
+    const Slot inputSlots[] = {&MainWindow::onCtrl1, &MainWindow::onCtrl2, &MainWindow::onCtrl3,
+                               &MainWindow::onCtrl4, &MainWindow::onCtrl5, &MainWindow::onCtrl6,
+                               &MainWindow::onCtrl7, &MainWindow::onCtrl8, &MainWindow::onCtrl9};
+    const Slot outputSlots[]
+        = {&MainWindow::onShiftCtrl1, &MainWindow::onShiftCtrl2, &MainWindow::onShiftCtrl3,
+           &MainWindow::onShiftCtrl4, &MainWindow::onShiftCtrl5, &MainWindow::onShiftCtrl6,
+           &MainWindow::onShiftCtrl7, &MainWindow::onShiftCtrl8, &MainWindow::onShiftCtrl9};
+    for (int digit = 0; digit < 9; ++digit) {
+        const int key = Qt::Key_1 + digit;
+        connect(new QShortcut(QKeySequence(Qt::CTRL | key), this), &QShortcut::activated, this,
+                inputSlots[digit]);
+        connect(new QShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | key), this),
+                &QShortcut::activated, this, outputSlots[digit]);
     }
 }
 
@@ -534,6 +556,8 @@ void MainWindow::buildPanes()
     connect(m_actionPane, &ActionPane::transformClicked, this, &MainWindow::onTransformClicked);
     connect(m_actionPane, &ActionPane::hoverStatusChanged, this,
             [this](bool hovered, const Transform *prototype) {
+                if (prototype)
+                    m_graphPane->onHighlightTransformNodes(hovered, prototype);
                 if (hovered && prototype)
                     m_statusBar->showMessage(prototype->description());
                 else
@@ -549,7 +573,12 @@ void MainWindow::buildPanes()
         QMenu menu(this);
         menu.addAction(m_actions.value(QStringLiteral("RunSelectedAction")));
         menu.addAction(m_actions.value(QStringLiteral("ZoomSelected")));
+        menu.addAction(m_actions.value(QStringLiteral("DuplicateBranch")));
+        menu.addAction(m_actions.value(QStringLiteral("AddNote")));
         menu.addSeparator();
+        menu.addAction(m_actions.value(QStringLiteral("DisconnectSelected")));
+        menu.addAction(m_actions.value(QStringLiteral("DisconnectFromSelected")));
+        menu.addAction(m_actions.value(QStringLiteral("DisconnectToSelected")));
         menu.addAction(m_actions.value(QStringLiteral("EditDeleteAction")));
         menu.exec(pos);
     });
@@ -967,7 +996,7 @@ bool MainWindow::open(const QString &path)
 
     if (!messages.isEmpty())
         message(this, QMessageBox::Warning, s_productName, messages.join(QLatin1Char('\n')));
-    askForMissingInputs();
+    const bool inputsChanged = askForMissingInputs();
     if (autoRun) {
         GraphScene::setStopRequested(false);
         m_scene->process(GraphScene::RunChanges);
@@ -975,7 +1004,8 @@ bool MainWindow::open(const QString &path)
     refreshStatusCounts();
     onUpdateRunStatus();
 
-    setWindowModified(recovery);
+    // A newly chosen input file is a change the saved document doesn't hold yet.
+    setWindowModified(recovery || inputsChanged);
     if (!recovery) {
         addRecentDocument(m_documentPath);
         if (Application *application = Application::instance())
@@ -987,15 +1017,16 @@ bool MainWindow::open(const QString &path)
     return true;
 }
 
-void MainWindow::askForMissingInputs()
+bool MainWindow::askForMissingInputs()
 {
     const QList<InputNode *> missing = inputsWithMissingFiles(*m_scene);
     if (missing.isEmpty() || !isVisible())
-        return;
+        return false;
     if (message(this, QMessageBox::Question, s_productName, missingInputFilesQuestion(missing),
                 QMessageBox::Yes | QMessageBox::No, QMessageBox::Yes)
         != QMessageBox::Yes)
-        return;
+        return false;
+    bool changed = false;
     for (InputNode *input : missing) {
         const QString folder = Application::instance() ? Application::instance()->lastDataFolder()
                                                        : QFileInfo(input->path()).absolutePath();
@@ -1006,8 +1037,9 @@ void MainWindow::askForMissingInputs()
             continue;
         input->setPath(chosen);
         input->setStatus(Node::NeedsUpdate, true);
-        setWindowModified(true);
+        changed = true;
     }
+    return changed;
 }
 
 bool MainWindow::save(const QString &path)
@@ -1249,6 +1281,196 @@ void MainWindow::onEditDeleteAction()
         return;
     m_itemPane->flush();
     m_scene->deleteSelectedByUser();
+}
+
+void MainWindow::disconnectSelected(int direction)
+{
+    if (m_scene->isProcessing() || selectedNodes().isEmpty())
+        return;
+    const auto which = static_cast<GraphScene::Disconnect>(direction);
+    const int atRisk = m_scene->columnOptionsAtRisk(which);
+    if (atRisk > 0) {
+        const QString question
+            = QStringLiteral("This disconnection may reset %1 column related option(s) "
+                             "downstream. Are you sure you want to do that?\n\nNote that you "
+                             "can insert a transform by selecting an exiting connection then "
+                             "adding a transform.")
+                  .arg(atRisk);
+        if (message(this, QMessageBox::Question, s_productName, question,
+                    QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Ok)
+            != QMessageBox::Ok)
+            return;
+    }
+    m_itemPane->flush();
+    m_scene->disconnectSelectedByUser(which);
+}
+
+void MainWindow::onDisconnectSelected()
+{
+    disconnectSelected(static_cast<int>(GraphScene::Disconnect::Both));
+}
+
+void MainWindow::onDisconnectFromSelected()
+{
+    disconnectSelected(static_cast<int>(GraphScene::Disconnect::Out));
+}
+
+void MainWindow::onDisconnectToSelected()
+{
+    disconnectSelected(static_cast<int>(GraphScene::Disconnect::In));
+}
+
+void MainWindow::onDuplicateBranch()
+{
+    if (m_scene->isProcessing() || selectedNodes().size() != 1)
+        return;
+    m_itemPane->flush();
+    m_scene->duplicateBranchByUser();
+}
+
+void MainWindow::onAddNote()
+{
+    if (m_scene->isProcessing())
+        return;
+    // Over the selected item the note finds a free side of it; else it goes under the cursor.
+    const QList<Node *> selected = selectedNodes();
+    QPointF at;
+    if (selected.size() == 1) {
+        at = selected.first()->centrePos();
+    } else {
+        const QPoint cursor = m_graphPane->viewport()->mapFromGlobal(QCursor::pos());
+        at = m_graphPane->viewport()->rect().contains(cursor)
+            ? m_graphPane->mapToScene(cursor)
+            : m_graphPane->mapToScene(m_graphPane->viewport()->rect().center());
+    }
+    m_scene->addNoteByUser(at);
+}
+
+void MainWindow::selectAndShow(Node *node)
+{
+    if (!node)
+        return;
+    m_scene->clearSelection();
+    node->setSelected(true);
+    m_graphPane->ensureVisible(node);
+}
+
+void MainWindow::walkSelection(int step)
+{
+    const QList<Node *> selected = selectedNodes();
+    if (selected.size() != 1)
+        return;
+    Node *from = selected.first();
+    Node *to = nullptr;
+    if (step == 0 || step == 1) {
+        const QList<Node *> next = step == 0 ? from->upstream(true) : from->downstream(true);
+        to = next.isEmpty() ? nullptr : next.first();
+    } else {
+        to = step == 2 ? from->previousSibling() : from->nextSibling();
+    }
+    selectAndShow(to);
+}
+
+void MainWindow::onCtrlKeyLeft()
+{
+    walkSelection(0);
+}
+
+void MainWindow::onCtrlKeyRight()
+{
+    walkSelection(1);
+}
+
+void MainWindow::onCtrlKeyUp()
+{
+    walkSelection(2);
+}
+
+void MainWindow::onCtrlKeyDown()
+{
+    walkSelection(3);
+}
+
+void MainWindow::selectNthOfType(int itemType, int n)
+{
+    // Counted as the user reads the canvas: columns left to right, each top to bottom.
+    QList<Node *> nodes = m_scene->nodesOfType(itemType);
+    GraphScene::sortLeftToRight(nodes);
+    if (n >= 1 && n <= nodes.size())
+        selectAndShow(nodes.at(n - 1));
+}
+
+void MainWindow::onCtrl1()
+{
+    selectNthOfType(Node::InputType, 1);
+}
+void MainWindow::onCtrl2()
+{
+    selectNthOfType(Node::InputType, 2);
+}
+void MainWindow::onCtrl3()
+{
+    selectNthOfType(Node::InputType, 3);
+}
+void MainWindow::onCtrl4()
+{
+    selectNthOfType(Node::InputType, 4);
+}
+void MainWindow::onCtrl5()
+{
+    selectNthOfType(Node::InputType, 5);
+}
+void MainWindow::onCtrl6()
+{
+    selectNthOfType(Node::InputType, 6);
+}
+void MainWindow::onCtrl7()
+{
+    selectNthOfType(Node::InputType, 7);
+}
+void MainWindow::onCtrl8()
+{
+    selectNthOfType(Node::InputType, 8);
+}
+void MainWindow::onCtrl9()
+{
+    selectNthOfType(Node::InputType, 9);
+}
+void MainWindow::onShiftCtrl1()
+{
+    selectNthOfType(Node::OutputType, 1);
+}
+void MainWindow::onShiftCtrl2()
+{
+    selectNthOfType(Node::OutputType, 2);
+}
+void MainWindow::onShiftCtrl3()
+{
+    selectNthOfType(Node::OutputType, 3);
+}
+void MainWindow::onShiftCtrl4()
+{
+    selectNthOfType(Node::OutputType, 4);
+}
+void MainWindow::onShiftCtrl5()
+{
+    selectNthOfType(Node::OutputType, 5);
+}
+void MainWindow::onShiftCtrl6()
+{
+    selectNthOfType(Node::OutputType, 6);
+}
+void MainWindow::onShiftCtrl7()
+{
+    selectNthOfType(Node::OutputType, 7);
+}
+void MainWindow::onShiftCtrl8()
+{
+    selectNthOfType(Node::OutputType, 8);
+}
+void MainWindow::onShiftCtrl9()
+{
+    selectNthOfType(Node::OutputType, 9);
 }
 
 void MainWindow::onEditSelectAllAction()
@@ -1642,8 +1864,27 @@ void MainWindow::onItemPaneClosed()
 
 QIcon MainWindow::themedIcon(const QString &name) const
 {
-    return QIcon(QStringLiteral(":/icons/%1/%2.svg")
-                     .arg(m_darkTheme ? QStringLiteral("dark") : QStringLiteral("light"), name));
+    const QIcon drawing(
+        QStringLiteral(":/icons/%1/%2.svg")
+            .arg(m_darkTheme ? QStringLiteral("dark") : QStringLiteral("light"), name));
+    if (!m_darkTheme)
+        return drawing;
+    // The style greys a disabled icon towards the light palette, which on a dark bar looks
+    // as bright as an enabled one; fade it instead, at every size the tool bar offers.
+    QIcon icon;
+    for (const int side : {16, 24, 32, 48}) {
+        const QPixmap normal = drawing.pixmap(side, side);
+        icon.addPixmap(normal, QIcon::Normal);
+        QPixmap faded(normal.size());
+        faded.setDevicePixelRatio(normal.devicePixelRatio());
+        faded.fill(Qt::transparent);
+        QPainter painter(&faded);
+        painter.setOpacity(0.3);
+        painter.drawPixmap(0, 0, normal);
+        painter.end();
+        icon.addPixmap(faded, QIcon::Disabled);
+    }
+    return icon;
 }
 
 void MainWindow::applyTheme()
@@ -1808,6 +2049,11 @@ void MainWindow::onGraphSelectionChanged()
     m_actionPane->setSelection(selected);
     m_itemPane->showItems(selectedNodes());
     m_actions.value(QStringLiteral("EditDeleteAction"))->setEnabled(!selected.isEmpty());
+    const QList<Node *> nodes = selectedNodes();
+    for (const char *name :
+         {"DisconnectSelected", "DisconnectFromSelected", "DisconnectToSelected"})
+        m_actions.value(QLatin1String(name))->setEnabled(!nodes.isEmpty());
+    m_actions.value(QStringLiteral("DuplicateBranch"))->setEnabled(nodes.size() == 1);
     m_actions.value(QStringLiteral("ZoomSelected"))->setEnabled(!selected.isEmpty());
     onUpdateRunStatus();
 }

@@ -104,6 +104,34 @@ public slots:
     void onEditRedo();
     void onEditDeleteAction();
     void onEditSelectAllAction();
+    void onDisconnectSelected();
+    void onDisconnectFromSelected();
+    void onDisconnectToSelected();
+    void onDuplicateBranch();
+    void onAddNote();
+    void onCtrlKeyLeft();
+    void onCtrlKeyRight();
+    void onCtrlKeyUp();
+    void onCtrlKeyDown();
+    // Ctrl+digit selects the n-th input, Ctrl+Shift+digit the n-th output.
+    void onCtrl1();
+    void onCtrl2();
+    void onCtrl3();
+    void onCtrl4();
+    void onCtrl5();
+    void onCtrl6();
+    void onCtrl7();
+    void onCtrl8();
+    void onCtrl9();
+    void onShiftCtrl1();
+    void onShiftCtrl2();
+    void onShiftCtrl3();
+    void onShiftCtrl4();
+    void onShiftCtrl5();
+    void onShiftCtrl6();
+    void onShiftCtrl7();
+    void onShiftCtrl8();
+    void onShiftCtrl9();
     void onEditPaste();
     void onFind();
     void onEditLocale();
@@ -185,13 +213,18 @@ private:
     void updateZoomActions();
     void arrangeRunActions(bool autoRun);
     void applyTheme();
-    void askForMissingInputs();
+    // True when the user chose a new file for any input.
+    bool askForMissingInputs();
     QString chooseFile(const QString &title, const QString &folder, const QString &filter,
                        bool save);
     void addInputFile(const QString &path, const QPointF &scenePos, bool first);
     DocumentData currentData() const;
     QList<Node *> selectedNodes() const;
     void refreshStatusCounts();
+    void disconnectSelected(int direction);
+    void selectAndShow(Node *node);
+    void walkSelection(int step);
+    void selectNthOfType(int itemType, int n);
     void installMemoryHandler();
     QIcon themedIcon(const QString &name) const;
 

@@ -61,6 +61,9 @@ void NodeStatusWidget::setNodes(const QList<Node *> &nodes)
 {
     m_counts.fill(0);
     for (const Node *node : nodes) {
+        // A note never runs; counted, it would stand as an empty dataset nobody can fill.
+        if (node->type() == Node::NoteType)
+            continue;
         const int icon = static_cast<int>(node->statusIcon());
         if (icon >= 0 && icon < IconCount)
             ++m_counts[icon];

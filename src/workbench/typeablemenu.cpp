@@ -2,7 +2,9 @@
 
 #include "transforms/framework/transform.h"
 
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QScreen>
 
 namespace {
 
@@ -78,8 +80,30 @@ void TypeableMenu::rebuild()
         addAction(QStringLiteral("%1 more...").arg(m_matches.size() - shown))->setEnabled(false);
     if (first)
         setActiveAction(first);
-    if (isVisible())
+    if (isVisible()) {
         adjustSize();
+        followAnchor();
+    }
+}
+
+void TypeableMenu::popupAt(const QPoint &anchor)
+{
+    m_anchor = anchor;
+    m_anchored = true;
+    popup(anchor);
+}
+
+void TypeableMenu::followAnchor()
+{
+    if (!m_anchored)
+        return;
+    QPoint at = m_anchor;
+    if (const QScreen *screen = QGuiApplication::screenAt(m_anchor)) {
+        const QRect room = screen->availableGeometry();
+        at.setX(std::max(room.left(), std::min(at.x(), room.right() + 1 - width())));
+        at.setY(std::max(room.top(), std::min(at.y(), room.bottom() + 1 - height())));
+    }
+    move(at);
 }
 
 void TypeableMenu::choose(QAction *action)

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QMenu>
+#include <QPoint>
 
 class Transform;
 
@@ -19,6 +20,10 @@ public:
 
     QString filterText() const { return m_filter; }
     void setFilterText(const QString &text);
+    // Shows the menu with its corner at anchor. While the list shrinks and grows with typing the
+    // menu comes back to that corner whenever it fits there, instead of staying where the first,
+    // longer list had to be pushed to fit on the screen.
+    void popupAt(const QPoint &anchor);
     // The transforms shown, best match first.
     QList<const Transform *> matches() const { return m_matches; }
 
@@ -36,10 +41,13 @@ protected:
 
 private:
     void rebuild();
+    void followAnchor();
     void choose(QAction *action);
 
     QList<Transform *> m_prototypes;
     QList<const Transform *> m_matches;
     QString m_filter;
     QAction *m_heading = nullptr;
+    QPoint m_anchor;
+    bool m_anchored = false;
 };

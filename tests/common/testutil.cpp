@@ -5,7 +5,9 @@
 #include "graph/transformnode.h"
 #include "transforms/framework/transform.h"
 
+#include <QFile>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 
 Dataset makeDataset(const QList<QStringList> &rows, bool withHeader)
 {
@@ -62,6 +64,11 @@ void prepareTestEnvironment()
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QStandardPaths::setTestModeEnabled(true);
+    // Recovery files and temporary copies go to the temporary folder; a private one keeps a
+    // test from leaving a recovery file that a real window would later offer to restore.
+    static QTemporaryDir temporaryFolder;
+    if (temporaryFolder.isValid())
+        qputenv("TMPDIR", QFile::encodeName(temporaryFolder.path()));
 }
 
 InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos)

@@ -4,8 +4,15 @@
 #include "graph/graphscene.h"
 #include "graph/inputnode.h"
 #include "graph/node.h"
+#include "graph/notenode.h"
+#include "graph/outputnode.h"
+#include "graph/overlays.h"
+#include "graph/transformnode.h"
 #include "graph/undo.h"
 #include "shell/settings.h"
+#include "transforms/framework/transform.h"
+#include "transforms/transformclone.h"
+#include "workbench/actionpane.h"
 #include "workbench/graphpane.h"
 #include "workbench/logpane.h"
 #include "workbench/mainwindow.h"
@@ -84,6 +91,10 @@ private slots:
     void saveAsThenReopenGivesTheSameGraph();
     void openFailureResetsToNewDocument();
     void openRecordsRecentDocument();
+    void openOfHeldDocumentAsks_data();
+    void openOfHeldDocumentAsks();
+    void openAsksForMissingInputs();
+    void openWarnsAboutLaterVersion();
 
     void droppedFilesBecomeInputs_data();
     void droppedFilesBecomeInputs();
@@ -92,6 +103,14 @@ private slots:
     void droppedFolderAboveLimitAsks();
     void droppedDocumentIsOpened();
     void pasteOfUnknownDataIsRefused();
+
+    void clickedTransformTakesSelectionInCanvasOrder();
+    void draggingFromHandleConnects();
+    void deleteKeyBridgesTransform();
+    void disconnectAsksAboutColumnOptions_data();
+    void disconnectAsksAboutColumnOptions();
+    void keyboardWalksAndDuplicates();
+    void undoRunsAfterDelay();
 
     void elevenEditsLeaveTenUndos();
     void undoAfterUndoPushesNothing();
@@ -106,6 +125,16 @@ private slots:
     void statusIconsCountAndSelect();
 
 private:
+    // Mouse events on the canvas at scene points, as a user's hand would send them.
+    void mouse(QEvent::Type type, const QPointF &scenePos, Qt::MouseButtons buttons,
+               Qt::MouseButton button = Qt::NoButton,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void clickItem(const Node *node, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
+    void dragItem(const Node *node, const QPointF &by);
+    TransformButton *transformButton(const QString &typeName) const;
+    // A private copy of the example, so that no other program's lock or outputs get in the way.
+    QString exampleDocument() const;
+
     MainWindow *m_window = nullptr;
     QTemporaryDir *m_dir = nullptr;
     Settings *m_settings = nullptr;
@@ -118,6 +147,9 @@ void TestMainWindow::initTestCase()
 {
     m_dir = new QTemporaryDir;
     QVERIFY(m_dir->isValid());
+    // The recovery file lives in the temporary folder; keep ours away from a running program.
+    QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("tmp")));
+    qputenv("TMPDIR", QFile::encodeName(m_dir->filePath(QStringLiteral("tmp"))));
     m_settings = new Settings(m_dir->filePath(QStringLiteral("tabulon.ini")));
     Settings::setInstance(m_settings);
     MainWindow::setMessageHook([this](QMessageBox::Icon, const QString &, const QString &text,
@@ -163,6 +195,54 @@ void TestMainWindow::cleanupTestCase()
     delete m_dir;
 }
 
+void TestMainWindow::mouse(QEvent::Type type, const QPointF &scenePos, Qt::MouseButtons buttons,
+                           Qt::MouseButton button, Qt::KeyboardModifiers modifiers)
+{
+    GraphPane *pane = m_window->graphPane();
+    const QPoint at = pane->mapFromScene(scenePos);
+    QMouseEvent event(type, at, pane->viewport()->mapToGlobal(at), button, buttons, modifiers);
+    QApplication::sendEvent(pane->viewport(), &event);
+}
+
+void TestMainWindow::clickItem(const Node *node, Qt::KeyboardModifiers modifiers)
+{
+    const QPointF at = node->pos() + node->headerRect().center();
+    mouse(QEvent::MouseMove, at, Qt::NoButton);
+    mouse(QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton, modifiers);
+    mouse(QEvent::MouseButtonRelease, at, Qt::NoButton, Qt::LeftButton, modifiers);
+}
+
+void TestMainWindow::dragItem(const Node *node, const QPointF &by)
+{
+    const QPointF grip = node->pos() + node->headerRect().center();
+    mouse(QEvent::MouseMove, grip, Qt::NoButton);
+    mouse(QEvent::MouseButtonPress, grip, Qt::LeftButton, Qt::LeftButton);
+    for (int step = 1; step <= 5; ++step)
+        mouse(QEvent::MouseMove, grip + by * step / 5.0, Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, grip + by, Qt::NoButton, Qt::LeftButton);
+}
+
+TransformButton *TestMainWindow::transformButton(const QString &typeName) const
+{
+    const QList<TransformButton *> buttons = m_window->actionPane()->transformButtons();
+    for (TransformButton *button : buttons) {
+        if (button->prototype()->typeName() == typeName)
+            return button;
+    }
+    return nullptr;
+}
+
+QString TestMainWindow::exampleDocument() const
+{
+    const QString folder = m_dir->filePath(QStringLiteral("example"));
+    const QString document = folder + QStringLiteral("/sales.tabulon");
+    if (QDir().mkpath(folder) && copyFile(QFINDTESTDATA("../../examples/sales.tabulon"), document)
+        && copyFile(QFINDTESTDATA("../../examples/sales.csv"),
+                    folder + QStringLiteral("/sales.csv")))
+        return document;
+    return QString();
+}
+
 void TestMainWindow::openedDocumentRunsAndWritesItsOutput()
 {
     // The document writes output.csv beside itself; work on a copy so the source tree stays.
@@ -185,7 +265,7 @@ void TestMainWindow::openedDocumentRunsAndWritesItsOutput()
 void TestMainWindow::openShowsTheSavedGraph_data()
 {
     QTest::addColumn<QString>("path");
-    QTest::newRow("example") << QFINDTESTDATA("../../examples/sales.tabulon");
+    QTest::newRow("example") << exampleDocument();
     QTest::newRow("input, transform, output")
         << QStringLiteral(TABULON_TEST_DATA "/documents/cli_case/document.tabulon");
 }
@@ -213,7 +293,7 @@ void TestMainWindow::openShowsTheSavedGraph()
 void TestMainWindow::saveAsThenReopenGivesTheSameGraph()
 {
     m_settings->setOpenAutoRun(0);
-    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    const QString example = exampleDocument();
     QVERIFY(m_window->open(example));
     const QString before = canonicalText(*m_window->graphScene(), example);
 
@@ -247,11 +327,85 @@ void TestMainWindow::openFailureResetsToNewDocument()
 void TestMainWindow::openRecordsRecentDocument()
 {
     m_settings->setOpenAutoRun(0);
-    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    const QString example = exampleDocument();
     QVERIFY(m_window->open(example));
     QCOMPARE(m_settings->recentDocs().value(0),
              QDir::toNativeSeparators(QFileInfo(example).absoluteFilePath()));
     QVERIFY(m_window->action(QStringLiteral("FileOpenRecentAction"))->isEnabled());
+}
+
+void TestMainWindow::openOfHeldDocumentAsks_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("opened");
+    QTest::newRow("cancel") << int(QMessageBox::Cancel) << false;
+    QTest::newRow("ok") << int(QMessageBox::Ok) << true;
+}
+
+void TestMainWindow::openOfHeldDocumentAsks()
+{
+    QFETCH(int, answer);
+    QFETCH(bool, opened);
+    m_settings->setOpenAutoRun(0);
+    const QString source = QStringLiteral(TABULON_TEST_DATA "/documents/cli_case");
+    QTemporaryDir work;
+    const QString document = work.filePath(QStringLiteral("document.tabulon"));
+    QVERIFY(copyFile(source + QStringLiteral("/document.tabulon"), document));
+    QVERIFY(copyFile(source + QStringLiteral("/input.csv"),
+                     work.filePath(QStringLiteral("input.csv"))));
+    // Another window has it open.
+    DocumentLock other;
+    QVERIFY(other.acquire(document));
+
+    m_answers = {QMessageBox::StandardButton(answer)};
+    QCOMPARE(m_window->open(document), opened);
+    QCOMPARE(m_asked.size(), 1);
+    QCOMPARE(m_asked.first().text,
+             DocumentLock::failureMessage(QDir::toNativeSeparators(document)));
+    QCOMPARE(m_asked.first().buttons, QMessageBox::Ok | QMessageBox::Cancel);
+    QCOMPARE(m_window->documentPath().isEmpty(), !opened);
+    QCOMPARE(m_window->graphScene()->nodes().isEmpty(), !opened);
+}
+
+void TestMainWindow::openAsksForMissingInputs()
+{
+    m_settings->setOpenAutoRun(0);
+    // The document without its data file beside it.
+    QTemporaryDir work;
+    const QString document = work.filePath(QStringLiteral("sales.tabulon"));
+    QVERIFY(copyFile(exampleDocument(), document));
+    const QString replacement = work.filePath(QStringLiteral("march.csv"));
+    QVERIFY(writeText(replacement, "id,first name\n1,ann\n"));
+
+    m_answers = {QMessageBox::Yes};
+    m_chosenFiles = QStringList {replacement};
+    QVERIFY(m_window->open(document));
+    QCOMPARE(m_asked.size(), 1);
+    QVERIFY2(m_asked.first().text.startsWith(
+                 QStringLiteral("The following input file cannot be found:\n\n")),
+             qPrintable(m_asked.first().text));
+    QCOMPARE(m_asked.first().buttons, QMessageBox::Yes | QMessageBox::No);
+    auto *input
+        = static_cast<InputNode *>(m_window->graphScene()->nodesOfType(Node::InputType).first());
+    QCOMPARE(QFileInfo(input->path()).absoluteFilePath(), replacement);
+    QVERIFY(m_window->isWindowModified());
+}
+
+void TestMainWindow::openWarnsAboutLaterVersion()
+{
+    m_settings->setOpenAutoRun(0);
+    QString text
+        = readAll(QStringLiteral(TABULON_TEST_DATA "/documents/cli_case/document.tabulon"));
+    QVERIFY(text.contains(QStringLiteral("<version value=\"81\"/>")));
+    text.replace(QStringLiteral("<version value=\"81\"/>"),
+                 QStringLiteral("<version value=\"95\"/>"));
+    const QString later = m_dir->filePath(QStringLiteral("later.tabulon"));
+    QVERIFY(writeText(later, text.toUtf8()));
+    QVERIFY(m_window->open(later));
+    QCOMPARE(m_asked.size(), 2);
+    // The missing input comes first; the warning last, once the graph stands.
+    QCOMPARE(m_asked.last().text, laterVersionWarning());
+    QVERIFY(!m_window->graphScene()->nodes().isEmpty());
 }
 
 void TestMainWindow::droppedFilesBecomeInputs_data()
@@ -315,6 +469,11 @@ void TestMainWindow::dropEventOnCanvasAddsInput()
     auto *input
         = static_cast<InputNode *>(m_window->graphScene()->nodesOfType(Node::InputType).first());
     QCOMPARE(QFileInfo(input->path()).absoluteFilePath(), QFileInfo(path).absoluteFilePath());
+    // It stands where it was dropped, is the selection, and runs at once.
+    QVERIFY(input->sceneBoundingRect().contains(m_window->graphPane()->mapToScene(at)));
+    QVERIFY(input->isSelected());
+    QTRY_COMPARE(input->status(), int(Node::UpToDate));
+    QCOMPARE(input->dataset()->rows(), QList<QStringList>({{"1", "2"}}));
 }
 
 void TestMainWindow::droppedFolderAboveLimitAsks_data()
@@ -356,7 +515,7 @@ void TestMainWindow::droppedFolderAboveLimitAsks()
 void TestMainWindow::droppedDocumentIsOpened()
 {
     m_settings->setOpenAutoRun(0);
-    const QString example = QFINDTESTDATA("../../examples/sales.tabulon");
+    const QString example = exampleDocument();
     QVERIFY(!m_window->isWindowModified());
     m_window->addFiles({QUrl::fromLocalFile(example)}, QPointF());
     QCOMPARE(m_window->documentPath(), QFileInfo(example).absoluteFilePath());
@@ -384,6 +543,231 @@ void TestMainWindow::pasteOfUnknownDataIsRefused()
     m_window->action(QStringLiteral("EditPaste"))->trigger();
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add clipboard"));
+}
+
+void TestMainWindow::clickedTransformTakesSelectionInCanvasOrder()
+{
+    m_window->addClipboardText(QStringLiteral("n\ntop\n"), QPointF(0, 0));
+    m_window->addClipboardText(QStringLiteral("n\nbottom\n"), QPointF(0, 240));
+    GraphScene *scene = m_window->graphScene();
+    QList<Node *> inputs = scene->nodesOfType(Node::InputType);
+    GraphScene::sortTopToBottom(inputs);
+    Node *top = inputs.at(0);
+    Node *bottom = inputs.at(1);
+    QTRY_COMPARE(bottom->status(), int(Node::UpToDate));
+
+    // Picked bottom first: the order of the clicks must not matter, only the canvas.
+    clickItem(bottom);
+    clickItem(top, Qt::ControlModifier);
+    QCOMPARE(scene->selectedItems().size(), 2);
+    TransformButton *stackButton = transformButton(QStringLiteral("Stack"));
+    QVERIFY(stackButton);
+    QVERIFY(stackButton->isVisible());
+    QVERIFY(stackButton->isEnabled());
+    QTest::mouseClick(stackButton, Qt::LeftButton);
+
+    QCOMPARE(countOfType(scene, Node::TransformType), 1);
+    Node *stack = scene->nodesOfType(Node::TransformType).first();
+    QCOMPARE(stack->upstream(true), QList<Node *>({top, bottom}));
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add 'Stack'"));
+    QVERIFY(stack->isSelected());
+    QVERIFY(stack->pos().x() > top->pos().x());
+    QTRY_COMPARE(stack->status(), int(Node::UpToDate));
+    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"top"}, {"bottom"}}));
+
+    // Dragging the lower input above the other swaps the inputs of the transform.
+    dragItem(bottom, QPointF(0, -480));
+    QVERIFY(bottom->pos().y() < top->pos().y());
+    QCOMPARE(stack->upstream(true), QList<Node *>({bottom, top}));
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("move item(s)"));
+    m_window->action(QStringLiteral("RunEverythingAction"))->setEnabled(true);
+    m_window->onRunEverythingAction();
+    QTRY_COMPARE(stack->status(), int(Node::UpToDate));
+    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
+
+    // What was built by hand survives a save and a reopen.
+    const QString saved = m_dir->filePath(QStringLiteral("built.tabulon"));
+    QVERIFY(m_window->save(saved));
+    const QString before = canonicalText(*m_window->graphScene(), saved);
+    m_window->newDocument();
+    QVERIFY(m_window->open(saved));
+    QCOMPARE(canonicalText(*m_window->graphScene(), saved), before);
+    Node *reopened = m_window->graphScene()->nodesOfType(Node::TransformType).first();
+    QTRY_COMPARE(reopened->status(), int(Node::UpToDate));
+    QCOMPARE(reopened->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
+}
+
+void TestMainWindow::draggingFromHandleConnects()
+{
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
+    GraphScene *scene = m_window->graphScene();
+    Node *input = scene->nodesOfType(Node::InputType).first();
+    auto *full = new OutputNode(-1, m_dir->filePath(QStringLiteral("full.csv")));
+    scene->addNode(full);
+    full->setPos(400, 240);
+    QVERIFY(scene->connectNodes(input, full));
+    auto *empty = new OutputNode(-1, m_dir->filePath(QStringLiteral("empty.csv")));
+    scene->addNode(empty);
+    empty->setPos(400, 0);
+    m_window->graphPane()->centerOn(300, 150);
+
+    mouse(QEvent::MouseMove, input->centrePos(), Qt::NoButton);
+    QTRY_VERIFY(input->connectFromOverlay());
+    const QPointF handle = input->connectFromOverlay()->scenePos();
+    mouse(QEvent::MouseButtonPress, handle, Qt::LeftButton, Qt::LeftButton);
+    // An output takes one input: only the empty one is offered.
+    QVERIFY(empty->connectToOverlay());
+    QVERIFY(!full->connectToOverlay());
+    const QPointF target = empty->connectToOverlay()->scenePos();
+    mouse(QEvent::MouseMove, (handle + target) / 2.0, Qt::LeftButton);
+    mouse(QEvent::MouseMove, target, Qt::LeftButton);
+    mouse(QEvent::MouseButtonRelease, target, Qt::NoButton, Qt::LeftButton);
+
+    QVERIFY(empty->isConnectedFrom(input));
+    QCOMPARE(input->connections(ConnectionDirection::Out).size(), 2);
+    QVERIFY(!ConnectionMaker::isActive(scene));
+    QCOMPARE(m_window->action(QStringLiteral("EditUndo"))->text(),
+             QStringLiteral("&Undo add connection"));
+    QVERIFY(m_window->isWindowModified());
+    QCOMPARE(empty->status(), int(Node::NeedsUpdate));
+
+    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    Node *restored = m_window->graphScene()->nodeById(empty->id());
+    QVERIFY(restored);
+    QVERIFY(restored->connections(ConnectionDirection::In).isEmpty());
+}
+
+void TestMainWindow::deleteKeyBridgesTransform()
+{
+    m_settings->setOpenAutoRun(0);
+    m_window->newDocument();
+    GraphScene *scene = m_window->graphScene();
+    InputNode *source = addTextInput(*scene, QStringLiteral("n\n1\n"), QPointF(0, 0));
+    TransformNode *middle = addTransform(*scene, new TransformClone, {source}, QPointF(240, 0));
+    TransformNode *upper = addTransform(*scene, new TransformClone, {middle}, QPointF(480, -120));
+    TransformNode *lower = addTransform(*scene, new TransformClone, {middle}, QPointF(480, 120));
+    m_window->graphPane()->centerOn(middle);
+
+    clickItem(middle);
+    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({middle}));
+    QTest::keyClick(m_window->graphPane()->viewport(), Qt::Key_Delete);
+
+    QCOMPARE(scene->nodes().size(), 3);
+    QCOMPARE(scene->allConnections().size(), 2);
+    QCOMPARE(source->downstream(true), QList<Node *>({upper, lower}));
+    QCOMPARE(upper->status(), int(Node::NeedsUpdate));
+    QCOMPARE(lower->status(), int(Node::NeedsUpdate));
+    QCOMPARE(m_window->action(QStringLiteral("EditUndo"))->text(), QStringLiteral("&Undo delete"));
+}
+
+void TestMainWindow::disconnectAsksAboutColumnOptions_data()
+{
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<bool>("disconnected");
+    QTest::newRow("cancel") << int(QMessageBox::Cancel) << false;
+    QTest::newRow("ok") << int(QMessageBox::Ok) << true;
+}
+
+void TestMainWindow::disconnectAsksAboutColumnOptions()
+{
+    QFETCH(int, answer);
+    QFETCH(bool, disconnected);
+    m_settings->setOpenAutoRun(0);
+    QVERIFY(m_window->open(exampleDocument()));
+    GraphScene *scene = m_window->graphScene();
+    Node *input = scene->nodesOfType(Node::InputType).first();
+    const int connections = scene->allConnections().size();
+    m_window->graphPane()->centerOn(input);
+    clickItem(input);
+    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({input}));
+
+    m_answers = {QMessageBox::StandardButton(answer)};
+    m_window->action(QStringLiteral("DisconnectFromSelected"))->trigger();
+    QCOMPARE(m_asked.size(), 1);
+    QVERIFY2(m_asked.first().text.startsWith(QStringLiteral("This disconnection may reset ")),
+             qPrintable(m_asked.first().text));
+    QCOMPARE(m_asked.first().buttons, QMessageBox::Ok | QMessageBox::Cancel);
+    QCOMPARE(input->connections(ConnectionDirection::Out).isEmpty(), disconnected);
+    QCOMPARE(scene->allConnections().size(), connections - (disconnected ? 1 : 0));
+    QCOMPARE(m_window->isWindowModified(), disconnected);
+    if (disconnected)
+        QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("disconnect"));
+}
+
+void TestMainWindow::keyboardWalksAndDuplicates()
+{
+    m_settings->setOpenAutoRun(0);
+    QVERIFY(m_window->open(exampleDocument()));
+    m_window->activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(m_window));
+    GraphScene *scene = m_window->graphScene();
+    Node *input = scene->nodesOfType(Node::InputType).first();
+    m_window->graphPane()->setFocus();
+
+    QTest::keyClick(m_window->graphPane(), Qt::Key_1, Qt::ControlModifier);
+    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({input}));
+    QTest::keyClick(m_window->graphPane(), Qt::Key_Right, Qt::ControlModifier);
+    QCOMPARE(scene->selectedItems().size(), 1);
+    Node *next = input->downstream(true).first();
+    QCOMPARE(scene->selectedItems().first(), static_cast<QGraphicsItem *>(next));
+    QTest::keyClick(m_window->graphPane(), Qt::Key_Left, Qt::ControlModifier);
+    QCOMPARE(scene->selectedItems().first(), static_cast<QGraphicsItem *>(input));
+
+    // The whole flow hangs off the input: Ctrl+D copies every item but the note.
+    const int items = scene->nodes().size();
+    const int notes = countOfType(scene, Node::NoteType);
+    const int connections = scene->allConnections().size();
+    QTest::keyClick(m_window->graphPane(), Qt::Key_D, Qt::ControlModifier);
+    QCOMPARE(scene->nodes().size(), 2 * items - notes);
+    QCOMPARE(scene->allConnections().size(), 2 * connections);
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("duplicate branch"));
+
+    // Ctrl+Shift+digit counts outputs the same way; a note then goes to the output's right.
+    QTest::keyClick(m_window->graphPane(), Qt::Key_1, Qt::ControlModifier | Qt::ShiftModifier);
+    QList<Node *> outputs = scene->nodesOfType(Node::OutputType);
+    GraphScene::sortLeftToRight(outputs);
+    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({outputs.first()}));
+    QTest::keyClick(m_window->graphPane(), Qt::Key_H, Qt::ControlModifier);
+    QCOMPARE(countOfType(scene, Node::NoteType), notes + 1);
+    QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add note"));
+    QCOMPARE(scene->selectedItems().size(), 1);
+    auto *note = static_cast<NoteNode *>(scene->selectedItems().first());
+    QCOMPARE(note->type(), int(Node::NoteType));
+    QCOMPARE(note->pos(), outputs.first()->pos() + QPointF(GraphScene::GridWidth, 0));
+    QCOMPARE(note->arrow(), 4);
+}
+
+void TestMainWindow::undoRunsAfterDelay()
+{
+    m_settings->setOpenAutoRun(0);
+    m_settings->setProcessingDelay(0.05);
+    m_window->newDocument();
+    m_window->addClipboardText(QStringLiteral("n\n1\n2\n"), QPointF(0, 0));
+    GraphScene *scene = m_window->graphScene();
+    Node *input = scene->nodesOfType(Node::InputType).first();
+    QCOMPARE(input->status(), int(Node::NeedsUpdate));
+    input->setSelected(true);
+    // The snapshot of this step holds the input before any run.
+    m_window->onTransformClicked(transformButton(QStringLiteral("Clone"))->prototype());
+    m_window->action(QStringLiteral("RunAutoToggled"))->trigger();
+    Node *clone = scene->nodesOfType(Node::TransformType).first();
+    QTRY_COMPARE(clone->status(), int(Node::UpToDate));
+
+    const int logLines = m_window->logPane()->lines().size();
+    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    GraphScene *live = m_window->graphScene();
+    QVERIFY(live != scene);
+    QCOMPARE(m_window->graphPane()->scene(), live);
+    QCOMPARE(countOfType(live, Node::TransformType), 0);
+    Node *restored = live->nodesOfType(Node::InputType).first();
+    // Not at once: a quick series of undos runs once, after the delay.
+    QCOMPARE(restored->status(), int(Node::NeedsUpdate));
+    QTRY_COMPARE(restored->status(), int(Node::UpToDate));
+    QCOMPARE(restored->rowCount(), 2);
+    // The swapped-in scene talks to the window: its run reached the log.
+    QVERIFY(m_window->logPane()->lines().size() > logLines);
 }
 
 void TestMainWindow::elevenEditsLeaveTenUndos()

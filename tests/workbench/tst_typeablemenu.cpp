@@ -3,6 +3,8 @@
 #include "transforms/registry.h"
 #include "workbench/typeablemenu.h"
 
+#include <QGuiApplication>
+#include <QScreen>
 #include <QtTest>
 
 #include <algorithm>
@@ -19,6 +21,7 @@ private slots:
     void filtered();
     void typingNarrowsAndKeysChoose();
     void returnWithNothingMatchingChoosesNothing();
+    void shortListComesBackToItsAnchor();
 
 private:
     QList<Transform *> m_prototypes;
@@ -111,6 +114,24 @@ void TestTypeableMenu::typingNarrowsAndKeysChoose()
     QTest::keyClick(&menu, Qt::Key_Return);
     QCOMPARE(chosen.size(), 1);
     QCOMPARE(chosen.first()->displayName(), QStringLiteral("Stamp"));
+}
+
+void TestTypeableMenu::shortListComesBackToItsAnchor()
+{
+    TypeableMenu menu(m_prototypes);
+    const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+    const QPoint anchor(room.left() + 50, room.bottom() - 200);
+    menu.popupAt(anchor);
+    QTRY_VERIFY(menu.isVisible());
+    // The whole list doesn't fit under the anchor: it is pushed up, and stays on the screen.
+    QVERIFY(menu.height() > 200);
+    QVERIFY(menu.geometry().top() < anchor.y());
+    QVERIFY(room.contains(menu.geometry()));
+
+    QTest::keyClicks(&menu, "stack");
+    QCOMPARE(menu.matches().size(), 1);
+    QVERIFY(menu.height() < 200);
+    QCOMPARE(menu.geometry().topLeft(), anchor);
 }
 
 void TestTypeableMenu::returnWithNothingMatchingChoosesNothing()
