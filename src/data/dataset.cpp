@@ -117,8 +117,13 @@ void Dataset::poolList(QStringList &list)
     if (n > m_stringPools.size())
         m_stringPools.resize(n);
     StringPool *pools = m_stringPools.data();
-    for (int c = 0; c < n; ++c)
-        pools[c].pool(list[c]);
+    for (int c = 0; c < n; ++c) {
+        // Read through the const accessor, so that a shared row whose cells are pooled
+        // already stays shared.
+        QString pooled;
+        if (pools[c].replacement(list.at(c), &pooled))
+            list[c] = pooled;
+    }
 }
 
 // Size and shape

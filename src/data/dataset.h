@@ -209,6 +209,10 @@ public:
     void setRow(int r, const QStringList &list);
     void setColumn(int c, const QStringList &list);
     void appendRow(const QStringList &list, bool fit = false);
+    // Appends a row whose cells other datasets hold already, such as a row of an input or one
+    // put together from rows of several inputs: their texts were pooled there, so they are
+    // not looked up again, and the row stays shared. The row must have columnCount() cells.
+    void appendSharedRow(const QStringList &list) { m_rows.append(list); }
     void prependRow(const QStringList &list, bool fit = false);
     void insertRow(int r, const QStringList &list);
     // Returns false when the row was dropped as empty. cellsPooled says that every cell came

@@ -7,63 +7,56 @@
 #include <QLocale>
 
 #include <algorithm>
-#include <charconv>
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
-// Cells of a plain decimal form ("-12.50") are read directly when the locale's decimal point is
-// '.', which gives the same double as the locale's reader at a fraction of the cost; any other
-// text goes to the full reader.
-double readNumber(const QString &text, bool plainDecimals, bool *ok)
-{
-    const int length = text.size();
-    if (plainDecimals && length > 0 && length < 64) {
-        char buffer[64];
-        const QChar *data = text.constData();
-        bool plain = true;
-        bool seenPoint = false;
-        bool seenDigit = false;
-        for (int i = 0; i < length && plain; ++i) {
-            const ushort u = data[i].unicode();
-            if (u >= '0' && u <= '9') {
-                seenDigit = true;
-            } else if (u == '.' && !seenPoint && seenDigit && i + 1 < length) {
-                seenPoint = true;
-            } else if (!(u == '-' && i == 0)) {
-                plain = false;
-            }
-            buffer[i] = char(u);
-        }
-        if (plain && seenDigit) {
-            double value = 0.0;
-            const std::from_chars_result parsed = std::from_chars(buffer, buffer + length, value);
-            if (parsed.ec == std::errc() && parsed.ptr == buffer + length) {
-                *ok = true;
-                return value;
-            }
-        }
-    }
-    return toDouble(text, false, true, ok);
-}
-
-// A key cell read once before sorting: its date (as a Julian day) in a date column or its
-// number in a numeric column, when it reads as one. Pairs in which both cells have a value
+// A key's cells read once before sorting: each cell's date (as a Julian day) in a date column
+// or its number in a numeric column, NaN when it reads as neither. Neither reader yields a
+// NaN, so NaN marks the cells that compare by text. Pairs in which both cells have a value
 // compare by value, all other pairs by text.
-struct KeyValue
-{
-    double value = 0.0;
-    bool valid = false;
-};
-
 struct SortKey
 {
     int column = -1;
     bool ascending = true;
     QString format;
     bool numeric = false;
-    QVector<KeyValue> values;
+    QVector<double> values;
 };
+
+// The values of one key column, read once: numbers in a numeric column, Julian days in a
+// date column, NaN for the cells that read as neither.
+QVector<double> keyValues(const QList<QStringList> &rows, int column, const QString &format,
+                          bool numeric)
+{
+    const int rowCount = rows.size();
+    const double none = std::numeric_limits<double>::quiet_NaN();
+    QVector<double> values(rowCount);
+    double *out = values.data();
+    if (numeric) {
+        const bool plainDecimals = QLocale().decimalPoint() == QLatin1Char('.');
+        for (int r = 0; r < rowCount; ++r) {
+            bool ok = false;
+            const double value = toDoubleFast(rows.at(r).at(column), plainDecimals, &ok);
+            out[r] = ok ? value : none;
+        }
+        return values;
+    }
+    // Reading a date by format is slow, and a date column holds few distinct texts.
+    QHash<QString, double> days;
+    for (int r = 0; r < rowCount; ++r) {
+        const QString &cell = rows.at(r).at(column);
+        auto found = days.constFind(cell);
+        if (found == days.constEnd()) {
+            const QDate date = toDate(cell, format);
+            found = days.insert(cell, date.isValid() ? double(date.toJulianDay()) : none);
+        }
+        out[r] = found.value();
+    }
+    return values;
+}
 
 class RowOrder
 {
@@ -90,8 +83,9 @@ public:
     bool ties(int a, int b) const
     {
         for (const SortKey &key : m_keys) {
-            if (!key.values.isEmpty() && key.values.at(a).valid && key.values.at(b).valid) {
-                if (!(key.values.at(a).value == key.values.at(b).value))
+            if (!key.values.isEmpty() && !std::isnan(key.values.at(a))
+                && !std::isnan(key.values.at(b))) {
+                if (key.values.at(a) != key.values.at(b))
                     return false;
             } else if (m_rows.at(a).at(key.column) != m_rows.at(b).at(key.column)) {
                 return false;
@@ -104,10 +98,10 @@ private:
     int compare(const SortKey &key, int a, int b) const
     {
         if (!key.values.isEmpty()) {
-            const KeyValue &x = key.values.at(a);
-            const KeyValue &y = key.values.at(b);
-            if (x.valid && y.valid)
-                return x.value < y.value ? -1 : (y.value < x.value ? 1 : 0);
+            const double x = key.values.at(a);
+            const double y = key.values.at(b);
+            if (!std::isnan(x) && !std::isnan(y))
+                return x < y ? -1 : (y < x ? 1 : 0);
         }
         const QString &textA = m_rows.at(a).at(key.column);
         const QString &textB = m_rows.at(b).at(key.column);
@@ -202,6 +196,52 @@ QString rankText(int rankType, int first, int last, int run, int groupSize)
     }
 }
 
+// The rank of each row in sort order: rows are grouped by the text of column rankBy (all
+// together when it is -1), and a run of tied rows at positions p to q of its group shares
+// the rank that rankType makes of them.
+QStringList rankTexts(const QList<QStringList> &rows, const QVector<int> &order,
+                      const RowOrder &less, int rankType, int rankBy)
+{
+    const int rowCount = order.size();
+    // Groups in order of first appearance, each with its positions in sort order.
+    QHash<QString, int> groupByText;
+    QVector<QVector<int>> groups;
+    for (int i = 0; i < rowCount; ++i) {
+        int group = 0;
+        if (rankBy >= 0) {
+            const QString &text = rows.at(order.at(i)).at(rankBy);
+            auto it = groupByText.constFind(text);
+            if (it == groupByText.constEnd())
+                it = groupByText.insert(text, groups.size());
+            group = it.value();
+        }
+        if (group == groups.size())
+            groups.append(QVector<int>());
+        groups[group].append(i);
+    }
+    QStringList ranks;
+    ranks.reserve(rowCount);
+    for (int i = 0; i < rowCount; ++i)
+        ranks.append(QString());
+    for (const QVector<int> &positions : qAsConst(groups)) {
+        const int size = positions.size();
+        int start = 0;
+        int run = 0;
+        while (start < size) {
+            int end = start;
+            while (end + 1 < size
+                   && less.ties(order.at(positions.at(end)), order.at(positions.at(end + 1))))
+                ++end;
+            ++run;
+            const QString text = rankText(rankType, start + 1, end + 1, run, size);
+            for (int k = start; k <= end; ++k)
+                ranks[positions.at(k)] = text;
+            start = end + 1;
+        }
+    }
+    return ranks;
+}
+
 } // namespace
 
 void Dataset::sortRows(const QList<int> &keys, const QStringList &dateFormats, bool addRank,
@@ -222,29 +262,8 @@ void Dataset::sortRows(const QList<int> &keys, const QStringList &dateFormats, b
                 key.numeric = isNumericColumn(key.column, true, 100);
             }
         }
-        if (!key.format.isEmpty() || key.numeric) {
-            key.values.resize(rowCount);
-            KeyValue *values = key.values.data();
-            const bool plainDecimals = QLocale().decimalPoint() == QLatin1Char('.');
-            // Reading a date by format is slow, and a date column holds few distinct texts.
-            QHash<QString, KeyValue> dates;
-            for (int r = 0; r < rowCount; ++r) {
-                const QString &cell = m_rows.at(r).at(key.column);
-                if (key.numeric) {
-                    values[r].value = readNumber(cell, plainDecimals, &values[r].valid);
-                    continue;
-                }
-                const auto found = dates.constFind(cell);
-                if (found != dates.constEnd()) {
-                    values[r] = found.value();
-                    continue;
-                }
-                const QDate date = toDate(cell, key.format);
-                values[r].valid = date.isValid();
-                values[r].value = values[r].valid ? double(date.toJulianDay()) : 0.0;
-                dates.insert(cell, values[r]);
-            }
-        }
+        if (!key.format.isEmpty() || key.numeric)
+            key.values = keyValues(m_rows, key.column, key.format, key.numeric);
         if (info && intelligent) {
             const QString kind = !key.format.isEmpty()
                 ? QStringLiteral("Date (%1)").arg(key.format)
@@ -265,59 +284,24 @@ void Dataset::sortRows(const QList<int> &keys, const QStringList &dateFormats, b
     if (!sortKeys.isEmpty() && rowCount > 1)
         introSort(order.data(), order.data() + rowCount, rowCount, less);
 
-    // Rows move as shared lists: no cell is copied.
-    const auto permuteRows = [this, &order, rowCount]() {
-        QList<QStringList> sorted;
-        sorted.reserve(rowCount);
+    QStringList ranks;
+    if (addRank && m_columnCount > 0 && rowCount > 0)
+        ranks = rankTexts(m_rows, order, less, rankType, rankBy < m_columnCount ? rankBy : -1);
+    // The read keys are done with: they are released before the rows are put in order, so
+    // that the two never take memory at once.
+    const bool sorted = !sortKeys.isEmpty();
+    sortKeys = QVector<SortKey>();
+
+    if (sorted) {
+        // Rows move as shared lists: no cell is copied.
+        QList<QStringList> inOrder;
+        inOrder.reserve(rowCount);
         for (int i = 0; i < rowCount; ++i)
-            sorted.append(m_rows.at(order.at(i)));
-        m_rows.swap(sorted);
-    };
-    if (addRank && m_columnCount > 0 && rowCount > 0) {
-        // Groups in order of first appearance, each with its rows in sort order.
-        const bool grouped = rankBy >= 0 && rankBy < m_columnCount;
-        QHash<QString, int> groupByText;
-        QVector<QVector<int>> groups;
-        for (int i = 0; i < rowCount; ++i) {
-            const int r = order.at(i);
-            int group = 0;
-            if (grouped) {
-                const QString &text = m_rows.at(r).at(rankBy);
-                auto it = groupByText.constFind(text);
-                if (it == groupByText.constEnd())
-                    it = groupByText.insert(text, groups.size());
-                group = it.value();
-            }
-            if (group == groups.size())
-                groups.append(QVector<int>());
-            groups[group].append(i);
-        }
-        QStringList ranks;
-        ranks.reserve(rowCount);
-        for (int i = 0; i < rowCount; ++i)
-            ranks.append(QString());
-        for (const QVector<int> &positions : qAsConst(groups)) {
-            const int size = positions.size();
-            int start = 0;
-            int run = 0;
-            while (start < size) {
-                int end = start;
-                while (end + 1 < size
-                       && less.ties(order.at(positions.at(end)), order.at(positions.at(end + 1))))
-                    ++end;
-                ++run;
-                const QString text = rankText(rankType, start + 1, end + 1, run, size);
-                for (int k = start; k <= end; ++k)
-                    ranks[positions.at(k)] = text;
-                start = end + 1;
-            }
-        }
-        permuteRows();
-        // Ranks are set only after the rows are in order, so that setCell pools them.
-        for (int i = 0; i < rowCount; ++i)
-            setCell(i, m_columnCount - 1, ranks.at(i));
-    } else if (!sortKeys.isEmpty()) {
-        permuteRows();
+            inOrder.append(m_rows.at(order.at(i)));
+        m_rows.swap(inOrder);
     }
+    // Ranks are set only after the rows are in order, so that setCell pools them.
+    for (int i = 0; i < ranks.size(); ++i)
+        setCell(i, m_columnCount - 1, ranks.at(i));
     clearComparisonCaches();
 }

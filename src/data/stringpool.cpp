@@ -22,33 +22,44 @@ void StringPool::giveUp()
     m_count = 0;
 }
 
-void StringPool::pool(QString &text)
+bool StringPool::replacement(const QString &text, QString *pooled)
 {
     if (text.isEmpty()) {
-        if (!text.isNull())
-            text = QString();
-        return;
+        if (text.isNull())
+            return false;
+        *pooled = QString();
+        return true;
     }
     if (m_gaveUp)
-        return;
+        return false;
     if (m_count * 2 >= m_slots.size())
         grow();
 
     const uint hash = qHash(text);
     const int slot = find(text, hash);
     ++m_lookups;
-    if (!m_slots.at(slot).text.isNull()) {
-        text = m_slots.at(slot).text;
+    const QString &found = m_slots.at(slot).text;
+    if (!found.isNull()) {
         ++m_hits;
-        return;
+        if (found.isSharedWith(text))
+            return false;
+        *pooled = found;
+        return true;
     }
     if (shouldGiveUp()) {
         giveUp();
-        return;
+        return false;
     }
-    text.squeeze();
-    m_slots[slot] = Slot{text, hash};
+    QString kept = text;
+    const bool spareRoom = kept.capacity() > kept.size();
+    if (spareRoom)
+        kept.squeeze();
+    m_slots[slot] = Slot {kept, hash};
     ++m_count;
+    if (!spareRoom)
+        return false;
+    *pooled = kept;
+    return true;
 }
 
 QString StringPool::pooled(QStringView text)

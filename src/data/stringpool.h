@@ -16,7 +16,17 @@ public:
 
     // Replaces text by the pooled equal, or adds it to the pool. Empty texts become the one
     // shared null string.
-    void pool(QString &text);
+    void pool(QString &text)
+    {
+        QString pooled;
+        if (replacement(text, &pooled))
+            text = pooled;
+    }
+    // The same for a text that may be held elsewhere, such as a cell of a shared row: true
+    // with the text to store instead in pooled, false when text is to be kept as it is, so
+    // that a row whose cells are pooled already is not detached. A text is copied only to
+    // release spare room, never because it is shared.
+    bool replacement(const QString &text, QString *pooled);
     // The pooled equal of text, made and added when new: a repeated text costs no
     // allocation at all.
     QString pooled(QStringView text);

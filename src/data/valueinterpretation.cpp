@@ -5,6 +5,7 @@
 #include <QRegularExpression>
 #include <QVarLengthArray>
 
+#include <charconv>
 #include <cmath>
 #include <utility>
 
@@ -250,6 +251,38 @@ double toDouble(const QString &text, const QLocale &locale, bool emptyIsZero, bo
     }
     setOk(ok, true);
     return value;
+}
+
+double toDoubleFast(const QString &text, bool decimalIsPoint, bool *ok)
+{
+    const int length = text.size();
+    if (decimalIsPoint && length > 0 && length < 64) {
+        char buffer[64];
+        const QChar *data = text.constData();
+        bool plain = true;
+        bool seenPoint = false;
+        bool seenDigit = false;
+        for (int i = 0; i < length && plain; ++i) {
+            const ushort u = data[i].unicode();
+            if (u >= '0' && u <= '9') {
+                seenDigit = true;
+            } else if (u == '.' && !seenPoint && seenDigit && i + 1 < length) {
+                seenPoint = true;
+            } else if (!(u == '-' && i == 0)) {
+                plain = false;
+            }
+            buffer[i] = char(u);
+        }
+        if (plain && seenDigit) {
+            double value = 0.0;
+            const std::from_chars_result parsed = std::from_chars(buffer, buffer + length, value);
+            if (parsed.ec == std::errc() && parsed.ptr == buffer + length) {
+                setOk(ok, true);
+                return value;
+            }
+        }
+    }
+    return toDouble(text, false, true, ok);
 }
 
 qlonglong toLongLong(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok)

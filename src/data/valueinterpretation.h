@@ -18,6 +18,11 @@ bool toBool(const QString &text, bool emptyIsFalse, bool numbersAllowed, bool *o
 double toDouble(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok = nullptr);
 double toDouble(const QString &text, const QLocale &locale, bool emptyIsZero, bool stripCurrency,
                 bool *ok = nullptr);
+// toDouble(text, false, true, ok) for loops over a whole column: a plain decimal text
+// ("-12.50") is read directly when decimalIsPoint says that the default locale's decimal
+// point is '.', which gives the same double at a fraction of the cost; any other text goes
+// to toDouble.
+double toDoubleFast(const QString &text, bool decimalIsPoint, bool *ok);
 qlonglong toLongLong(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok = nullptr);
 int toInt(const QString &text, bool emptyIsZero, bool stripCurrency, bool *ok = nullptr);
 // The JSON number grammar, independent of the locale.

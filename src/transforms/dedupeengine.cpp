@@ -216,7 +216,7 @@ private:
             if (duplicate == keepDuplicates) {
                 if (drilldown)
                     output.addSourceRow(output.rowCount(), -1, r);
-                output.appendRow(m_input.row(r));
+                output.appendSharedRow(m_input.row(r));
             }
         }
     }

@@ -5,7 +5,6 @@
 
 #include <QLocale>
 
-#include <charconv>
 #include <limits>
 
 namespace RowSelection {
@@ -14,41 +13,6 @@ namespace {
 
 constexpr int MaximumCachedDays = 1 << 20;
 constexpr qint64 NoDate = std::numeric_limits<qint64>::min();
-
-// Cells of a plain decimal form ("-12.50") are read directly when the locale's decimal point is
-// '.', which gives the same double as the locale's reader at a fraction of the cost; any other
-// text goes to the full reader.
-double readNumber(const QString &text, bool plainDecimals, bool *ok)
-{
-    const int length = text.size();
-    if (plainDecimals && length > 0 && length < 64) {
-        char buffer[64];
-        const QChar *data = text.constData();
-        bool plain = true;
-        bool seenPoint = false;
-        bool seenDigit = false;
-        for (int i = 0; i < length && plain; ++i) {
-            const ushort u = data[i].unicode();
-            if (u >= '0' && u <= '9') {
-                seenDigit = true;
-            } else if (u == '.' && !seenPoint && seenDigit && i + 1 < length) {
-                seenPoint = true;
-            } else if (!(u == '-' && i == 0)) {
-                plain = false;
-            }
-            buffer[i] = char(u);
-        }
-        if (plain && seenDigit) {
-            double value = 0.0;
-            const std::from_chars_result parsed = std::from_chars(buffer, buffer + length, value);
-            if (parsed.ec == std::errc() && parsed.ptr == buffer + length) {
-                *ok = true;
-                return value;
-            }
-        }
-    }
-    return toDouble(text, false, true, ok);
-}
 
 bool isOrdering(int op)
 {
@@ -209,7 +173,7 @@ bool ResolvedTerm::holdsConstant(const QStringList &row) const
         }
         if (!decided && m_valueIsNumber) {
             bool ok = false;
-            const double number = readNumber(cell, m_plainDecimals, &ok);
+            const double number = toDoubleFast(cell, m_plainDecimals, &ok);
             if (ok) {
                 holds = ordered(m_op, number, m_valueNumber);
                 decided = true;

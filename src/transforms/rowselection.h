@@ -86,23 +86,4 @@ private:
     QVector<ResolvedTerm> m_terms;
 };
 
-// Rows appended from an input are pooled there already and stay shared with it, so pooling
-// them again would only cost a look-up per cell and a detached copy of every row. While a
-// pause lives, appended rows are taken as they are; pooling never changes a result.
-class PoolingPause
-{
-public:
-    PoolingPause()
-        : m_mode(Dataset::optimizeFor())
-    {
-        Dataset::setOptimizeFor(Dataset::MaximumSpeed);
-    }
-    ~PoolingPause() { Dataset::setOptimizeFor(m_mode); }
-    PoolingPause(const PoolingPause &) = delete;
-    PoolingPause &operator=(const PoolingPause &) = delete;
-
-private:
-    int m_mode;
-};
-
 } // namespace RowSelection

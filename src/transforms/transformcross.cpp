@@ -66,7 +66,7 @@ Dataset &TransformCross::process(Dataset &output, const QList<Node *> &inputs, b
             const Dataset *dataset = datasets.at(i);
             row.append(dataset->row((n / strides.at(i)) % dataset->rowCount()));
         }
-        output.appendRow(row);
+        output.appendSharedRow(row);
     }
     setResult(QStringLiteral("Crossed %1 inputs").arg(count));
     return output;

@@ -79,12 +79,11 @@ Dataset &TransformFilter::process(Dataset &output, const QList<Node *> &inputs, 
     const int rowCount = input.rowCount();
     output.setColumnCount(input.columnCount());
     output.reserveRows(rowCount);
-    const RowSelection::PoolingPause pause;
     for (int r = 0; r < rowCount; ++r) {
         reportRow(r, rowCount);
         const bool matches = matchAny ? terms.anyHolds(r) : terms.allHold(r);
         if (matches == keep)
-            output.appendRow(input.row(r));
+            output.appendSharedRow(input.row(r));
     }
     clearComparisonCaches();
     output.setColumnIds(input.columnIds());

@@ -73,7 +73,7 @@ Dataset &TransformIntersect::process(Dataset &output, const QList<Node *> &input
             reportRow(0, total, qreal(bottomRows + r) / total);
         const QStringList &row = top.row(r);
         if (index.contains(KeyMatching::keyText(row.at(topKey), caseSensitive)))
-            output.appendRow(row);
+            output.appendSharedRow(row);
     }
 
     const KeyMatching::KeyOverlap overlap

@@ -156,15 +156,15 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         output.reserveRows(std::max(topRows, bottomRows));
         for (int r = 0; r < paired; ++r) {
             reportRow(r, paired);
-            output.appendRow(joinedRow(top.row(r), bottom.row(r), width));
+            output.appendSharedRow(joinedRow(top.row(r), bottom.row(r), width));
         }
         joined = paired;
         for (int r = paired; includeTop && r < topRows; ++r) {
-            output.appendRow(joinedRow(top.row(r), emptyBottom, width));
+            output.appendSharedRow(joinedRow(top.row(r), emptyBottom, width));
             ++topUsed;
         }
         for (int r = paired; includeBottom && r < bottomRows; ++r) {
-            output.appendRow(joinedRow(emptyTop, bottom.row(r), width));
+            output.appendSharedRow(joinedRow(emptyTop, bottom.row(r), width));
             ++bottomUsed;
         }
     } else {
@@ -194,7 +194,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
             if (includeBottom)
                 keyMatched[first] = 1;
             for (int b = first; b >= 0; b = index.next(b)) {
-                output.appendRow(joinedRow(topRow, bottom.row(b), width));
+                output.appendSharedRow(joinedRow(topRow, bottom.row(b), width));
                 ++joined;
             }
         }
@@ -204,7 +204,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
             const QStringList &topRow = top.row(r);
             QStringList row = joinedRow(topRow, emptyBottom, width);
             row[topWidth + bottomKey] = topRow.at(topKey);
-            output.appendRow(row);
+            output.appendSharedRow(row);
             ++topUsed;
         }
         for (int r = 0; includeBottom && r < bottomRows; ++r) {
@@ -215,7 +215,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
                 continue;
             QStringList row = joinedRow(emptyTop, bottomRow, width);
             row[topKey] = bottomRow.at(bottomKey);
-            output.appendRow(row);
+            output.appendSharedRow(row);
             ++bottomUsed;
         }
 

@@ -3,7 +3,6 @@
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
 #include "transforms/framework/parameter.h"
-#include "transforms/rowselection.h"
 
 #include <QRandomGenerator>
 #include <QVector>
@@ -153,25 +152,24 @@ Dataset &TransformSample::process(Dataset &output, const QList<Node *> &inputs, 
 
     output.setColumnCount(input.columnCount());
     output.reserveRows(n);
-    const RowSelection::PoolingPause pause;
     const quint32 seed = quint32(seedOption->toInt());
     switch (spreadOption->toSelectionIndex()) {
     case FromStart:
         for (int r = 0; r < n; ++r) {
             reportRow(r, n);
-            output.appendRow(input.row(r));
+            output.appendSharedRow(input.row(r));
         }
         break;
     case FromEnd:
         for (int r = rowCount - n; r < rowCount; ++r) {
             reportRow(r - (rowCount - n), n);
-            output.appendRow(input.row(r));
+            output.appendSharedRow(input.row(r));
         }
         break;
     case Evenly:
         for (int i = 1; i <= n; ++i) {
             reportRow(i - 1, n);
-            output.appendRow(input.row(int(qint64(rowCount) * i / (n + 1))));
+            output.appendSharedRow(input.row(int(qint64(rowCount) * i / (n + 1))));
         }
         break;
     case RandomQuality: {
@@ -192,7 +190,7 @@ Dataset &TransformSample::process(Dataset &output, const QList<Node *> &inputs, 
         for (int i = 0; i < n; ++i) {
             if (i % RandomProgressStep == 0)
                 emit processed(0.9 + 0.1 * i / n);
-            output.appendRow(input.row(drawn.at(i)));
+            output.appendSharedRow(input.row(drawn.at(i)));
         }
         break;
     }
@@ -209,7 +207,7 @@ Dataset &TransformSample::process(Dataset &output, const QList<Node *> &inputs, 
                 break;
             const double u = numbers.at(r) / 4294967295.0;
             if (double(needed) / double(rowCount - r) >= u) {
-                output.appendRow(input.row(r));
+                output.appendSharedRow(input.row(r));
                 ++taken;
             }
         }

@@ -206,12 +206,11 @@ Dataset &TransformSlice::process(Dataset &output, const QList<Node *> &inputs, b
     }
 
     output.setColumnCount(input.columnCount());
-    const RowSelection::PoolingPause pause;
     for (int r = 0; r < rowCount; ++r) {
         reportRow(r, rowCount);
         const bool inSection = r >= start && r <= end;
         if (inSection == keep)
-            output.appendRow(input.row(r));
+            output.appendSharedRow(input.row(r));
     }
     output.setColumnIds(input.columnIds());
     if (input.hasHeader())

@@ -254,7 +254,7 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
             reportRow(r, rows);
             const QStringList &source = dataset.row(r);
             if (identity) {
-                output.appendRow(source, true);
+                output.appendSharedRow(source);
                 continue;
             }
             QStringList row = KeyMatching::emptyRow(finalWidth);
@@ -262,7 +262,7 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
                 if (place.at(c) >= 0)
                     row[place.at(c)] = source.at(c);
             }
-            output.appendRow(row, true);
+            output.appendSharedRow(row);
         }
     }
     setResult(QStringLiteral("%1 stacked from %2 inputs")

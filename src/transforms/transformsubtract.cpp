@@ -128,7 +128,7 @@ Dataset &TransformSubtract::process(Dataset &output, const QList<Node *> &inputs
         int listed = 0;
         for (int r = 0; r < topRows; ++r) {
             if (!removed.at(r)) {
-                output.appendRow(top.row(r));
+                output.appendSharedRow(top.row(r));
                 continue;
             }
             if (listed < ListedRows) {

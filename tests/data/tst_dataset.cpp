@@ -38,6 +38,8 @@ private slots:
     void poolingSharesEqualCells();
     void speedModeSharesNothing();
     void poolGivesUpOnDistinctColumn();
+    void appendingPooledRowsKeepsThemShared();
+    void poolingCopiesOnlyToReleaseSpareRoom();
     void mimeDataQuotesDelimiters();
 };
 
@@ -377,6 +379,56 @@ void TestDataset::poolGivesUpOnDistinctColumn()
     }
     QVERIFY(repeating.isActive());
     QCOMPARE(repeating.size(), 100);
+}
+
+void TestDataset::appendingPooledRowsKeepsThemShared()
+{
+    Dataset::setOptimizeFor(Dataset::MinimumMemory);
+    Dataset input;
+    for (int r = 0; r < 4; ++r)
+        input.addInputRow({QString::number(r % 2), QStringLiteral("same")}, false, false, false);
+
+    // The input's equal cells share one text already, so a copy of its rows pooled anew needs
+    // no cell of its own, and the rows stay shared with the input.
+    Dataset output;
+    output.setColumnCount(2);
+    for (int r = 0; r < input.rowCount(); ++r)
+        output.appendRow(input.row(r));
+    for (int r = 0; r < input.rowCount(); ++r)
+        QVERIFY(output.row(r).isSharedWith(input.row(r)));
+    QCOMPARE(output.cell(3, 1).constData(), input.cell(0, 1).constData());
+
+    // A row whose text equals a pooled one but is stored apart takes the pooled text.
+    output.appendRow({QString::number(1), QStringLiteral("same")});
+    QCOMPARE(output.cell(4, 0).constData(), input.cell(1, 0).constData());
+
+    Dataset shared;
+    shared.setColumnCount(2);
+    shared.appendSharedRow(input.row(2));
+    QVERIFY(shared.row(0).isSharedWith(input.row(2)));
+    QCOMPARE(shared.stringPoolCount(), 0);
+}
+
+void TestDataset::poolingCopiesOnlyToReleaseSpareRoom()
+{
+    StringPool pool;
+    // A text without spare room is kept as it is, even while others hold it too.
+    const QString exact = QStringLiteral("abc").repeated(3);
+    QString held = exact;
+    pool.pool(held);
+    QVERIFY(held.isSharedWith(exact));
+
+    // A text with spare room is stored without it.
+    QString roomy = QStringLiteral("xyz");
+    roomy.reserve(100);
+    pool.pool(roomy);
+    QCOMPARE(roomy, QStringLiteral("xyz"));
+    QCOMPARE(roomy.capacity(), roomy.size());
+
+    QString pooled;
+    QVERIFY(!pool.replacement(exact, &pooled));
+    QVERIFY(pool.replacement(QStringLiteral("abc").repeated(3), &pooled));
+    QVERIFY(pooled.isSharedWith(exact));
 }
 
 void TestDataset::mimeDataQuotesDelimiters()

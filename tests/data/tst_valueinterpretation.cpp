@@ -49,6 +49,7 @@ private slots:
     void toDouble_data();
     void toDouble();
     void toDoubleFollowsLocale();
+    void toDoubleFastAgreesWithToDouble();
     void toLongLong_data();
     void toLongLong();
     void toBool_data();
@@ -157,6 +158,32 @@ void TestValueInterpretation::toDoubleFollowsLocale()
     QVERIFY(ok);
     ::toDouble(QStringLiteral("1.5"), QLocale(), false, false, &ok);
     QVERIFY(!ok);
+}
+
+void TestValueInterpretation::toDoubleFastAgreesWithToDouble()
+{
+    // Plain decimals and every near miss of the plain form, which must go the slow way.
+    QStringList texts {"12",  "-12.50", "0.1", "007",   "-0",  "1.",  ".5",
+                       "-.5", "1.2.3",  "--1", "1-",    " 5",  "5 ",  "",
+                       "-",   "$12",    "1e3", "1,000", "nan", "abc", "1.0x"};
+    texts << "12345678901234567890"
+          << "0.30000000000000004"
+          << "9007199254740993";
+    for (const bool german : {false, true}) {
+        if (german)
+            QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        const bool decimalIsPoint = QLocale().decimalPoint() == QLatin1Char('.');
+        QCOMPARE(decimalIsPoint, !german);
+        for (const QString &text : texts) {
+            bool slowOk = false;
+            bool fastOk = true;
+            const double slow = ::toDouble(text, false, true, &slowOk);
+            const double fast = toDoubleFast(text, decimalIsPoint, &fastOk);
+            QVERIFY2(fastOk == slowOk, qPrintable(text));
+            if (slowOk)
+                QVERIFY2(fast == slow, qPrintable(text));
+        }
+    }
 }
 
 void TestValueInterpretation::toLongLong_data()
