@@ -286,9 +286,9 @@ private:
             ids.append(ColumnId());
         output.setColumnCount(inputColumns + added.size());
         output.setColumnIds(ids);
-        QStringList header = m_input.hasHeader() ? m_input.header() : m_input.headers();
-        header.append(added);
-        output.setHeader(header);
+        // As every new column, they are named only where the input has a header.
+        if (m_input.hasHeader())
+            output.setHeader(m_input.header() + added);
         output.reserveRows(processed);
         const QString trueText = QStringLiteral("true");
         const QString falseText = QStringLiteral("false");

@@ -1,6 +1,7 @@
 #include "transforms/transformdedupe.h"
 
 #include "graph/node.h"
+#include "transforms/columnnames.h"
 #include "transforms/dedupeengine.h"
 #include "transforms/framework/parameter.h"
 
@@ -137,13 +138,8 @@ Dataset &TransformDedupe::process(Dataset &output, const QList<Node *> &inputs, 
     if (options.columns.isEmpty()) {
         output = input;
         if (options.mode == DedupeOptions::AddInformation) {
-            const QStringList added = DedupeEngine::informationColumns();
-            QStringList header = input.headers();
-            for (const QString &name : added) {
-                output.appendColumn();
-                header.append(name);
-            }
-            output.setHeader(header);
+            for (const QString &name : DedupeEngine::informationColumns())
+                ColumnNames::appendNamedColumn(output, name);
         }
     } else {
         DedupeProgress progress;

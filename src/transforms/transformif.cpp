@@ -2,6 +2,7 @@
 
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/columnnames.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/rowselection.h"
@@ -56,9 +57,7 @@ Dataset &TransformIf::process(Dataset &output, const QList<Node *> &inputs, bool
 
     const Dataset &input = *inputs.first()->dataset();
     output = input;
-    output.appendColumn();
-    const int newColumn = output.lastColumn();
-    output.setColumnName(newColumn, newNameOption->toString());
+    const int newColumn = ColumnNames::appendNamedColumn(output, newNameOption->toString());
 
     const IfTerms conditions = ifOption->toIfTerms();
     const Qt::CaseSensitivity caseSensitivity

@@ -2,6 +2,7 @@
 
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/columnnames.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
@@ -402,10 +403,7 @@ Dataset &TransformLookup::process(Dataset &output, const QList<Node *> &inputs, 
     const QString name = autoNameOption->toBool()
         ? QStringLiteral("%1 %2").arg(displayName(), bottom.headerText(bottomValue))
         : newNameOption->toString();
-    output.appendColumn();
-    const int column = output.lastColumn();
-    if (output.hasHeader())
-        output.setColumnName(column, name);
+    const int column = ColumnNames::appendNamedColumn(output, name);
     output.setColumn(column, values);
 
     if (misses > 0) {

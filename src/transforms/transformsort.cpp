@@ -2,6 +2,7 @@
 
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
 QStringList TransformSort::rankTypeNames()
@@ -115,10 +116,8 @@ Dataset &TransformSort::process(Dataset &output, const QList<Node *> &inputs, bo
         keys.append(column.second ? column.first + 1 : -(column.first + 1));
 
     const bool addRank = rankAddOption->toBool();
-    if (addRank && output.hasColumns()) {
-        output.appendColumn();
-        output.setColumnName(output.lastColumn(), QStringLiteral("Rank"));
-    }
+    if (addRank && output.hasColumns())
+        ColumnNames::appendNamedColumn(output, QStringLiteral("Rank"));
     if (keys.isEmpty()) {
         setResult(QStringLiteral("No changes"));
         return output;

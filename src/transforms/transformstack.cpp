@@ -91,9 +91,7 @@ void TransformStack::createParameters(const QList<Node *> &inputs, bool useRemem
     auto *value = new Parameter(ParameterType::Text, QStringLiteral("User_Defined_Row_Value"),
                                 QStringLiteral("Separator value"), QString());
     value->setTextRequired(false);
-    value->setToolTip(QStringLiteral(
-        "The text of every cell of a separator row. Column variables such as $(1) or $(name) "
-        "take the values of the first row of the dataset that follows."));
+    value->setToolTip(QStringLiteral("The text of every cell of a separator row."));
     applyRememberedValue(useRemembered, value);
     addParameter(value);
 }
@@ -233,19 +231,17 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
     if (anyHeader)
         output.setHeader(names);
 
+    QStringList separator;
+    if (addSeparators) {
+        separator.reserve(finalWidth);
+        for (int c = 0; c < finalWidth; ++c)
+            separator.append(separatorValue);
+    }
     for (int i = 1; i < count; ++i) {
         const Dataset &dataset = *inputs.at(i)->dataset();
         const QVector<int> &place = places.at(i);
-        if (addSeparators) {
-            QString text = separatorValue;
-            if (dataset.hasRows())
-                text = dataset.substituteColumnVariables(text, dataset.columnsByName(), 0);
-            QStringList separator;
-            separator.reserve(finalWidth);
-            for (int c = 0; c < finalWidth; ++c)
-                separator.append(text);
-            output.appendRow(separator, true);
-        }
+        if (addSeparators)
+            output.appendRow(separator);
         bool identity = dataset.columnCount() == finalWidth;
         for (int c = 0; identity && c < place.size(); ++c)
             identity = place.at(c) == c;

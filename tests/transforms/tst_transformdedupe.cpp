@@ -202,6 +202,13 @@ void TestTransformDedupe::informationModeColumnsAndOrder()
     QCOMPARE(column(fuzzy, 0), (QStringList {"abcdefghij", "abcdefghix", "abcdefghxx", "zzzz"}));
     QCOMPARE(column(fuzzy, 3), (QStringList {"", "90", "80", ""}));
     QCOMPARE(column(fuzzy, 5), (QStringList {"2", "", "", "0"}));
+
+    // Without a header the added columns go unnamed, as every new column does.
+    const Dataset plain = dedupe(makeDataset({{"x"}, {"x"}}, false), {0}, 2);
+    QVERIFY(!plain.hasHeader());
+    QCOMPARE(plain.rows(),
+             (QList<QStringList> {{"x", "1", "1", "", "false", "1"},
+                                  {"x", "1", "2", "100", "true", ""}}));
 }
 
 void TestTransformDedupe::noColumnsCopiesInput()

@@ -2,12 +2,11 @@
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformintersect.h"
-#include "transforms/transformsubtract.h"
 
 #include <QApplication>
 #include <QtTest>
 
-// Intersect and Subtract: the two filters of the top dataset by the keys of the bottom one.
+// Intersect: the top rows whose keys are also in the bottom dataset.
 class TestTransformIntersect : public QObject
 {
     Q_OBJECT
@@ -19,10 +18,6 @@ private slots:
     void intersect_data();
     void intersect();
     void intersectUnresolvedKeyGivesNoRows();
-    void subtract_data();
-    void subtract();
-    void subtractListsFewRemovedRows();
-    void subtractUnresolvedKeyChangesNothing();
     void singleInputAsksForSecond();
 
 private:
@@ -90,6 +85,8 @@ void TestTransformIntersect::intersect()
     QCOMPARE(intersect.result(), result);
     QCOMPARE(intersect.information(), information);
     QVERIFY(intersect.warnings().isEmpty());
+    // Kept rows are the top's rows, not copies of them.
+    QVERIFY(output.row(0).isSharedWith(m_top->dataset()->row(0)));
 }
 
 void TestTransformIntersect::intersectUnresolvedKeyGivesNoRows()
@@ -103,112 +100,12 @@ void TestTransformIntersect::intersectUnresolvedKeyGivesNoRows()
     QCOMPARE(intersect.warnings(), QStringList("1 option not set ('Top key column')"));
 }
 
-void TestTransformIntersect::subtract_data()
-{
-    QTest::addColumn<QString>("match");
-    QTest::addColumn<bool>("caseSensitive");
-    QTest::addColumn<QStringList>("kept");
-    QTest::addColumn<QString>("result");
-    QTest::addColumn<QStringList>("information");
-
-    QTest::newRow("all matches") << "All matches" << true << QStringList {"4", "5"}
-                                 << "5 rows removed"
-                                 << QStringList {"Subtracted row 1 with key 'a'",
-                                                 "Subtracted row 2 with key 'b'",
-                                                 "Subtracted row 3 with key 'a'",
-                                                 "Subtracted row 6 with key ''",
-                                                 "Subtracted row 7 with key 'a'"};
-    // Key a is twice below, so it takes away two rows above: the first two, or the last two.
-    QTest::newRow("first match") << "First match" << true << QStringList {"4", "5", "7"}
-                                 << "4 rows removed"
-                                 << QStringList {"Subtracted row 1 with key 'a'",
-                                                 "Subtracted row 2 with key 'b'",
-                                                 "Subtracted row 3 with key 'a'",
-                                                 "Subtracted row 6 with key ''"};
-    QTest::newRow("last match") << "Last match" << true << QStringList {"1", "4", "5"}
-                                << "4 rows removed"
-                                << QStringList {"Subtracted row 2 with key 'b'",
-                                                "Subtracted row 3 with key 'a'",
-                                                "Subtracted row 6 with key ''",
-                                                "Subtracted row 7 with key 'a'"};
-    // Case folding lets B take b's one occurrence when it comes first.
-    QTest::newRow("last match, case insensitive")
-        << "Last match" << false << QStringList {"1", "2", "4"} << "4 rows removed"
-        << QStringList {"Subtracted row 3 with key 'a'", "Subtracted row 5 with key 'B'",
-                        "Subtracted row 6 with key ''", "Subtracted row 7 with key 'a'"};
-}
-
-void TestTransformIntersect::subtract()
-{
-    QFETCH(QString, match);
-    QFETCH(bool, caseSensitive);
-    QFETCH(QStringList, kept);
-    QFETCH(QString, result);
-    QFETCH(QStringList, information);
-
-    TransformSubtract subtract;
-    subtract.createParameters({m_top, m_bottom}, false);
-    subtract.parameter("Column_1")->setColumnId(m_top->dataset()->columnId(0));
-    subtract.parameter("Match")->setValue(match);
-    subtract.parameter("Case_Sensitive")->setValue(caseSensitive);
-    const Dataset output = runTransform(subtract, {m_top, m_bottom});
-    QCOMPARE(output.columnValues(1), kept);
-    QCOMPARE(output.columnIds(), m_top->dataset()->columnIds());
-    QCOMPARE(subtract.result(), result);
-    QCOMPARE(subtract.information(), information);
-}
-
-void TestTransformIntersect::subtractListsFewRemovedRows()
-{
-    QList<QStringList> rows {{"k"}};
-    for (int r = 0; r < 12; ++r)
-        rows << QStringList {"x"};
-    Node *top = makeDataNode(makeDataset(rows));
-    Node *bottom = makeDataNode(makeDataset({{"k"}, {"x"}}));
-    TransformSubtract subtract;
-    subtract.createParameters({top, bottom}, false);
-    const Dataset output = runTransform(subtract, {top, bottom});
-    QCOMPARE(output.rowCount(), 0);
-    QCOMPARE(output.columnCount(), 1);
-    QCOMPARE(subtract.result(), QString("12 rows removed"));
-    QCOMPARE(subtract.information().size(), 11);
-    QCOMPARE(subtract.information().at(9), QString("Subtracted row 10 with key 'x'"));
-    QCOMPARE(subtract.information().last(), QString("+ 2 others"));
-
-    // One occurrence below takes one row, and the rest need no listing.
-    subtract.parameter("Match")->setValue(QStringLiteral("First match"));
-    runTransform(subtract, {top, bottom});
-    QCOMPARE(subtract.result(), QString("1 row removed"));
-    QCOMPARE(subtract.information(), QStringList("Subtracted row 1 with key 'x'"));
-    delete top;
-    delete bottom;
-}
-
-void TestTransformIntersect::subtractUnresolvedKeyChangesNothing()
-{
-    TransformSubtract subtract;
-    subtract.createParameters({m_top, m_bottom}, false);
-    const Dataset output = runTransform(subtract, {m_top, m_bottom});
-    QCOMPARE(output.rows(), m_top->dataset()->rows());
-    QCOMPARE(subtract.result(), QString("No changes"));
-
-    // Keys that never match change nothing either, and the rows stay shared.
-    subtract.parameter("Column_1")->setColumnId(m_top->dataset()->columnId(1));
-    const Dataset unchanged = runTransform(subtract, {m_top, m_bottom});
-    QCOMPARE(subtract.result(), QString("No changes"));
-    QVERIFY(unchanged.row(0).isSharedWith(m_top->dataset()->row(0)));
-}
-
 void TestTransformIntersect::singleInputAsksForSecond()
 {
     TransformIntersect intersect;
     intersect.createParameters({m_top}, false);
     QCOMPARE(runTransform(intersect, {m_top}).rowCount(), 7);
     QCOMPARE(intersect.result(), QString("Connect a second dataset"));
-    TransformSubtract subtract;
-    subtract.createParameters({m_top}, false);
-    QCOMPARE(runTransform(subtract, {m_top}).rowCount(), 7);
-    QCOMPARE(subtract.result(), QString("Connect a second dataset"));
 }
 
 TABULON_TEST_MAIN(TestTransformIntersect)

@@ -277,6 +277,18 @@ void TestTransformLookup::columnName()
     QCOMPARE(output.header(), QStringList({"code", "qty", name}));
     QCOMPARE(output.columnId(2), ColumnId());
     QCOMPARE(output.columnIds().mid(0, 2), fixture.top->dataset()->columnIds());
+
+    // A top dataset without a header gets none for the new column.
+    QScopedPointer<Node> plain(makeDataNode(makeDataset({{"a", "1"}, {"b", "2"}}, false)));
+    TransformLookup lookup;
+    lookup.createParameters({plain.data(), fixture.bottom}, false);
+    lookup.parameter("Top_Lookup_Column")->setColumnId(plain->dataset()->columnId(0));
+    lookup.parameter("Bottom_Lookup_Column")->setColumnId(fixture.bottom->dataset()->columnId(0));
+    lookup.parameter("Bottom_Value_Column")->setColumnId(fixture.bottom->dataset()->columnId(1));
+    lookup.parameter("Auto_New_Name")->setValue(autoName);
+    const Dataset unnamed = runTransform(lookup, {plain.data(), fixture.bottom});
+    QVERIFY(!unnamed.hasHeader());
+    QCOMPARE(unnamed.rows(), QList<QStringList>({{"a", "1", "v1"}, {"b", "2", ""}}));
 }
 
 void TestTransformLookup::unsetOrMissingInputs()

@@ -249,6 +249,16 @@ void TestTransformSort::transformAddsRank()
     QCOMPARE(output.rows(), QList<QStringList>({{"a", "1"}, {"b", "3"}, {"b", "3"}, {"c", "4"}}));
     QVERIFY(output.columnId(1).isNull());
     QVERIFY(transform.isParameterEnabled("Rank_By"));
+
+    // Without a header the rank column goes unnamed, as every new column does: a name would
+    // turn the numbers of the other columns into names.
+    QScopedPointer<Node> plain(makeDataNode(makeDataset({{"b"}, {"a"}}, false)));
+    transform.createParameters({plain.data()}, false);
+    transform.parameter("Columns")->setSortColumns({{plain->dataset()->columnId(0), true}});
+    transform.parameter("Rank_Add")->setValue(true);
+    const Dataset unnamed = runTransform(transform, {plain.data()});
+    QVERIFY(!unnamed.hasHeader());
+    QCOMPARE(unnamed.rows(), QList<QStringList>({{"a", "1"}, {"b", "2"}}));
 }
 
 void TestTransformSort::vanishedKeyLeavesInputUnchanged()

@@ -1,13 +1,12 @@
 #include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
-#include "transforms/transformcross.h"
 #include "transforms/transformstack.h"
 
 #include <QApplication>
 #include <QtTest>
 
-// Stack and Cross, the two transforms that take any number of inputs.
+// Stack: inputs one on top of another, their columns aligned by name or by number.
 class TestTransformStack : public QObject
 {
     Q_OBJECT
@@ -19,14 +18,11 @@ private slots:
     void stack_data();
     void stack();
     void stackKeepsTopIds();
-    void separatorsTakeVariablesOfNextInput();
+    void separatorsAreTheValueInEveryCell();
+    void rowsInPlaceStayShared();
+    void longReportsAreCut();
     void repeatedNamesWarn();
     void singleInputIsCopied();
-    void cross();
-    void crossLastInputVariesFastest();
-    void crossWithEmptyInput();
-    void crossOverflow_data();
-    void crossOverflow();
 
 private:
     Node *m_people = nullptr; // id, name: two rows
@@ -139,21 +135,53 @@ void TestTransformStack::stackKeepsTopIds()
                          "Ignore last 1 columns in dataset 2"));
 }
 
-void TestTransformStack::separatorsTakeVariablesOfNextInput()
+void TestTransformStack::separatorsAreTheValueInEveryCell()
 {
     TransformStack stack;
     stack.createParameters({m_people, m_ages, m_people}, false);
     stack.parameter("Add_Separators")->setValue(true);
-    stack.parameter("User_Defined_Row_Value")->setValue(QStringLiteral("-- $(name) $(2) --"));
+    stack.parameter("User_Defined_Row_Value")->setValue(QStringLiteral("-- $(name) --"));
     const Dataset output = runTransform(stack, {m_people, m_ages, m_people});
+    // One separator before each input but the first, the value taken as it stands.
     QCOMPARE(output.rows(),
              (QList<QStringList> {{"1", "Ann", ""},
                                   {"2", "Bob", ""},
-                                  {"-- Cy 30 --", "-- Cy 30 --", "-- Cy 30 --"},
+                                  {"-- $(name) --", "-- $(name) --", "-- $(name) --"},
                                   {"", "Cy", "30"},
-                                  {"-- Ann Ann --", "-- Ann Ann --", "-- Ann Ann --"},
+                                  {"-- $(name) --", "-- $(name) --", "-- $(name) --"},
                                   {"1", "Ann", ""},
                                   {"2", "Bob", ""}}));
+}
+
+void TestTransformStack::rowsInPlaceStayShared()
+{
+    TransformStack stack;
+    stack.createParameters({m_people, m_people}, false);
+    const Dataset output = runTransform(stack, {m_people, m_people});
+    QCOMPARE(output.rowCount(), 4);
+    // An input whose columns all keep their places gives its rows as they are, not copies.
+    QVERIFY(output.row(0).isSharedWith(m_people->dataset()->row(0)));
+    QVERIFY(output.row(3).isSharedWith(m_people->dataset()->row(1)));
+}
+
+void TestTransformStack::longReportsAreCut()
+{
+    QList<QStringList> rows {{}, {}};
+    for (int c = 0; c < 25; ++c) {
+        rows[0].append(QStringLiteral("c%1").arg(c + 1));
+        rows[1].append(QString::number(c));
+    }
+    QScopedPointer<Node> wide(makeDataNode(makeDataset(rows)));
+    TransformStack stack;
+    stack.createParameters({m_people, wide.data()}, false);
+    const Dataset output = runTransform(stack, {m_people, wide.data()});
+    QCOMPARE(output.columnCount(), 27);
+    // 25 added columns and 2 without a match: the first 20 lines are listed.
+    const QStringList lines = stack.information().value(0).split(QLatin1Char('\n'));
+    QCOMPARE(lines.size(), 22);
+    QCOMPARE(lines.at(0), QString("Input 2 (1 row, 25 columns):"));
+    QCOMPARE(lines.at(20), QString("Added 'c20' (column 20) from dataset 2"));
+    QCOMPARE(lines.at(21), QString("...etc"));
 }
 
 void TestTransformStack::repeatedNamesWarn()
@@ -179,91 +207,6 @@ void TestTransformStack::singleInputIsCopied()
     const Dataset output = runTransform(stack, {m_people});
     QCOMPARE(output.rows(), m_people->dataset()->rows());
     QVERIFY(stack.warnings().isEmpty());
-
-    TransformCross cross;
-    QCOMPARE(runTransform(cross, {m_people}).rows(), m_people->dataset()->rows());
-    QCOMPARE(cross.result(), QString("No changes"));
-}
-
-void TestTransformStack::cross()
-{
-    Node *letters = makeDataNode(makeDataset({{"b", "c"}, {"x", "y"}, {"p", "q"}, {"r", "s"}}));
-    TransformCross cross;
-    const Dataset output = runTransform(cross, {m_people, letters});
-    QCOMPARE(output.header(), QStringList({"id", "name", "b", "c"}));
-    QCOMPARE(output.rows(),
-             (QList<QStringList> {{"1", "Ann", "x", "y"},
-                                  {"1", "Ann", "p", "q"},
-                                  {"1", "Ann", "r", "s"},
-                                  {"2", "Bob", "x", "y"},
-                                  {"2", "Bob", "p", "q"},
-                                  {"2", "Bob", "r", "s"}}));
-    QCOMPARE(output.columnIds(),
-             m_people->dataset()->columnIds() + letters->dataset()->columnIds());
-    QCOMPARE(cross.result(), QString("Crossed 2 inputs"));
-    delete letters;
-}
-
-void TestTransformStack::crossLastInputVariesFastest()
-{
-    Node *bits = makeDataNode(makeDataset({{"0"}, {"1"}}, false));
-    TransformCross cross;
-    const Dataset output = runTransform(cross, {m_people, bits, bits});
-    QVERIFY(output.hasHeader());
-    QCOMPARE(output.columnValues(0), QStringList({"1", "1", "1", "1", "2", "2", "2", "2"}));
-    QCOMPARE(output.columnValues(2), QStringList({"0", "0", "1", "1", "0", "0", "1", "1"}));
-    QCOMPARE(output.columnValues(3), QStringList({"0", "1", "0", "1", "0", "1", "0", "1"}));
-    QCOMPARE(output.header(), QStringList({"id", "name", "1", "1"}));
-    QCOMPARE(cross.result(), QString("Crossed 3 inputs"));
-
-    // Without any header the output has none.
-    const Dataset plain = runTransform(cross, {bits, bits});
-    QVERIFY(!plain.hasHeader());
-    QCOMPARE(plain.rowCount(), 4);
-    delete bits;
-}
-
-void TestTransformStack::crossWithEmptyInput()
-{
-    Node *empty = makeDataNode(makeDataset({{"e"}}));
-    TransformCross cross;
-    const Dataset output = runTransform(cross, {m_people, empty});
-    QCOMPARE(output.rowCount(), 0);
-    QCOMPARE(output.header(), QStringList({"id", "name", "e"}));
-    QCOMPARE(cross.result(), QString("Crossed 2 inputs"));
-    delete empty;
-}
-
-void TestTransformStack::crossOverflow_data()
-{
-    QTest::addColumn<int>("rows1");
-    QTest::addColumn<int>("rows2");
-    QTest::addColumn<bool>("tooMany");
-
-    // 2^31 turns negative; 2^32 wraps to exactly zero, which the sign test cannot see.
-    QTest::newRow("2^31") << 65536 << 32768 << true;
-    QTest::newRow("2^32") << 65536 << 65536 << false;
-}
-
-void TestTransformStack::crossOverflow()
-{
-    QFETCH(int, rows1);
-    QFETCH(int, rows2);
-    QFETCH(bool, tooMany);
-
-    Dataset first;
-    first.setSize(rows1, 1);
-    Dataset second;
-    second.setSize(rows2, 1);
-    Node *a = makeDataNode(first);
-    Node *b = makeDataNode(second);
-    TransformCross cross;
-    const Dataset output = runTransform(cross, {a, b});
-    QCOMPARE(output.rowCount(), 0);
-    QCOMPARE(cross.result(), tooMany ? QString("Too many rows") : QString("Crossed 2 inputs"));
-    QCOMPARE(cross.warnings(), tooMany ? QStringList("Too many rows") : QStringList());
-    delete a;
-    delete b;
 }
 
 TABULON_TEST_MAIN(TestTransformStack)
