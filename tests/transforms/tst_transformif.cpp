@@ -1,6 +1,7 @@
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
 #include "testutil.h"
+#include "transformfixtures.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformif.h"
@@ -36,34 +37,6 @@ private:
     Node *m_input = nullptr;
 };
 
-// A term of the tables below: column -1 for every column, -2 for a column that is gone.
-using TermSpec = QList<QVariantList>;
-Q_DECLARE_METATYPE(TermSpec)
-
-namespace {
-
-QList<FilterTerm> makeTerms(const TermSpec &spec, const Dataset &dataset)
-{
-    QList<FilterTerm> terms;
-    for (const QVariantList &entry : spec) {
-        FilterTerm term;
-        const int column = entry.at(0).toInt();
-        term.column = column == -2 ? ColumnId(9999, 77)
-                                   : (column >= 0 ? dataset.columnId(column) : ColumnId());
-        term.op = entry.at(1).toInt();
-        term.value = entry.at(2).toString();
-        terms.append(term);
-    }
-    return terms;
-}
-
-QVariantList term(int column, int op, const QString &value)
-{
-    return {column, op, value};
-}
-
-} // namespace
-
 void TestTransformIf::initTestCase()
 {
     setDateFormats(defaultDateFormats(true));
@@ -71,12 +44,7 @@ void TestTransformIf::initTestCase()
 
 void TestTransformIf::init()
 {
-    // Dates are day first, so only a d/M/yyyy reading makes the column a date column.
-    m_input = makeDataNode(makeDataset({{"name", "amount", "date", "note"},
-                                        {"Anna", "600", "15/3/2020", "x"},
-                                        {"bob", "500", "1/2/2020", ""},
-                                        {"Carl", "1200.5", "31/1/2020", "abc"},
-                                        {"dave", "abc", "5/12/2019", "Abc"}}));
+    m_input = makeDataNode(conditionInput());
 }
 
 void TestTransformIf::cleanup()

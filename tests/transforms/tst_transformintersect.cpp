@@ -1,5 +1,6 @@
 #include "graph/node.h"
 #include "testutil.h"
+#include "transformfixtures.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformintersect.h"
 
@@ -27,15 +28,8 @@ private:
 
 void TestTransformIntersect::init()
 {
-    m_top = makeDataNode(makeDataset({{"k", "v"},
-                                      {"a", "1"},
-                                      {"b", "2"},
-                                      {"a", "3"},
-                                      {"c", "4"},
-                                      {"B", "5"},
-                                      {"", "6"},
-                                      {"a", "7"}}));
-    m_bottom = makeDataNode(makeDataset({{"key"}, {"a"}, {"a"}, {"b"}, {""}, {"d"}}));
+    m_top = makeDataNode(keyedTop());
+    m_bottom = makeDataNode(keyedBottom());
 }
 
 void TestTransformIntersect::cleanup()
