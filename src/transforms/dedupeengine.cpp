@@ -286,7 +286,7 @@ private:
             ids.append(ColumnId());
         output.setColumnCount(inputColumns + added.size());
         output.setColumnIds(ids);
-        // As every new column, they are named only where the input has a header.
+        // Like every new column, these are named only where the input has a header.
         if (m_input.hasHeader())
             output.setHeader(m_input.header() + added);
         output.reserveRows(processed);
