@@ -155,11 +155,14 @@ private:
         int best = -1;
         int bestCloseness = -1;
         for (int i = 0; i < m_references.size(); ++i) {
+            // Only a closer reference can win over the best so far, since ties go to the
+            // earlier group: asking for that closeness lets the distance give up sooner.
+            const int needed = std::max(m_options.threshold, bestCloseness + 1);
             const QStringList &reference = m_references.at(i);
-            if (cannotReach(key, reference, m_options.threshold))
+            if (cannotReach(key, reference, needed))
                 continue;
-            const int alike = similarity(key, reference, m_options.threshold);
-            if (alike < m_options.threshold || alike <= bestCloseness)
+            const int alike = similarity(key, reference, needed);
+            if (alike < needed)
                 continue;
             best = i;
             bestCloseness = alike;
