@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QScrollArea>
 #include <QShortcut>
+#include <QStyle>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -190,6 +191,27 @@ void ActionPane::build(const QList<Transform *> &prototypes)
     updateCategoryRows();
     updateButtons();
     updateEnabled();
+}
+
+QSize ActionPane::minimumSizeHint() const
+{
+    // Hidden buttons count too: a keyword may show any of them later.
+    int width = 0;
+    const QList<QWidget *> controls
+        = {m_fromFile, m_fromClipboard, m_toFile, m_category, m_filter, m_advanced};
+    for (const QWidget *control : controls)
+        width = qMax(width, control->sizeHint().width());
+    for (const TransformButton *button : m_buttons)
+        width = qMax(width, button->sizeHint().width());
+    const int margins = 2 * 1 + 2 * 4;
+    width += margins + style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, this);
+    return QSize(width, QWidget::minimumSizeHint().height());
+}
+
+QSize ActionPane::sizeHint() const
+{
+    const QSize minimum = minimumSizeHint();
+    return QSize(minimum.width(), qMax(minimum.height(), QWidget::sizeHint().height()));
 }
 
 int ActionPane::rowCount(int data)
@@ -405,12 +427,17 @@ void ActionPane::setSelection(const QList<QGraphicsItem *> &selected)
 {
     m_selectedCount = int(std::count_if(selected.cbegin(), selected.cend(), countsAsSource));
     updateEnabled();
-    if (m_selectedCount > 0 && isVisible())
-        BalloonTip::showTip(QStringLiteral("tip_transform_button"),
-                            QStringLiteral("Transform datasets"),
-                            QStringLiteral("Click a transform button to transform the selected "
-                                           "item(s)."),
-                            m_buttonBox);
+    if (m_selectedCount == 0 || !isVisible())
+        return;
+    // Under the first button, not under the whole column, where it would hide "To File".
+    QWidget *anchor = m_buttonBox;
+    if (m_buttonLayout->count() > 0 && m_buttonLayout->itemAt(0)->widget())
+        anchor = m_buttonLayout->itemAt(0)->widget();
+    BalloonTip::showTip(QStringLiteral("tip_transform_button"),
+                        QStringLiteral("Transform datasets"),
+                        QStringLiteral("Click a transform button to transform the selected "
+                                       "item(s)."),
+                        anchor);
 }
 
 void ActionPane::updateEnabled()

@@ -83,6 +83,10 @@ public slots:
     void onAdvancedChanged(bool on);
     void onComboOpened();
 
+    // Wide enough for the longest button text, so that no name is cut off.
+    QSize minimumSizeHint() const override;
+    QSize sizeHint() const override;
+
 protected:
     void showEvent(QShowEvent *event) override;
 

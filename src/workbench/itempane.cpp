@@ -6,6 +6,8 @@
 #include "graph/notenode.h"
 #include "graph/outputnode.h"
 #include "graph/transformnode.h"
+#include "inspection/datapage.h"
+#include "inspection/datatableview.h"
 #include "shell/guards.h"
 #include "shell/settings.h"
 #include "workbench/inputitemwidget.h"
@@ -17,9 +19,24 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QMainWindow>
 #include <QPainter>
+#include <QStatusBar>
 #include <QTimer>
 #include <QVBoxLayout>
+
+// The window whose status bar carries the selection sums: the pane's own, or, when the pane
+// floats on a second screen, the main window it belongs to.
+static QMainWindow *statusWindow(QWidget *pane)
+{
+    if (auto *window = qobject_cast<QMainWindow *>(pane->window()))
+        return window;
+    for (QWidget *top : QApplication::topLevelWidgets())
+        if (auto *window = qobject_cast<QMainWindow *>(top))
+            if (window->isVisible())
+                return window;
+    return nullptr;
+}
 
 ItemPane::ItemPane(QWidget *parent)
     : QWidget(parent)
@@ -61,7 +78,11 @@ void ItemPane::clearWidget()
         return;
     // Edits that need no run (a comment) are not behind the timer; they go now as well.
     m_widget->applyPendingEdits();
+    onSelectionStatisticsChanged(QString());
     ItemWidget *old = m_widget;
+    // The old table may still change its selection while it goes; its sums are gone with it.
+    if (DataPage *data = old->dataPage())
+        disconnect(data->view(), nullptr, this, nullptr);
     m_widget = nullptr;
     old->hide();
     m_layout->removeWidget(old);
@@ -95,6 +116,9 @@ void ItemPane::showItems(const QList<Node *> &selected)
         connect(widget, &ItemWidget::selectedDataCellsChanged, this,
                 &ItemPane::selectedDataCellsChanged);
         connect(widget, &ItemWidget::currentTabChanged, this, &ItemPane::onItemCurrentTabChanged);
+        if (DataPage *data = widget->dataPage())
+            connect(data->view(), &DataTableView::selectionStatisticsChanged, this,
+                    &ItemPane::onSelectionStatisticsChanged);
         connect(widget, &ItemWidget::changeNeedsSave, this, &ItemPane::changeNeedsSave);
         m_layout->addWidget(widget);
         m_widget = widget;
@@ -187,6 +211,23 @@ void ItemPane::onProcessChanges()
         scene->process(GraphScene::RunChanges);
     if (widget)
         widget->refreshAfterRun();
+}
+
+void ItemPane::onSelectionStatisticsChanged(const QString &text)
+{
+    const QString previous = m_statistics;
+    m_statistics = text;
+    if (previous == text)
+        return;
+    emit selectionStatisticsChanged(text);
+    QMainWindow *window = statusWindow(this);
+    if (!window)
+        return;
+    QStatusBar *bar = window->statusBar();
+    if (!text.isEmpty())
+        bar->showMessage(text);
+    else if (bar->currentMessage() == previous) // leave other messages alone
+        bar->clearMessage();
 }
 
 void ItemPane::onItemCurrentTabChanged(int index)

@@ -37,6 +37,8 @@ signals:
     void nodeStatusChanged();
     void nodeCommentChanged(Node *node);
     void selectedDataCellsChanged();
+    // The one line that sums up the cells selected in the page's table; empty for none.
+    void selectionStatisticsChanged(const QString &text);
     void changeNeedsSave();
     void closeRequested();
 
@@ -57,6 +59,7 @@ protected:
 
 private:
     void clearWidget();
+    void onSelectionStatisticsChanged(const QString &text);
 
     QVBoxLayout *m_layout = nullptr;
     QPointer<ItemWidget> m_widget;
@@ -64,4 +67,5 @@ private:
     bool m_runWaiting = false;
     bool m_interactionAllowed = true;
     int m_tab = 0;
+    QString m_statistics;
 };

@@ -15,6 +15,10 @@
 #include <QLabel>
 #include <QPainter>
 #include <QPlainTextEdit>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QSplitter>
+#include <QStyle>
 #include <QTabWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -29,14 +33,26 @@ QPlainTextEdit *makeMessagesEdit(const QString &toolTip, QWidget *parent)
     return edit;
 }
 
-// The status label opens the details when clicked.
+// The status label opens the details when clicked. A long result is elided rather than
+// widening the top bar past the pane, which would push the label out of sight.
 class ClickableLabel : public QLabel
 {
 public:
     using QLabel::QLabel;
     std::function<void()> onClick;
 
+    QSize minimumSizeHint() const override { return QSize(0, QLabel::minimumSizeHint().height()); }
+
 protected:
+    void paintEvent(QPaintEvent *) override
+    {
+        QPainter painter(this);
+        const QRect area = contentsRect();
+        const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, area.width());
+        style()->drawItemText(&painter, area, int(alignment()), palette(), isEnabled(), shown,
+                              foregroundRole());
+    }
+
     void mousePressEvent(QMouseEvent *event) override
     {
         QLabel::mousePressEvent(event);
@@ -103,7 +119,14 @@ ItemWidget::ItemWidget(Node *node, QWidget *parent)
     topBar->addWidget(m_statusLabel, 1);
     m_layout->addLayout(topBar);
 
-    m_optionsArea = new QWidget(this);
+    // Options and tabs share the height through a splitter, and long option lists scroll,
+    // so that a transform with many options still leaves room for its table.
+    m_splitter = new QSplitter(Qt::Vertical, this);
+    m_splitter->setChildrenCollapsible(false);
+    m_optionsScroll = new QScrollArea(m_splitter);
+    m_optionsScroll->setWidgetResizable(true);
+    m_optionsScroll->setFrameShape(QFrame::NoFrame);
+    m_optionsArea = new QWidget;
     m_optionsLayout = new QVBoxLayout(m_optionsArea);
     m_optionsLayout->setContentsMargins(1, 1, 1, 1);
     m_optionsLayout->setSpacing(4);
@@ -111,9 +134,11 @@ ItemWidget::ItemWidget(Node *node, QWidget *parent)
     m_form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     m_form->setSpacing(4);
     m_optionsLayout->addLayout(m_form);
-    m_layout->addWidget(m_optionsArea);
+    m_optionsScroll->setWidget(m_optionsArea);
+    m_splitter->addWidget(m_optionsScroll);
+    m_layout->addWidget(m_splitter, 1);
 
-    m_tabs = new QTabWidget(this);
+    m_tabs = new QTabWidget(m_splitter);
     m_dataPage = new DataPage(m_tabs);
     m_tabs->addTab(m_dataPage, QStringLiteral("Data"));
     auto *characters = new QWidget(m_tabs);
@@ -134,7 +159,10 @@ ItemWidget::ItemWidget(Node *node, QWidget *parent)
     m_details = makeMessagesEdit(QStringLiteral("Details of the most recent processing."), m_tabs);
     m_tabs->addTab(m_details, QStringLiteral("Details"));
     m_tabs->setTabToolTip(DetailsTab, m_details->toolTip());
-    m_layout->addWidget(m_tabs, 1);
+    m_splitter->addWidget(m_tabs);
+    m_splitter->setStretchFactor(0, 0);
+    m_splitter->setStretchFactor(1, 1);
+    connect(m_splitter, &QSplitter::splitterMoved, this, [this] { m_splitterMoved = true; });
 
     connect(m_tabs, &QTabWidget::currentChanged, this, &ItemWidget::onTabChanged);
     connect(m_comment, &DelayedPlainTextEdit::delayedTextChanged, this,
@@ -298,9 +326,33 @@ void ItemWidget::setShowMode(int mode)
         return;
     m_showMode = mode;
     m_showButtons[mode]->setChecked(true);
-    m_optionsArea->setVisible(mode != DataOnly);
+    m_optionsScroll->setVisible(mode != DataOnly);
     m_tabs->setVisible(mode != OptionsOnly);
-    m_layout->setStretchFactor(m_optionsArea, mode == OptionsOnly ? 1 : 0);
+    placeSplitter();
+}
+
+void ItemWidget::resizeEvent(QResizeEvent *event)
+{
+    QFrame::resizeEvent(event);
+    placeSplitter();
+}
+
+// The splitter left alone would give the options only their minimum, a sliver: they get
+// what they ask for, up to most of the height, and the table the rest, until the user moves
+// the handle.
+void ItemWidget::placeSplitter()
+{
+    if (m_splitterMoved || !m_optionsScroll->isVisibleTo(this) || !m_tabs->isVisibleTo(this))
+        return;
+    const int total = m_splitter->height() - m_splitter->handleWidth();
+    if (total <= 0)
+        return;
+    int wanted = m_optionsArea->sizeHint().height() + 2 * m_optionsScroll->frameWidth();
+    // Options wider than the pane scroll sideways, and that bar takes height too.
+    if (m_optionsArea->minimumSizeHint().width() > m_splitter->width())
+        wanted += m_optionsScroll->horizontalScrollBar()->sizeHint().height();
+    const int options = qMin(wanted, total * 3 / 5);
+    m_splitter->setSizes({options, total - options});
 }
 
 void ItemWidget::setFullScreen(bool on)
@@ -320,9 +372,49 @@ void ItemWidget::setFullScreen(bool on)
     }
 }
 
+// A form keeps the spacing of a row whose widgets are merely hidden, so rows that don't apply
+// are taken out of the form and put back at their place among the rows still in it.
 void ItemWidget::setRowVisible(QWidget *field, bool visible)
 {
-    if (QWidget *label = m_form->labelForField(field))
+    if (m_hiddenRows.isEmpty()) {
+        // Every row is in the form: its order is the order to restore.
+        m_rows.clear();
+        for (int row = 0; row < m_form->rowCount(); ++row) {
+            QLayoutItem *item = m_form->itemAt(row, QFormLayout::FieldRole);
+            if (!item)
+                item = m_form->itemAt(row, QFormLayout::SpanningRole);
+            QLayoutItem *label = m_form->itemAt(row, QFormLayout::LabelRole);
+            m_rows.append(
+                FormRow {item ? item->widget() : nullptr, label ? label->widget() : nullptr});
+        }
+    }
+    int index = -1;
+    for (int i = 0; i < m_rows.size() && index < 0; ++i)
+        if (m_rows.at(i).field == field)
+            index = i;
+    if (index < 0) {
+        field->setVisible(visible);
+        return;
+    }
+    QWidget *label = m_rows.at(index).label;
+    const bool hidden = m_hiddenRows.contains(field);
+    if (!visible && !hidden) {
+        const QFormLayout::TakeRowResult taken = m_form->takeRow(field);
+        delete taken.labelItem;
+        delete taken.fieldItem;
+        m_hiddenRows.insert(field);
+    } else if (visible && hidden) {
+        int row = 0;
+        for (int i = 0; i < index; ++i)
+            if (!m_hiddenRows.contains(m_rows.at(i).field))
+                ++row;
+        if (label)
+            m_form->insertRow(row, label, field);
+        else
+            m_form->insertRow(row, field);
+        m_hiddenRows.remove(field);
+    }
+    if (label)
         label->setVisible(visible);
     field->setVisible(visible);
 }

@@ -4,6 +4,7 @@
 
 #include <QFrame>
 #include <QPointer>
+#include <QSet>
 
 class DataPage;
 class DelayedPlainTextEdit;
@@ -11,6 +12,8 @@ class GraphScene;
 class QFormLayout;
 class QLabel;
 class QPlainTextEdit;
+class QScrollArea;
+class QSplitter;
 class QTabWidget;
 class QToolButton;
 class QVBoxLayout;
@@ -87,11 +90,13 @@ protected:
     void requestRun(bool viaTimer);
     void keyPressEvent(QKeyEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void onCommentChanged();
     void onTabChanged(int index);
     void updateDetails();
+    void placeSplitter();
 
     QPointer<Node> m_node;
     QVBoxLayout *m_layout = nullptr;
@@ -99,6 +104,8 @@ private:
     QToolButton *m_fullScreenButton = nullptr;
     QLabel *m_statusIcon = nullptr;
     QLabel *m_statusLabel = nullptr;
+    QSplitter *m_splitter = nullptr;
+    QScrollArea *m_optionsScroll = nullptr;
     QWidget *m_optionsArea = nullptr;
     QVBoxLayout *m_optionsLayout = nullptr;
     QFormLayout *m_form = nullptr;
@@ -110,4 +117,13 @@ private:
     QPlainTextEdit *m_details = nullptr;
     int m_showMode = OptionsAndData;
     bool m_fullScreen = false;
+    bool m_splitterMoved = false;
+    // The form's rows in their first order, and the fields of those taken out of it.
+    struct FormRow
+    {
+        QWidget *field;
+        QWidget *label;
+    };
+    QList<FormRow> m_rows;
+    QSet<QWidget *> m_hiddenRows;
 };

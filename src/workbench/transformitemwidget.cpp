@@ -2,6 +2,7 @@
 
 #include "graph/transformnode.h"
 #include "inspection/datapage.h"
+#include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "io/outputwriters.h"
 #include "shell/application.h"
@@ -67,6 +68,38 @@ TransformItemWidget::TransformItemWidget(TransformNode *node, QWidget *parent)
     buildParameters();
     buildTools();
     updateParameterStates();
+    applyComparison();
+}
+
+void TransformItemWidget::refreshAfterRun()
+{
+    // The input may have run too: its dataset is measured against afresh.
+    applyComparison();
+    ItemWidget::refreshAfterRun();
+}
+
+// Cells are compared by position with the first input, which is what a transform that keeps
+// its rows and columns changes; the table's tool tip then tells the old and the new text.
+void TransformItemWidget::applyComparison()
+{
+    DataTableView *view = dataPage() ? dataPage()->view() : nullptr;
+    if (!view || !m_compare)
+        return;
+    DataTableModel *model = view->dataModel();
+    const Dataset *before = nullptr;
+    if (m_compare->isChecked() && node()) {
+        const QList<Node *> inputs = node()->upstream(true);
+        if (!inputs.isEmpty())
+            before = inputs.first()->dataset();
+    }
+    model->setDifferenceColor(m_changesColor->color());
+    // Each of these resets the view, so only what changed is set.
+    if (model->compareDataset() != before)
+        model->setCompareDataset(before);
+    model->setComparisonMode(before != nullptr);
+    m_nextChange->setEnabled(before != nullptr);
+    m_previousChange->setEnabled(before != nullptr);
+    view->viewport()->update();
 }
 
 TransformItemWidget::~TransformItemWidget()
@@ -200,12 +233,16 @@ void TransformItemWidget::buildTools()
 
     connect(m_export, &QToolButton::clicked, this, &TransformItemWidget::onClickedExport);
     connect(m_editTemp, &QToolButton::clicked, this, &TransformItemWidget::onClickedEditTemp);
-    connect(m_compare, &QCheckBox::toggled, this,
-            [](bool on) { Settings::instance()->setShowChanges(on); });
+    connect(m_compare, &QCheckBox::toggled, this, [this](bool on) {
+        Settings::instance()->setShowChanges(on);
+        applyComparison();
+    });
     connect(m_nextChange, &QToolButton::clicked, this, [this] { moveToChange(1); });
     connect(m_previousChange, &QToolButton::clicked, this, [this] { moveToChange(-1); });
-    connect(m_changesColor, &ColorButton::colorChanged, this,
-            [](const QColor &color) { Settings::instance()->setChangedDataColor(color); });
+    connect(m_changesColor, &ColorButton::colorChanged, this, [this](const QColor &color) {
+        Settings::instance()->setChangedDataColor(color);
+        applyComparison();
+    });
 }
 
 ParameterWidget *TransformItemWidget::parameterWidget(const QString &key) const
@@ -351,34 +388,33 @@ void TransformItemWidget::onClickedExploreDuplicates()
 
 void TransformItemWidget::moveToChange(int direction)
 {
-    // Cells are compared by position with the first input, which is what a transform that
-    // keeps its rows and columns changes.
+    // Walks the table as shown, so rows and columns that a filter hides are skipped.
     Node *item = node();
     const QList<Node *> inputs = item ? item->upstream(true) : QList<Node *>();
-    if (inputs.isEmpty())
+    DataTableView *view = dataPage()->view();
+    if (inputs.isEmpty() || !view)
         return;
     const Dataset &after = *item->dataset();
     const Dataset &before = *inputs.first()->dataset();
-    const int rows = qMin(after.rowCount(), before.rowCount());
-    const int columns = qMin(after.columnCount(), before.columnCount());
+    const DataTableModel *model = view->dataModel();
+    const int rows = model->rowCount();
+    const int columns = model->columnCount();
     if (rows == 0 || columns == 0)
         return;
-    DataTableView *view = dataPage()->view();
-    if (!view || !view->model())
-        return;
     const QModelIndex current = view->currentIndex();
-    qint64 position = current.isValid() ? qint64(current.row()) * columns + current.column()
-                                        : (direction > 0 ? -1 : qint64(rows) * columns);
     const qint64 total = qint64(rows) * columns;
+    qint64 position = current.isValid() ? qint64(current.row()) * columns + current.column()
+                                        : (direction > 0 ? -1 : total);
     for (position += direction; position >= 0 && position < total; position += direction) {
-        const int r = int(position / columns);
-        const int c = int(position % columns);
+        const int r = model->datasetRow(int(position / columns));
+        const int c = model->datasetColumn(int(position % columns));
+        if (r < 0 || c < 0 || r >= before.rowCount() || c >= before.columnCount())
+            continue;
         if (after.cell(r, c) != before.cell(r, c)) {
-            const QModelIndex index = view->model()->index(r, c);
-            if (index.isValid()) {
-                view->setCurrentIndex(index);
-                view->scrollTo(index);
-            }
+            const QModelIndex index
+                = model->index(int(position / columns), int(position % columns));
+            view->setCurrentIndex(index);
+            view->scrollTo(index);
             return;
         }
     }

@@ -35,6 +35,11 @@ public:
     // Writes the dataset as a temporary .csv file; the path, or empty with *error set.
     QString writeTemporaryCsv(QString *error) const;
 
+    void refreshAfterRun() override;
+    QCheckBox *compareCheck() const { return m_compare; }
+    QToolButton *nextChangeButton() const { return m_nextChange; }
+    QToolButton *previousChangeButton() const { return m_previousChange; }
+
 public slots:
     void onProcessNow();
     void onParameterChange(bool runNow);
@@ -49,6 +54,7 @@ private:
     void buildTools();
     void updateParameterStates();
     void moveToChange(int direction);
+    void applyComparison();
 
     QList<ParameterWidget *> m_parameterWidgets;
     QToolButton *m_export = nullptr;

@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QSignalSpy>
+#include <QSplitter>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(const Transform *)
@@ -33,6 +34,7 @@ private slots:
     void grayButtonsFollowSelection();
     void toolTipTellsWhatToSelect();
     void hoverIsReported();
+    void buttonTextsAreNeverCut();
 
 private:
     static QStringList distinctTypeNames(int count);
@@ -331,6 +333,31 @@ void TestActionPane::hoverIsReported()
     QCOMPARE(hover.at(0).at(0).toBool(), true);
     QCOMPARE(hover.at(0).at(1).value<const Transform *>(), button->prototype());
     QCOMPARE(hover.at(1).at(0).toBool(), false);
+}
+
+void TestActionPane::buttonTextsAreNeverCut()
+{
+    // In a splitter, as in the window, the pane starts wide enough for every name, also for
+    // the buttons that only a keyword or 'show advanced' brings up.
+    QSplitter splitter;
+    auto *pane = new ActionPane(&splitter);
+    splitter.addWidget(pane);
+    splitter.addWidget(new QWidget(&splitter));
+    splitter.resize(1200, 700);
+    splitter.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&splitter));
+    int checked = 0;
+    for (QToolButton *button : pane->findChildren<QToolButton *>()) {
+        if (button->isVisible()) {
+            QVERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->text()));
+            ++checked;
+        }
+    }
+    QVERIFY(checked > 10);
+    pane->advancedCheck()->setChecked(true);
+    QApplication::processEvents();
+    for (TransformButton *button : pane->transformButtons())
+        QVERIFY2(button->width() >= button->sizeHint().width(), qPrintable(button->text()));
 }
 
 TABULON_TEST_MAIN(TestActionPane)

@@ -13,6 +13,7 @@
 #include "workbench/transformitemwidget.h"
 #include "workbench/widgets.h"
 
+#include <QApplication>
 #include <QComboBox>
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -61,6 +62,7 @@ private slots:
     void showButtonsHideParts();
     void fullScreenTakesThePageOutAndBack();
     void commentReachesItsItem();
+    void optionsAndStatusFitThePane();
 
 private:
     static QLineEdit *newValueEdit(ItemPane &pane);
@@ -315,6 +317,38 @@ void TestItemPane::commentReachesItsItem()
     QTest::keyClicks(page->commentEdit(), QStringLiteral("!"));
     pane.showItems({});
     QCOMPARE(graph.node->comment(), QStringLiteral("checked!"));
+}
+
+void TestItemPane::optionsAndStatusFitThePane()
+{
+    Graph graph(new TransformCase);
+    ItemPane pane;
+    pane.resize(510, 900);
+    pane.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&pane));
+    pane.showItems({graph.node});
+    ItemWidget *page = pane.currentWidget();
+    QApplication::processEvents();
+
+    // The options are shown whole, with the table below them, not squeezed to a sliver.
+    QWidget *options = page->optionsArea();
+    QVERIFY(options->visibleRegion().boundingRect().height() >= options->sizeHint().height());
+    QVERIFY(page->tabs()->height() > 200);
+
+    // A long result stays inside the pane instead of widening the top bar past it.
+    page->statusLabel()->setText(QString(300, QLatin1Char('x')));
+    QApplication::processEvents();
+    QVERIFY(page->minimumSizeHint().width() <= pane.width());
+    QVERIFY(page->statusLabel()->geometry().right() < page->width());
+    QCOMPARE(page->statusLabel()->text(), QString(300, QLatin1Char('x')));
+
+    // Only data gives the table all the height; back to both, the options show whole again.
+    QTest::mouseClick(page->showButton(ItemWidget::DataOnly), Qt::LeftButton);
+    QApplication::processEvents();
+    QVERIFY(page->tabs()->height() > 800);
+    QTest::mouseClick(page->showButton(ItemWidget::OptionsAndData), Qt::LeftButton);
+    QApplication::processEvents();
+    QVERIFY(options->visibleRegion().boundingRect().height() >= options->sizeHint().height());
 }
 
 TABULON_TEST_MAIN(TestItemPane)

@@ -12,6 +12,8 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -33,6 +35,7 @@ private slots:
     void typeOffersItsExtension();
     void disabledModeStandsOut();
     void headerOnlyIfEmptyFollowsHeader();
+    void rowsLeaveTheFormAndComeBackInPlace();
 
 private:
     QTemporaryDir m_folder;
@@ -231,6 +234,51 @@ void TestOutputItemWidget::headerOnlyIfEmptyFollowsHeader()
     QTest::mouseClick(header->ifEmptyCheck(), Qt::LeftButton);
     QVERIFY(output->writeHeader());
     QVERIFY(!output->writeHeaderFirstAppendOnly());
+}
+
+// The fields of the form's rows, top to bottom.
+static QList<QWidget *> formFields(const QFormLayout *form)
+{
+    QList<QWidget *> fields;
+    for (int row = 0; row < form->rowCount(); ++row) {
+        QLayoutItem *item = form->itemAt(row, QFormLayout::FieldRole);
+        if (!item)
+            item = form->itemAt(row, QFormLayout::SpanningRole);
+        fields.append(item ? item->widget() : nullptr);
+    }
+    return fields;
+}
+
+void TestOutputItemWidget::rowsLeaveTheFormAndComeBackInPlace()
+{
+    GraphScene scene;
+    auto *output = new OutputNode;
+    scene.addNode(output);
+    OutputItemWidget page(output);
+    page.show();
+    auto *form = page.optionsArea()->findChild<QFormLayout *>();
+    QVERIFY(form);
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeDelimited)));
+    const QList<QWidget *> delimited = formFields(form);
+    QVERIFY(delimited.contains(page.delimWidget()));
+    QVERIFY(!delimited.contains(page.escapeCheck()));
+
+    // A row that doesn't apply leaves no empty space: it is not in the form at all.
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeHtml)));
+    const QList<QWidget *> html = formFields(form);
+    QVERIFY(!html.contains(page.delimWidget()));
+    QVERIFY(!html.contains(page.quotingCombo()));
+    QVERIFY(html.contains(page.escapeCheck()));
+    QVERIFY(html.indexOf(page.writeHeaderWidget()) < html.indexOf(page.escapeCheck()));
+    QVERIFY(html.indexOf(page.escapeCheck()) < html.indexOf(page.aliasEdit()));
+    QVERIFY(!form->labelForField(page.quotingCombo()));
+
+    page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeDelimited)));
+    QCOMPARE(formFields(form), delimited);
+    auto *label = qobject_cast<QLabel *>(form->labelForField(page.quotingCombo()));
+    QVERIFY(label);
+    QCOMPARE(label->text(), QStringLiteral("Quoting:"));
+    QVERIFY(label->isVisible());
 }
 
 TABULON_TEST_MAIN(TestOutputItemWidget)

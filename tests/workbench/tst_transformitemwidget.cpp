@@ -3,6 +3,9 @@
 #include "graph/graphscene.h"
 #include "graph/inputnode.h"
 #include "graph/transformnode.h"
+#include "inspection/datapage.h"
+#include "inspection/datatablemodel.h"
+#include "inspection/datatableview.h"
 #include "shell/settings.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/parameterwidgets.h"
@@ -11,6 +14,7 @@
 #include "workbench/transformitemwidget.h"
 #include "workbench/widgets.h"
 
+#include <QCheckBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -53,6 +57,7 @@ private slots:
     void editTempWritesTheWholeDataset();
     void exportAsksBeforeReplacing_data();
     void exportAsksBeforeReplacing();
+    void compareChangesHighlightsAndWalks();
 
 private:
     QStringList m_messages;
@@ -266,6 +271,65 @@ void TestTransformItemWidget::exportAsksBeforeReplacing()
     if (bytes.startsWith("\xEF\xBB\xBF"))
         bytes.remove(0, 3);
     QCOMPARE(bytes, replace ? QByteArray("name\tcity\r\nann\tparis\r\n") : QByteArray("old"));
+}
+
+void TestTransformItemWidget::compareChangesHighlightsAndWalks()
+{
+    Settings::instance()->setShowChanges(false);
+    const QColor changed(0x12, 0x34, 0x56);
+    Settings::instance()->setChangedDataColor(changed);
+    GraphScene scene;
+    InputNode *input
+        = addTextInput(scene, QStringLiteral("name,city\nANN,paris\nbob,ROME\nCY,OSLO"), QPointF());
+    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    node->transform()->parameter(QStringLiteral("Case"))->setValue(QStringLiteral("Upper case"));
+    runOnAllColumns(scene, node);
+    QCOMPARE(node->dataset()->cell(0, 1), QStringLiteral("PARIS"));
+
+    TransformItemWidget page(node);
+    page.show();
+    DataTableView *view = page.dataPage()->view();
+    DataTableModel *model = view->dataModel();
+    const auto background = [model](int row, int column) {
+        return model->index(row, column).data(Qt::BackgroundRole).value<QBrush>().color();
+    };
+    QVERIFY(!model->comparisonMode());
+    QVERIFY(background(0, 1) != changed);
+
+    QTest::mouseClick(page.compareCheck(), Qt::LeftButton, {}, QPoint(5, 5));
+    QVERIFY(page.compareCheck()->isChecked());
+    QVERIFY(Settings::instance()->showChanges());
+    QVERIFY(model->comparisonMode());
+    QCOMPARE(background(0, 1), changed);
+    QCOMPARE(background(1, 0), changed);
+    QVERIFY(background(0, 0) != changed);
+    QVERIFY(background(2, 1) != changed);
+    QCOMPARE(model->index(0, 1).data(Qt::ToolTipRole).toString(),
+             QStringLiteral("'paris' -> 'PARIS'"));
+
+    // Next and previous visit the changed cells only, and stop at the ends.
+    const auto current = [view] {
+        return qMakePair(view->currentIndex().row(), view->currentIndex().column());
+    };
+    QTest::mouseClick(page.nextChangeButton(), Qt::LeftButton);
+    QCOMPARE(current(), qMakePair(0, 1));
+    QTest::mouseClick(page.nextChangeButton(), Qt::LeftButton);
+    QCOMPARE(current(), qMakePair(1, 0));
+    QTest::mouseClick(page.nextChangeButton(), Qt::LeftButton);
+    QCOMPARE(current(), qMakePair(1, 0));
+    QTest::mouseClick(page.previousChangeButton(), Qt::LeftButton);
+    QCOMPARE(current(), qMakePair(0, 1));
+
+    // With the first row filtered out, its change is skipped.
+    model->setRowFilter(QStringLiteral("o"), 1);
+    view->setCurrentIndex(QModelIndex());
+    QTest::mouseClick(page.nextChangeButton(), Qt::LeftButton);
+    QCOMPARE(model->datasetRow(view->currentIndex().row()), 1);
+    QCOMPARE(model->datasetColumn(view->currentIndex().column()), 0);
+
+    QTest::mouseClick(page.compareCheck(), Qt::LeftButton, {}, QPoint(5, 5));
+    QVERIFY(!model->comparisonMode());
+    QVERIFY(!page.nextChangeButton()->isEnabled());
 }
 
 TABULON_TEST_MAIN(TestTransformItemWidget)

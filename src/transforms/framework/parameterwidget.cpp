@@ -32,7 +32,7 @@ QString ParameterWidget::toolTip() const
     return m_parameter ? m_parameter->toolTip() : QString();
 }
 
-void ParameterWidget::commitChange(bool viaTimer)
+void ParameterWidget::commitChange(bool runNow)
 {
     {
         // The snapshot must be taken before the value changes, so the step wraps the save.
@@ -44,7 +44,7 @@ void ParameterWidget::commitChange(bool viaTimer)
         if (m_parameter && m_parameter->hasPendingText())
             m_parameter->clearPendingText();
     }
-    emitParameterValueChanged(viaTimer);
+    emitParameterValueChanged(runNow);
 }
 
 void ParameterWidget::resolvePending()

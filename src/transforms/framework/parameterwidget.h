@@ -29,13 +29,13 @@ public:
     QString toolTip() const;
 
 protected:
-    // Saves the value, records the undo step "'label' change" and tells the panel; viaTimer
-    // selects between a run after the panel's delay and a run at once.
-    void commitChange(bool viaTimer);
+    // Saves the value, records the undo step "'label' change" and tells the panel; runNow
+    // asks for a run at once, otherwise the run waits for the panel's delay.
+    void commitChange(bool runNow);
     // Brings pending document text into the value once the source can resolve it.
     void resolvePending();
 
-    virtual void emitParameterValueChanged(bool viaTimer) = 0;
+    virtual void emitParameterValueChanged(bool runNow) = 0;
     virtual void emitProcessNow() = 0;
     virtual void emitUserInteraction() = 0;
 
@@ -55,11 +55,11 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 protected:
-    void emitParameterValueChanged(bool viaTimer) override { emit parameterValueChanged(viaTimer); }
+    void emitParameterValueChanged(bool runNow) override { emit parameterValueChanged(runNow); }
     void emitProcessNow() override { emit processNow(); }
     void emitUserInteraction() override { emit userInteraction(); }
 };

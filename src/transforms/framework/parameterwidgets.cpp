@@ -111,8 +111,9 @@ SelectionParameterWidget::SelectionParameterWidget(Parameter *parameter, QWidget
         m_combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
         layout->addWidget(m_combo, 1);
         setFocusProxy(m_combo);
+        // Arrowing through the choices is a series of edits: the run waits for the pause.
         connect(m_combo, QOverload<int>::of(&QComboBox::activated), this,
-                [this] { commitChange(true); });
+                [this] { commitChange(false); });
     }
 }
 

@@ -25,9 +25,9 @@ class QRadioButton;
     }                                                                                              \
                                                                                                    \
 protected:                                                                                         \
-    void emitParameterValueChanged(bool viaTimer) override                                         \
+    void emitParameterValueChanged(bool runNow) override                                           \
     {                                                                                              \
-        emit parameterValueChanged(viaTimer);                                                      \
+        emit parameterValueChanged(runNow);                                                        \
     }                                                                                              \
     void emitProcessNow() override                                                                 \
     {                                                                                              \
@@ -57,7 +57,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 protected:
@@ -119,7 +119,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 private slots:
@@ -139,7 +139,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 protected:
@@ -163,7 +163,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 protected:
@@ -225,7 +225,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 private:
@@ -256,7 +256,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 };
 
@@ -273,7 +273,7 @@ public:
 
 signals:
     void processNow();
-    void parameterValueChanged(bool viaTimer);
+    void parameterValueChanged(bool runNow);
     void userInteraction();
 
 protected:

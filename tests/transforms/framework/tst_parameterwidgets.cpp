@@ -82,7 +82,7 @@ private slots:
     void spinBoxStepsAndReturn_data();
     void spinBoxStepsAndReturn();
     void radioChoiceRunsAtOnce();
-    void comboChoiceRunsAtOnce();
+    void comboChoiceWaitsForThePause();
     void charNamesAndTypedCharacters_data();
     void charNamesAndTypedCharacters();
     void localeFromLanguageAndCountry();
@@ -386,7 +386,7 @@ void TestParameterWidgets::radioChoiceRunsAtOnce()
     QCOMPARE(spies.changed.at(0).at(0).toBool(), true);
 }
 
-void TestParameterWidgets::comboChoiceRunsAtOnce()
+void TestParameterWidgets::comboChoiceWaitsForThePause()
 {
     const QStringList options = {QStringLiteral("Number/Boolean/String"), QStringLiteral("String"),
                                  QStringLiteral("Something else entirely")};
@@ -398,7 +398,12 @@ void TestParameterWidgets::comboChoiceRunsAtOnce()
     QTest::keyClick(w->comboBox(), Qt::Key_Down);
     QCOMPARE(p.toString(), options.at(1));
     QCOMPARE(spies.changed.count(), 1);
-    QCOMPARE(spies.changed.at(0).at(0).toBool(), true);
+    QCOMPARE(spies.changed.at(0).at(0).toBool(), false);
+    QTest::keyClick(w->comboBox(), Qt::Key_Down);
+    QCOMPARE(p.toString(), options.at(2));
+    QCOMPARE(spies.changed.count(), 2);
+    QCOMPARE(spies.changed.at(1).at(0).toBool(), false);
+    QCOMPARE(spies.now.count(), 0);
 }
 
 void TestParameterWidgets::charNamesAndTypedCharacters_data()
