@@ -29,27 +29,6 @@ bool isOrdering(int op)
     }
 }
 
-template<typename T> bool ordered(int op, T a, T b)
-{
-    // Written with the plain operators so that a NaN is equal to nothing.
-    switch (op) {
-    case ComparisonOperator::EqualTo:
-        return a == b;
-    case ComparisonOperator::NotEqualTo:
-        return !(a == b);
-    case ComparisonOperator::GreaterThan:
-        return a > b;
-    case ComparisonOperator::LessThan:
-        return a < b;
-    case ComparisonOperator::GreaterThanOrEqual:
-        return a >= b;
-    case ComparisonOperator::LessThanOrEqual:
-        return a <= b;
-    default:
-        return false;
-    }
-}
-
 } // namespace
 
 Context::Context(const Dataset &input)
@@ -167,7 +146,7 @@ bool ResolvedTerm::holdsConstant(const QStringList &row) const
         if (m_valueDays.at(i) != NoDate) {
             const qint64 day = cellDay(i, cell);
             if (day != NoDate) {
-                holds = ordered(m_op, day, m_valueDays.at(i));
+                holds = ComparisonOperator::ordered(m_op, day, m_valueDays.at(i));
                 decided = true;
             }
         }
@@ -175,12 +154,13 @@ bool ResolvedTerm::holdsConstant(const QStringList &row) const
             bool ok = false;
             const double number = toDoubleFast(cell, m_plainDecimals, &ok);
             if (ok) {
-                holds = ordered(m_op, number, m_valueNumber);
+                holds = ComparisonOperator::ordered(m_op, number, m_valueNumber);
                 decided = true;
             }
         }
         if (!decided)
-            holds = ordered(m_op, QString::compare(cell, m_value, m_caseSensitivity), 0);
+            holds = ComparisonOperator::ordered(
+                m_op, QString::compare(cell, m_value, m_caseSensitivity), 0);
         if (!holds)
             return false;
     }

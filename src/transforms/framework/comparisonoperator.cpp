@@ -81,49 +81,6 @@ bool regexMatches(const QString &cell, const QString &pattern, Qt::CaseSensitivi
     return expression.isValid() && expression.match(cell).hasMatch();
 }
 
-// Outcome of an ordering operator on a three-way comparison result.
-bool ordered(int op, int comparison)
-{
-    switch (op) {
-    case ComparisonOperator::EqualTo:
-        return comparison == 0;
-    case ComparisonOperator::NotEqualTo:
-        return comparison != 0;
-    case ComparisonOperator::GreaterThan:
-        return comparison > 0;
-    case ComparisonOperator::LessThan:
-        return comparison < 0;
-    case ComparisonOperator::GreaterThanOrEqual:
-        return comparison >= 0;
-    case ComparisonOperator::LessThanOrEqual:
-        return comparison <= 0;
-    default:
-        return false;
-    }
-}
-
-// Doubles are compared directly rather than through a three-way result, so that a NaN is
-// equal to nothing, not even itself.
-bool orderedNumbers(int op, double a, double b)
-{
-    switch (op) {
-    case ComparisonOperator::EqualTo:
-        return a == b;
-    case ComparisonOperator::NotEqualTo:
-        return !(a == b);
-    case ComparisonOperator::GreaterThan:
-        return a > b;
-    case ComparisonOperator::LessThan:
-        return a < b;
-    case ComparisonOperator::GreaterThanOrEqual:
-        return a >= b;
-    case ComparisonOperator::LessThanOrEqual:
-        return a <= b;
-    default:
-        return false;
-    }
-}
-
 bool evaluateOrdering(int op, const QString &cell, const QString &value, const QString &formatCell,
                       const QString &formatValue, Qt::CaseSensitivity caseSensitivity, bool cached)
 {
@@ -133,11 +90,11 @@ bool evaluateOrdering(int op, const QString &cell, const QString &value, const Q
     if (pair.bothDates) {
         const qint64 a = pair.dateA.toJulianDay();
         const qint64 b = pair.dateB.toJulianDay();
-        return ordered(op, a < b ? -1 : (a > b ? 1 : 0));
+        return ComparisonOperator::ordered(op, a, b);
     }
     if (pair.bothNumbers)
-        return orderedNumbers(op, pair.numberA, pair.numberB);
-    return ordered(op, QString::compare(cell, value, caseSensitivity));
+        return ComparisonOperator::ordered(op, pair.numberA, pair.numberB);
+    return ComparisonOperator::ordered(op, QString::compare(cell, value, caseSensitivity), 0);
 }
 
 bool fuzzyMatches(const QString &cell, const QString &value, int threshold,

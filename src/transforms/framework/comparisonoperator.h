@@ -67,4 +67,28 @@ public:
     // The token that names a column in a comparison value: "$(3)" or "$(Total)".
     static QString columnVariable(int number);
     static QString columnVariable(const QString &name);
+
+    // The outcome of an ordering operator (equal, not equal, greater, less and their
+    // "or equal" forms) on two values; false for any other operator. Written with the plain
+    // operators rather than through a three-way result, so that a NaN is equal to nothing,
+    // not even itself.
+    template<typename T> static bool ordered(int op, T a, T b)
+    {
+        switch (op) {
+        case EqualTo:
+            return a == b;
+        case NotEqualTo:
+            return !(a == b);
+        case GreaterThan:
+            return a > b;
+        case LessThan:
+            return a < b;
+        case GreaterThanOrEqual:
+            return a >= b;
+        case LessThanOrEqual:
+            return a <= b;
+        default:
+            return false;
+        }
+    }
 };
