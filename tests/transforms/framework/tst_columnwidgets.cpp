@@ -3,6 +3,7 @@
 #include "transforms/framework/columnwidgets.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameterwidget.h"
+#include "widgetspies.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -18,22 +19,7 @@
 
 #include <memory>
 
-Q_DECLARE_METATYPE(ParameterType)
-
 namespace {
-
-struct Spies
-{
-    explicit Spies(QWidget *w)
-        : changed(w, SIGNAL(parameterValueChanged(bool)))
-        , now(w, SIGNAL(processNow()))
-        , interaction(w, SIGNAL(userInteraction()))
-    { }
-    int total() const { return changed.count() + now.count() + interaction.count(); }
-    QSignalSpy changed;
-    QSignalSpy now;
-    QSignalSpy interaction;
-};
 
 // Clicks the check box of a row the way a user would.
 void clickCheck(QTableWidget *table, int row)
@@ -156,7 +142,7 @@ void TestColumnWidgets::roundTrip()
     const QVariant before = p.value();
     QCOMPARE(p.toText(), text);
     ParameterWidget *w = createParameterWidget(&p, m_window.get());
-    Spies spies(w->widget());
+    WidgetSpies spies(w->widget());
     w->updateValue();
     QCOMPARE(spies.total(), 0);
     w->saveValue();
@@ -201,7 +187,7 @@ void TestColumnWidgets::comboPicksColumnById()
     QCOMPARE(combo->count(), 5);
     QCOMPARE(combo->itemText(0), QStringLiteral("<None selected>"));
     QCOMPARE(combo->currentText(), QStringLiteral("Age"));
-    Spies spies(w);
+    WidgetSpies spies(w);
     combo->setCurrentIndex(3);
     emit combo->activated(3);
     QCOMPARE(p.toColumnId(), id(2));
@@ -274,7 +260,7 @@ void TestColumnWidgets::checkingColumnsKeepsTheirOrder()
         = static_cast<MultipleColumnsParameterWidget *>(createParameterWidget(&p, m_window.get()));
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     clickCheck(w->table(), 2);
     clickCheck(w->table(), 0);
     QCOMPARE(p.toText(), expected);
@@ -291,7 +277,7 @@ void TestColumnWidgets::filterAndAllNoneActOnShownRows()
     p.setColumns({id(3)});
     auto *w
         = static_cast<MultipleColumnsParameterWidget *>(createParameterWidget(&p, m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::keyClicks(w->filterEdit(), QStringLiteral("A"));
     QCOMPARE(spies.total(), 0);
     QVERIFY(!w->table()->isRowHidden(0)); // nAme
@@ -335,7 +321,7 @@ void TestColumnWidgets::sortColumnsAddMoveAndDirection()
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     QCOMPARE(w->availableList()->count(), 4);
-    Spies spies(w);
+    WidgetSpies spies(w);
 
     selectListRow(w->availableList(), 2); // City
     QTest::mouseClick(w->addButton(), Qt::LeftButton);
@@ -375,7 +361,7 @@ void TestColumnWidgets::filterTermsAddEditAndKeepAny()
         = static_cast<FilterColumnsParameterWidget *>(createParameterWidget(&p, m_window.get()));
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::mouseClick(w->addButton(), Qt::LeftButton);
     QCOMPARE(p.toFilterTerms().terms.size(), 1);
     QCOMPARE(w->table()->columnBox(0)->currentText(), QStringLiteral("<Any column>"));
@@ -434,7 +420,7 @@ void TestColumnWidgets::reorderWithButtons()
     QCOMPARE(w->list()->count(), 4);
     w->saveValue();
     QVERIFY(p.toColumns().isEmpty()); // never ordered: stays so
-    Spies spies(w);
+    WidgetSpies spies(w);
     selectListRow(w->list(), 2);
     QTest::mouseClick(w->upButton(), Qt::LeftButton);
     QCOMPARE(p.toText(),
@@ -465,7 +451,7 @@ void TestColumnWidgets::splitRowsWays()
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
     QVERIFY(w->automaticButton()->isChecked());
     QVERIFY(!w->everyBox()->isEnabled());
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::mouseClick(w->everyButton(), Qt::LeftButton, {},
                       QPoint(5, w->everyButton()->height() / 2));
     QVERIFY(w->everyBox()->isEnabled());

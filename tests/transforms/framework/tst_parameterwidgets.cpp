@@ -7,6 +7,7 @@
 #include "transforms/framework/parameterwidget.h"
 #include "transforms/framework/parameterwidgets.h"
 #include "transforms/framework/tablewidgets.h"
+#include "widgetspies.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -16,23 +17,7 @@
 
 #include <memory>
 
-Q_DECLARE_METATYPE(ParameterType)
-
 namespace {
-
-// The three signals of a widget, watched from the moment they are made.
-struct Spies
-{
-    explicit Spies(QWidget *w)
-        : changed(w, SIGNAL(parameterValueChanged(bool)))
-        , now(w, SIGNAL(processNow()))
-        , interaction(w, SIGNAL(userInteraction()))
-    { }
-    int total() const { return changed.count() + now.count() + interaction.count(); }
-    QSignalSpy changed;
-    QSignalSpy now;
-    QSignalSpy interaction;
-};
 
 // Whether the caption is drawn in the warning colour: some glyph pixel close to it.
 bool paintsWarningColour(QWidget *w)
@@ -160,7 +145,7 @@ void TestParameterWidgets::roundTrip()
     const QString before = p->toText();
     ParameterWidget *w = createParameterWidget(p.get(), m_window.get());
     QVERIFY(w);
-    Spies spies(w->widget());
+    WidgetSpies spies(w->widget());
     w->updateValue();
     QCOMPARE(spies.total(), 0);
     w->saveValue();
@@ -236,7 +221,7 @@ void TestParameterWidgets::typingGoesThroughTheDelay()
 {
     std::unique_ptr<Parameter> p(makeParameter(ParameterType::Text, QStringLiteral("x")));
     auto *w = static_cast<TextParameterWidget *>(createParameterWidget(p.get(), m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     w->setCursorPosition(1);
     QTest::keyClicks(w, QStringLiteral("yz"));
     QCOMPARE(p->toString(), QStringLiteral("xyz"));
@@ -253,7 +238,7 @@ void TestParameterWidgets::controlCharacterIsInsertedAsAnEdit()
 {
     std::unique_ptr<Parameter> p(makeParameter(ParameterType::Text, QStringLiteral("ab")));
     auto *w = static_cast<TextParameterWidget *>(createParameterWidget(p.get(), m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     w->setCursorPosition(1);
     w->insertControlChar(QChar('\t'));
     QCOMPARE(p->toString(), QStringLiteral("a\tb"));
@@ -359,7 +344,7 @@ void TestParameterWidgets::spinBoxStepsAndReturn()
     auto *spin = qobject_cast<QAbstractSpinBox *>(w->widget());
     QVERIFY(spin);
     QVERIFY(spin->text().endsWith(QStringLiteral(" rows")));
-    Spies spies(spin);
+    WidgetSpies spies(spin);
     QTest::keyClick(spin, Qt::Key_Up);
     QCOMPARE(p.toReal(), 10.0);
     QTest::keyClick(spin, Qt::Key_Up); // at the maximum: no change, no signal
@@ -378,7 +363,7 @@ void TestParameterWidgets::radioChoiceRunsAtOnce()
     auto *w = static_cast<SelectionParameterWidget *>(createParameterWidget(&p, m_window.get()));
     QVERIFY(w->usesRadioButtons());
     QVERIFY(w->radioButtons().at(0)->isChecked());
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::mouseClick(w->radioButtons().at(1), Qt::LeftButton, {},
                       QPoint(5, w->radioButtons().at(1)->height() / 2));
     QCOMPARE(p.toString(), options.at(1));
@@ -394,7 +379,7 @@ void TestParameterWidgets::comboChoiceWaitsForThePause()
                 QStringLiteral("Type columns as"), options.at(0), options);
     auto *w = static_cast<SelectionParameterWidget *>(createParameterWidget(&p, m_window.get()));
     QVERIFY(!w->usesRadioButtons());
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::keyClick(w->comboBox(), Qt::Key_Down);
     QCOMPARE(p.toString(), options.at(1));
     QCOMPARE(spies.changed.count(), 1);
@@ -423,7 +408,7 @@ void TestParameterWidgets::charNamesAndTypedCharacters()
     Parameter p(ParameterType::Char, QStringLiteral("Pad_With"), QStringLiteral("Pad with"), '0');
     auto *w = static_cast<CharParameterWidget *>(createParameterWidget(&p, m_window.get()));
     QCOMPARE(w->comboBox()->currentText(), QStringLiteral("0"));
-    Spies spies(w);
+    WidgetSpies spies(w);
     w->comboBox()->lineEdit()->selectAll();
     QTest::keyClicks(w->comboBox()->lineEdit(), typed);
     QCOMPARE(p.toChar(), expected);
@@ -438,7 +423,7 @@ void TestParameterWidgets::localeFromLanguageAndCountry()
     auto *w = static_cast<LocaleParameterWidget *>(createParameterWidget(&p, m_window.get()));
     QCOMPARE(w->languageBox()->currentText(), QStringLiteral("Default"));
     QVERIFY(!w->countryBox()->isEnabled());
-    Spies spies(w);
+    WidgetSpies spies(w);
     const int french = w->languageBox()->findData(int(QLocale::French));
     QVERIFY(french > 0);
     w->languageBox()->setCurrentIndex(french);
@@ -472,7 +457,7 @@ void TestParameterWidgets::scriptInsertsColumnVariable()
     auto *w = static_cast<ScriptParameterWidget *>(createParameterWidget(&p, m_window.get()));
     QCOMPARE(w->variables()->count(), 3);
     QCOMPARE(w->variables()->itemText(2), QStringLiteral("$(Total Cost)"));
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTextCursor cursor = w->editor()->textCursor();
     cursor.setPosition(7);
     w->editor()->setTextCursor(cursor);

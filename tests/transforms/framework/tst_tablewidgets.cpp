@@ -3,6 +3,7 @@
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameterwidget.h"
 #include "transforms/framework/tablewidgets.h"
+#include "widgetspies.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -14,22 +15,7 @@
 
 #include <memory>
 
-Q_DECLARE_METATYPE(ParameterType)
-
 namespace {
-
-struct Spies
-{
-    explicit Spies(QWidget *w)
-        : changed(w, SIGNAL(parameterValueChanged(bool)))
-        , now(w, SIGNAL(processNow()))
-        , interaction(w, SIGNAL(userInteraction()))
-    { }
-    int total() const { return changed.count() + now.count() + interaction.count(); }
-    QSignalSpy changed;
-    QSignalSpy now;
-    QSignalSpy interaction;
-};
 
 // Types text into a cell through its editor, as a user does, and confirms with Return.
 void typeIntoCell(QTableWidget *table, int row, int column, const QString &text)
@@ -131,7 +117,7 @@ void TestTableWidgets::roundTrip()
     QCOMPARE(p.toText(), text);
     const QVariant before = p.value();
     ParameterWidget *w = createParameterWidget(&p, m_window.get());
-    Spies spies(w->widget());
+    WidgetSpies spies(w->widget());
     w->updateValue();
     QCOMPARE(spies.total(), 0);
     w->saveValue();
@@ -146,7 +132,7 @@ void TestTableWidgets::ifBranchesAndConditions()
     auto *w = static_cast<IfParameterWidget *>(createParameterWidget(&p, m_window.get()));
     IfTableWidget *table = w->table();
     QCOMPARE(table->rowCount(), 1); // the else row
-    Spies spies(w);
+    WidgetSpies spies(w);
 
     QTest::mouseClick(w->addBranchButton(), Qt::LeftButton);
     QTest::mouseClick(w->addConditionButton(), Qt::LeftButton);
@@ -199,7 +185,7 @@ void TestTableWidgets::renameEditsOneColumn()
     QCOMPARE(w->table()->rowCount(), 3);
     QCOMPARE(w->table()->item(1, 0)->text(), QStringLiteral("Age"));
     QVERIFY(!(w->table()->item(1, 0)->flags() & Qt::ItemIsEditable));
-    Spies spies(w);
+    WidgetSpies spies(w);
     typeIntoCell(w->table(), 1, 1, QStringLiteral("Years"));
     QVERIFY(spies.interaction.count() >= 5);
     QCOMPARE(spies.changed.count(), 1);
@@ -232,7 +218,7 @@ void TestTableWidgets::uniqueChoicePerColumn()
     QCOMPARE(w->optionBox(0)->count(), 17);
     QCOMPARE(w->optionBox(0)->itemText(16), QStringLiteral("Set empty"));
     QVERIFY(p.isUnset());
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::keyClick(w->optionBox(2), Qt::Key_Up); // Keep first -> Keep unique
     QCOMPARE(p.toText(),
              QStringLiteral("1\x1f"
@@ -250,7 +236,7 @@ void TestTableWidgets::replaceTermsAddEditMove()
     Parameter p(ParameterType::ReplaceTerms, QStringLiteral("Replace"), QStringLiteral("Replace"),
                 QVariant());
     auto *w = static_cast<ReplaceTermsParameterWidget *>(createParameterWidget(&p, m_window.get()));
-    Spies spies(w);
+    WidgetSpies spies(w);
     QTest::mouseClick(w->addButton(), Qt::LeftButton);
     typeIntoCell(w->table(), 0, ReplaceTableWidget::FromColumn, QStringLiteral("a"));
     typeIntoCell(w->table(), 0, ReplaceTableWidget::ToColumn, QStringLiteral("b"));

@@ -29,12 +29,12 @@ public:
     void createParameters(const QList<Node *> &inputs, bool useRemembered) override
     {
         Transform::createParameters(inputs, useRemembered);
-        addParameter(new Parameter(ParameterType::SingleColumn, "Column_1", "Top key",
-                                   inputs.value(0)));
-        addParameter(new Parameter(ParameterType::SingleColumn, "Column_2", "Bottom key",
-                                   inputs.value(1)));
-        addParameter(new Parameter(ParameterType::MultipleColumns, "Columns", "Columns",
-                                   inputs.value(1)));
+        addParameter(
+            new Parameter(ParameterType::SingleColumn, "Column_1", "Top key", inputs.value(0)));
+        addParameter(
+            new Parameter(ParameterType::SingleColumn, "Column_2", "Bottom key", inputs.value(1)));
+        addParameter(
+            new Parameter(ParameterType::MultipleColumns, "Columns", "Columns", inputs.value(1)));
         addParameter(new Parameter(ParameterType::Bool, "Fuzzy", "Fuzzy", false));
         auto *threshold = new Parameter(ParameterType::Text, "Threshold", "Threshold", "");
         addParameter(threshold);
@@ -91,14 +91,14 @@ void TestTransform::keywordsAndMatching_data()
     QTest::addColumn<QStringList>("words");
     QTest::addColumn<int>("count");
 
-    QTest::newRow("name word") << QStringList{"fake"} << 1;
-    QTest::newRow("prefix, any case") << QStringList{"MER"} << 1;
-    QTest::newRow("category word") << QStringList{"blend"} << 1;
-    QTest::newRow("own keyword") << QStringList{"vlook"} << 1;
-    QTest::newRow("two words") << QStringList{"fake", "merges"} << 2;
-    QTest::newRow("repeated word counts once") << QStringList{"fake", "FAKE"} << 1;
-    QTest::newRow("no prefix inside a word") << QStringList{"erge"} << 0;
-    QTest::newRow("unknown") << QStringList{"sort"} << 0;
+    QTest::newRow("name word") << QStringList {"fake"} << 1;
+    QTest::newRow("prefix, any case") << QStringList {"MER"} << 1;
+    QTest::newRow("category word") << QStringList {"blend"} << 1;
+    QTest::newRow("own keyword") << QStringList {"vlook"} << 1;
+    QTest::newRow("two words") << QStringList {"fake", "merges"} << 2;
+    QTest::newRow("repeated word counts once") << QStringList {"fake", "FAKE"} << 1;
+    QTest::newRow("no prefix inside a word") << QStringList {"erge"} << 0;
+    QTest::newRow("unknown") << QStringList {"sort"} << 0;
 }
 
 void TestTransform::keywordsAndMatching()
