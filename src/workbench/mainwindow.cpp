@@ -1838,12 +1838,36 @@ void MainWindow::onLogVisibilityToggled(bool on)
 
 void MainWindow::onTwoScreenModeToggled(bool on)
 {
-    if (!on)
+    const bool floating = !m_itemPane->parentWidget();
+    if (on == floating)
         return;
-    const QSignalBlocker blocker(m_actions.value(QStringLiteral("TwoScreenModeToggled")));
-    m_actions.value(QStringLiteral("TwoScreenModeToggled"))->setChecked(false);
-    message(this, QMessageBox::Information, QStringLiteral("Two Screen Mode"),
-            notAvailableText(QStringLiteral("Two screen mode")));
+    if (on) {
+        m_dockedWidths = m_splitter->sizes();
+        // The other screen is the first that does not show this window; with a single screen
+        // (the action is disabled then, but a caller may still set it) the pane stays on it.
+        QScreen *own = screen();
+        QScreen *target = own;
+        const QList<QScreen *> screens = QGuiApplication::screens();
+        for (QScreen *candidate : screens) {
+            if (candidate != own) {
+                target = candidate;
+                break;
+            }
+        }
+        m_itemPane->setParent(nullptr);
+        m_itemPane->setWindowTitle(windowTitle());
+        m_itemPane->setWindowIcon(windowIcon());
+        if (target)
+            m_itemPane->setGeometry(target->availableGeometry());
+        m_itemPane->show();
+        if (target && target != own)
+            m_itemPane->showMaximized();
+    } else {
+        m_splitter->addWidget(m_itemPane);
+        m_itemPane->show();
+        if (m_dockedWidths.size() == m_splitter->count())
+            m_splitter->setSizes(m_dockedWidths);
+    }
 }
 
 void MainWindow::onEnableTwoScreenMode()
@@ -2212,10 +2236,9 @@ void MainWindow::closeEvent(QCloseEvent *event)
         event->ignore();
         return;
     }
-    if (m_itemPane && !m_itemPane->parent()) {
-        delete m_itemPane;
-        m_itemPane = nullptr;
-    }
+    // Docked again, the pane closes with the window and its width is remembered with the
+    // others.
+    m_actions.value(QStringLiteral("TwoScreenModeToggled"))->setChecked(false);
     if (isVisible()) {
         Settings *settings = Settings::instance();
         settings->setGeometry(saveGeometry());

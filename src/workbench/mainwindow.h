@@ -240,6 +240,8 @@ private:
     StatusBar *m_statusBar = nullptr;
     QSplitter *m_splitter = nullptr;
     QSplitter *m_centerSplitter = nullptr;
+    // The three pane widths from before the item pane left for a screen of its own.
+    QList<int> m_dockedWidths;
     QToolBar *m_toolBar = nullptr;
     QMenu *m_recentMenu = nullptr;
     QMenu *m_runMenu = nullptr;

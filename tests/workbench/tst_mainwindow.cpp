@@ -14,6 +14,7 @@
 #include "transforms/transformclone.h"
 #include "workbench/actionpane.h"
 #include "workbench/graphpane.h"
+#include "workbench/itempane.h"
 #include "workbench/logpane.h"
 #include "workbench/mainwindow.h"
 #include "workbench/statusbar.h"
@@ -27,6 +28,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QMimeData>
+#include <QSplitter>
 #include <QTemporaryDir>
 #include <QToolButton>
 #include <QtTest>
@@ -123,6 +125,7 @@ private slots:
     void memoryLabelColouredFromThreeQuarters_data();
     void memoryLabelColouredFromThreeQuarters();
     void statusIconsCountAndSelect();
+    void itemPaneFloatsAndDocksAgain();
 
 private:
     // Mouse events on the canvas at scene points, as a user's hand would send them.
@@ -916,6 +919,35 @@ void TestMainWindow::memoryLabelColouredFromThreeQuarters()
     QVERIFY2(label->text().startsWith(QStringLiteral(" Memory usage: ")),
              qPrintable(label->text()));
     QVERIFY(label->text().endsWith(QStringLiteral(" of %1GB").arg(limit, 0, 'f', 1)));
+}
+
+void TestMainWindow::itemPaneFloatsAndDocksAgain()
+{
+    auto *twoScreens = m_window->findChild<QAction *>(QStringLiteral("TwoScreenModeToggled"));
+    auto *splitter = m_window->findChild<QSplitter *>(QStringLiteral("mainSplitter"));
+    QVERIFY(twoScreens && splitter);
+    ItemPane *pane = m_window->itemPane();
+    QCOMPARE(splitter->count(), 3);
+
+    twoScreens->setChecked(true);
+    QVERIFY(pane->isWindow());
+    QVERIFY(pane->isVisible());
+    QCOMPARE(splitter->count(), 2);
+
+    // Closing the floating pane puts it back in its place, and the action follows.
+    QVERIFY(!pane->close());
+    QVERIFY(!twoScreens->isChecked());
+    QVERIFY(!pane->isWindow());
+    QCOMPARE(splitter->count(), 3);
+    QCOMPARE(splitter->widget(2), static_cast<QWidget *>(pane));
+
+    // Closing the window docks a floating pane first, so that three widths are remembered
+    // and no stray window keeps the program running.
+    twoScreens->setChecked(true);
+    QVERIFY(m_window->close());
+    QVERIFY(!pane->isWindow());
+    QVERIFY(!pane->isVisible());
+    QCOMPARE(m_settings->splitterWidths().size(), 3);
 }
 
 void TestMainWindow::statusIconsCountAndSelect()
