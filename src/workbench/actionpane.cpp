@@ -126,11 +126,11 @@ void ActionPane::build(const QList<Transform *> &prototypes)
     layout->addWidget(m_fromClipboard);
     connect(m_fromFile, &QToolButton::clicked, this, [this] {
         BalloonTip::markDone(QStringLiteral("tip_input_button"));
-        emit inputFromFileClicked();
+        emit inputFileClicked();
     });
     connect(m_fromClipboard, &QToolButton::clicked, this, [this] {
         BalloonTip::markDone(QStringLiteral("tip_input_button"));
-        emit inputFromClipboardClicked();
+        emit inputClipboardClicked();
     });
 
     m_category = new OpeningComboBox(column);
@@ -186,7 +186,7 @@ void ActionPane::build(const QList<Transform *> &prototypes)
                        "add an output."),
         QKeySequence(Qt::ALT + Qt::Key_O), QStringLiteral("Output_data"), column);
     layout->addWidget(m_toFile);
-    connect(m_toFile, &QToolButton::clicked, this, &ActionPane::outputToFileClicked);
+    connect(m_toFile, &QToolButton::clicked, this, &ActionPane::outputFileClicked);
 
     updateCategoryRows();
     updateButtons();

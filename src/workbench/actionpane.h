@@ -71,9 +71,9 @@ public:
     static QString wrongSelectionMessage(const Transform *prototype, int selectedCount);
 
 signals:
-    void inputFromFileClicked();
-    void inputFromClipboardClicked();
-    void outputToFileClicked();
+    void inputFileClicked();
+    void inputClipboardClicked();
+    void outputFileClicked();
     void transformClicked(const Transform *prototype);
     void hoverStatusChanged(bool hovered, const Transform *prototype);
 

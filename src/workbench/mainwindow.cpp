@@ -549,10 +549,10 @@ void MainWindow::buildPanes()
         m_splitter->setSizes(widths);
     setCentralWidget(m_splitter);
 
-    connect(m_actionPane, &ActionPane::inputFromFileClicked, this, &MainWindow::onInputFromFile);
-    connect(m_actionPane, &ActionPane::inputFromClipboardClicked, this,
+    connect(m_actionPane, &ActionPane::inputFileClicked, this, &MainWindow::onInputFromFile);
+    connect(m_actionPane, &ActionPane::inputClipboardClicked, this,
             &MainWindow::onInputFromClipboard);
-    connect(m_actionPane, &ActionPane::outputToFileClicked, this, &MainWindow::onOutputDataToFile);
+    connect(m_actionPane, &ActionPane::outputFileClicked, this, &MainWindow::onOutputDataToFile);
     connect(m_actionPane, &ActionPane::transformClicked, this, &MainWindow::onTransformClicked);
     connect(m_actionPane, &ActionPane::hoverStatusChanged, this,
             [this](bool hovered, const Transform *prototype) {
