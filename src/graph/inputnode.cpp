@@ -56,7 +56,8 @@ QString resolvedPath(const QString &stored, const QString &documentFolder)
 
 } // namespace
 
-InputNode::InputNode(int id) : IONode(id)
+InputNode::InputNode(int id)
+    : IONode(id)
 {
     setFileType(FileTypeDelimited);
 }
@@ -148,8 +149,7 @@ void InputNode::markChanged()
     setStatus(NeedsUpdate, true);
 }
 
-template<typename T>
-void InputNode::change(T &member, const T &value)
+template<typename T> void InputNode::change(T &member, const T &value)
 {
     if (member == value)
         return;
@@ -162,12 +162,12 @@ void InputNode::setMedium(int value)
     change(m_medium, value);
 }
 
-void InputNode::setText(const QString & value)
+void InputNode::setText(const QString &value)
 {
     change(m_text, value);
 }
 
-void InputNode::setWorksheet(const QString & value)
+void InputNode::setWorksheet(const QString &value)
 {
     change(m_worksheet, value);
 }
@@ -197,12 +197,12 @@ void InputNode::setAutoFixedWidths(int value)
     change(m_autoFixedWidths, value);
 }
 
-void InputNode::setFixedWidths(const QList<int> & value)
+void InputNode::setFixedWidths(const QList<int> &value)
 {
     change(m_fixedWidths, value);
 }
 
-void InputNode::setEncoding(const QString & value)
+void InputNode::setEncoding(const QString &value)
 {
     change(m_encoding, value);
 }
@@ -252,12 +252,12 @@ void InputNode::setMetaPlace(int value)
     change(m_metaPlace, value);
 }
 
-void InputNode::setMetaText(const QString & value)
+void InputNode::setMetaText(const QString &value)
 {
     change(m_metaText, value);
 }
 
-void InputNode::setMetaColumnName(const QString & value)
+void InputNode::setMetaColumnName(const QString &value)
 {
     change(m_metaColumnName, value);
 }
@@ -301,10 +301,9 @@ QVariantList InputNode::stateList() const
 {
     QVariantList state = Node::stateList();
     state << m_medium << path() << m_text << fileType() << m_worksheet << m_delimiter
-          << QString(m_customDelimiter) << m_ignoreRepeatedDelimiters << m_quoting
-          << m_encoding << m_header << m_ignoredRows << m_watching << m_trim << m_simplify
-          << m_ignoreEmptyRows << m_ignoreEmptyColumns << m_metaPlace << m_metaText
-          << m_metaColumnName;
+          << QString(m_customDelimiter) << m_ignoreRepeatedDelimiters << m_quoting << m_encoding
+          << m_header << m_ignoredRows << m_watching << m_trim << m_simplify << m_ignoreEmptyRows
+          << m_ignoreEmptyColumns << m_metaPlace << m_metaText << m_metaColumnName;
     return state;
 }
 
@@ -312,7 +311,7 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
 {
     QList<QPair<QString, QString>> lines;
     const int type = fileType();
-    const bool excel = type == FileTypeXlsx || type == FileTypeXls;
+    const bool excel = FileTypes::isExcel(type);
     lines.append({QStringLiteral("Type"), fileTypeName(type)});
     if (type == FileTypeDelimited) {
         lines.append({QStringLiteral("Delimiter"), delimiterName(m_delimiter)});
@@ -320,17 +319,18 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
         lines.append({QStringLiteral("Quoting"), quotingName(m_quoting)});
     }
     if (type == FileTypeFixedWidth)
-        lines.append({QStringLiteral("Columns"), m_autoFixedWidths ? QStringLiteral("Automatic")
-                                                                   : QStringLiteral("Manual")});
+        lines.append({QStringLiteral("Columns"),
+                      m_autoFixedWidths ? QStringLiteral("Automatic") : QStringLiteral("Manual")});
     if (m_medium == File && FileTypes::usesEncoding(type))
         lines.append({QStringLiteral("Encoding"), m_encoding});
     if (type == FileTypeJson || type == FileTypeXml)
-        lines.append({QStringLiteral("Format"), m_jsonArraysAsRows
-                                                    ? QStringLiteral("Long (more rows)")
-                                                    : QStringLiteral("Wide (more columns)")});
+        lines.append({QStringLiteral("Format"),
+                      m_jsonArraysAsRows ? QStringLiteral("Long (more rows)")
+                                         : QStringLiteral("Wide (more columns)")});
     if (type == FileTypeDelimited || excel || type == FileTypeFixedWidth || type == FileTypeVCard
         || type == FileTypePlainText)
-        lines.append({QStringLiteral("Ignore"), QStringLiteral("First %1 row(s)").arg(m_ignoredRows)});
+        lines.append(
+            {QStringLiteral("Ignore"), QStringLiteral("First %1 row(s)").arg(m_ignoredRows)});
     if (FileTypes::canHaveHeader(type))
         lines.append({QStringLiteral("Has header"), yesNo(hasHeader())});
     lines.append({QStringLiteral("Trim whitespace"), yesNo(m_trim)});
@@ -380,11 +380,14 @@ bool InputNode::readText(QTextStream &stream, qint64 length, const QString &path
 {
     const int type = fileType();
     if (type != FileTypeDelimited && type != FileTypePlainText) {
-        addWarning(QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
+        addWarning(
+            QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
         return false;
     }
     TextReadReport report;
-    auto progress = [this](double fraction) { onProcessed(fraction); };
+    auto progress = [this](double fraction) {
+        onProcessed(fraction);
+    };
     try {
         if (type == FileTypePlainText)
             readPlainText(stream, length, readOptions(), m_dataset, report, progress);
@@ -407,8 +410,9 @@ bool InputNode::readText(QTextStream &stream, qint64 length, const QString &path
 bool InputNode::readFile()
 {
     const int type = fileType();
-    if (type == FileTypeXlsx || type == FileTypeXls) {
-        addWarning(QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
+    if (FileTypes::isExcel(type)) {
+        addWarning(
+            QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
         return false;
     }
     QFile file(path());
@@ -449,10 +453,10 @@ bool InputNode::readSource()
             return false;
         }
         if (FileTypes::isInputExtensionBlocked(QFileInfo(file).suffix())) {
-            addWarning(QStringLiteral(
-                           "The extension for this file is blocked in 'Preferences>Input "
-                           "Extensions':\n%1")
-                           .arg(QDir::toNativeSeparators(file)));
+            addWarning(
+                QStringLiteral("The extension for this file is blocked in 'Preferences>Input "
+                               "Extensions':\n%1")
+                    .arg(QDir::toNativeSeparators(file)));
             return false;
         }
         const bool ok = readFile();
@@ -521,7 +525,7 @@ void InputNode::addMetaInformation()
             m_dataset.setColumnName(column, m_metaColumnName);
         return;
     }
-    QStringList row{text};
+    QStringList row {text};
     if (m_metaPlace == MetaInfo::AtStart)
         m_dataset.insertRow(0, row);
     else
@@ -625,14 +629,17 @@ void InputNode::writeAttributes(QDomElement &element, const QString &documentFol
     XmlAttributes::setBool(element, QStringLiteral("simplify"), m_simplify);
     XmlAttributes::setBool(element, QStringLiteral("ignore_empty"), m_ignoreEmptyRows);
     XmlAttributes::setBool(element, QStringLiteral("ignore_empty_cols"), m_ignoreEmptyColumns);
-    XmlAttributes::setBool(element, QStringLiteral("ignore_excel_hidden_cols"), m_ignoreExcelHiddenColumns);
-    XmlAttributes::setBool(element, QStringLiteral("ignore_excel_hidden_rows"), m_ignoreExcelHiddenRows);
+    XmlAttributes::setBool(element, QStringLiteral("ignore_excel_hidden_cols"),
+                           m_ignoreExcelHiddenColumns);
+    XmlAttributes::setBool(element, QStringLiteral("ignore_excel_hidden_rows"),
+                           m_ignoreExcelHiddenRows);
     XmlAttributes::setInt(element, QStringLiteral("show_meta"), m_metaPlace);
     XmlAttributes::setText(element, QStringLiteral("meta_text"), m_metaText);
     XmlAttributes::setText(element, QStringLiteral("meta_col_name"), m_metaColumnName);
     XmlAttributes::setBool(element, QStringLiteral("schema_in_use"), m_schema.inUse);
     XmlAttributes::setTextList(element, QStringLiteral("schema_col_name"), m_schema.columnNames);
-    XmlAttributes::setTextList(element, QStringLiteral("schema_missing_value"), m_schema.missingValues);
+    XmlAttributes::setTextList(element, QStringLiteral("schema_missing_value"),
+                               m_schema.missingValues);
     XmlAttributes::setInt(element, QStringLiteral("schema_missing_cols"), m_schema.missingColumns);
     XmlAttributes::setInt(element, QStringLiteral("schema_reorder_cols"), m_schema.reorderColumns);
     XmlAttributes::setInt(element, QStringLiteral("schema_extra_cols"), m_schema.extraColumns);
@@ -641,9 +648,10 @@ void InputNode::writeAttributes(QDomElement &element, const QString &documentFol
     XmlAttributes::setText(element, QStringLiteral("alias"), alias());
     XmlAttributes::setInt(element, QStringLiteral("delimiter"), m_delimiter);
     XmlAttributes::setText(element, QStringLiteral("custom_delimiter"),
-            m_customDelimiter.isNull() ? QString() : QString(m_customDelimiter));
+                           m_customDelimiter.isNull() ? QString() : QString(m_customDelimiter));
     XmlAttributes::setInt(element, QStringLiteral("quote"), m_quoting);
-    XmlAttributes::setBool(element, QStringLiteral("ignore_repeated_delim"), m_ignoreRepeatedDelimiters);
+    XmlAttributes::setBool(element, QStringLiteral("ignore_repeated_delim"),
+                           m_ignoreRepeatedDelimiters);
     XmlAttributes::setInt(element, QStringLiteral("auto_fixed_widths"), m_autoFixedWidths);
     XmlAttributes::setIntList(element, QStringLiteral("fixed_widths"), m_fixedWidths);
     XmlAttributes::setText(element, QStringLiteral("encoding"), m_encoding);
@@ -681,8 +689,8 @@ void InputNode::readAttributes(const QDomElement &element, int version,
     }
     m_metaPlace = intValue(element, QStringLiteral("show_meta"), 0);
     m_metaText = XmlAttributes::text(element, QStringLiteral("meta_text"));
-    m_metaColumnName
-        = XmlAttributes::text(element, QStringLiteral("meta_col_name"), QStringLiteral("Meta Info"));
+    m_metaColumnName = XmlAttributes::text(element, QStringLiteral("meta_col_name"),
+                                           QStringLiteral("Meta Info"));
     m_schema.inUse = boolValue(element, QStringLiteral("schema_in_use"), false);
     m_schema.columnNames = textList(element, QStringLiteral("schema_col_name"));
     m_schema.missingValues = textList(element, QStringLiteral("schema_missing_value"));

@@ -58,6 +58,11 @@ bool canOutput(int fileType)
     return fileType >= 0 && fileType < RowCount && Rows[fileType].output;
 }
 
+bool isExcel(int fileType)
+{
+    return fileType == FileTypeXlsx || fileType == FileTypeXls;
+}
+
 bool canHaveHeader(int fileType)
 {
     return fileType != FileTypePlainText && fileType != FileTypeNone && fileType != FileTypeVCard;

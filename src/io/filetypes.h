@@ -12,6 +12,7 @@ QString description(int fileType);
 QString defaultExtension(int fileType);
 bool canInput(int fileType);
 bool canOutput(int fileType);
+bool isExcel(int fileType);
 // Types that can carry a header row.
 bool canHaveHeader(int fileType);
 // Types for which the Encoding option applies (for a file source).

@@ -19,30 +19,15 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTextCodec>
 #include <QToolButton>
 
 namespace {
 
 QStringList codecChoices()
 {
-    QStringList names;
-    if (Application *application = Application::instance()) {
-        names = application->codecNames();
-    } else {
-        const QList<QByteArray> available = QTextCodec::availableCodecs();
-        for (const QByteArray &name : available)
-            names.append(QString::fromLatin1(name));
-        names.removeDuplicates();
-        names.sort(Qt::CaseInsensitive);
-    }
+    QStringList names = encodingNames();
     names.prepend(QStringLiteral("Automatic"));
     return names;
-}
-
-bool isExcel(int type)
-{
-    return type == FileTypeXlsx || type == FileTypeXls;
 }
 
 } // namespace
@@ -304,11 +289,11 @@ void InputItemWidget::updateVisibility()
     setRowVisible(m_encoding, file && FileTypes::usesEncoding(type));
     setRowVisible(m_header, FileTypes::canHaveHeader(type));
     setRowVisible(m_ignoredRows,
-                  delimited || isExcel(type) || type == FileTypeFixedWidth || type == FileTypeVCard
-                      || type == FileTypePlainText);
+                  delimited || FileTypes::isExcel(type) || type == FileTypeFixedWidth
+                      || type == FileTypeVCard || type == FileTypePlainText);
     setRowVisible(m_watch, file);
-    setRowVisible(m_excelHiddenRows, isExcel(type));
-    setRowVisible(m_excelHiddenColumns, isExcel(type));
+    setRowVisible(m_excelHiddenRows, FileTypes::isExcel(type));
+    setRowVisible(m_excelHiddenColumns, FileTypes::isExcel(type));
     setRowVisible(m_format, type == FileTypeJson || type == FileTypeXml);
     const bool autoRun = scene() ? scene()->autoRun() : true;
     m_watch->setToolTip(autoRun ? QStringLiteral("Check to automatically re-input the file every "

@@ -3,6 +3,7 @@
 #include "io/delimitedtext.h"
 #include "io/metainfo.h"
 #include "io/outputwriters.h"
+#include "shell/application.h"
 
 #include <QCheckBox>
 #include <QDialog>
@@ -12,8 +13,22 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QTextCodec>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+QStringList encodingNames()
+{
+    if (Application *application = Application::instance())
+        return application->codecNames();
+    QStringList names;
+    const QList<QByteArray> available = QTextCodec::availableCodecs();
+    for (const QByteArray &name : available)
+        names.append(QString::fromLatin1(name));
+    names.removeDuplicates();
+    names.sort(Qt::CaseInsensitive);
+    return names;
+}
 
 DelimWidget::DelimWidget(bool forInput, QWidget *parent)
     : QWidget(parent)

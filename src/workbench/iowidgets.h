@@ -7,6 +7,10 @@ class QCheckBox;
 class QLineEdit;
 class QToolButton;
 
+// The text encodings an input or output can name, sorted, without aliases where the
+// application has sorted them out.
+QStringList encodingNames();
+
 // The delimiter of an input or an output: the list of delimiters, and a one-character edit
 // that appears for Custom. Inputs offer Automatic; outputs offer Colon, Space and Custom.
 class DelimWidget : public QWidget

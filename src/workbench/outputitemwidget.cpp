@@ -16,30 +16,9 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QSharedPointer>
-#include <QTextCodec>
 #include <QToolButton>
 
 namespace {
-
-QStringList outputCodecs()
-{
-    QStringList names;
-    if (Application *application = Application::instance()) {
-        names = application->codecNames();
-    } else {
-        const QList<QByteArray> available = QTextCodec::availableCodecs();
-        for (const QByteArray &name : available)
-            names.append(QString::fromLatin1(name));
-        names.removeDuplicates();
-        names.sort(Qt::CaseInsensitive);
-    }
-    return names;
-}
-
-bool isExcel(int type)
-{
-    return type == FileTypeXlsx || type == FileTypeXls;
-}
 
 // Whether the path's extension is one this type is written with.
 bool extensionFits(const QString &path, int type)
@@ -168,7 +147,7 @@ void OutputItemWidget::build()
     auto *encodingLayout = new QHBoxLayout(encodingRow);
     encodingLayout->setContentsMargins(0, 0, 0, 0);
     m_encoding = new QComboBox(encodingRow);
-    m_encoding->addItems(outputCodecs());
+    m_encoding->addItems(encodingNames());
     m_byteOrderMark = new QCheckBox(QStringLiteral("Byte Order Mark"), encodingRow);
     encodingLayout->addWidget(m_encoding, 1);
     encodingLayout->addWidget(m_byteOrderMark);
@@ -266,7 +245,7 @@ void OutputItemWidget::updateVisibility()
     if (!output)
         return;
     const int type = output->fileType();
-    const bool excel = isExcel(type);
+    const bool excel = FileTypes::isExcel(type);
     setRowVisible(m_sheet, excel);
     m_overwriteSheet->setVisible(excel);
     setRowVisible(m_delim, type == FileTypeDelimited);
