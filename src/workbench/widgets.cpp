@@ -274,7 +274,6 @@ BalloonTip::BalloonTip(const QString &title, const QString &text, QWidget *ancho
     : QWidget(anchor, Qt::ToolTip | Qt::FramelessWindowHint)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    setAttribute(Qt::WA_TranslucentBackground);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(12, 18, 12, 10);
     auto *titleLabel = new QLabel(title, this);
@@ -287,8 +286,24 @@ BalloonTip::BalloonTip(const QString &title, const QString &text, QWidget *ancho
     layout->addWidget(titleLabel);
     layout->addWidget(textLabel);
     adjustSize();
+    // A mask rather than a translucent background: without a compositor, as on many X11
+    // desktops, translucent pixels show black.
+    setMask(QRegion(shape().toFillPolygon().toPolygon()));
     if (anchor)
-        move(anchor->mapToGlobal(QPoint(anchor->width() / 2, anchor->height())));
+        move(anchor->mapToGlobal(QPoint(anchor->width() / 2 - ArrowTipX, anchor->height())));
+}
+
+QPainterPath BalloonTip::shape() const
+{
+    const QRectF body = QRectF(rect()).adjusted(0.5, ArrowHeight + 0.5, -0.5, -0.5);
+    QPainterPath path;
+    path.addRoundedRect(body, 6, 6);
+    QPainterPath arrow;
+    arrow.moveTo(ArrowTipX - 6, body.top());
+    arrow.lineTo(ArrowTipX, 0.5);
+    arrow.lineTo(ArrowTipX + 6, body.top());
+    arrow.closeSubpath();
+    return path.united(arrow);
 }
 
 BalloonTip *BalloonTip::showTip(const QString &key, const QString &title, const QString &text,
@@ -326,16 +341,7 @@ void BalloonTip::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF body = QRectF(rect()).adjusted(0.5, 8.5, -0.5, -0.5);
-    QPainterPath path;
-    path.addRoundedRect(body, 6, 6);
-    QPainterPath arrow;
-    arrow.moveTo(14, body.top());
-    arrow.lineTo(20, 0.5);
-    arrow.lineTo(26, body.top());
-    arrow.closeSubpath();
-    path = path.united(arrow);
     painter.setPen(palette().color(QPalette::ToolTipText));
     painter.setBrush(palette().color(QPalette::ToolTipBase));
-    painter.drawPath(path);
+    painter.drawPath(shape());
 }

@@ -4,6 +4,7 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPainterPath>
 #include <QPlainTextEdit>
 #include <QToolButton>
 #include <QUrl>
@@ -205,5 +206,11 @@ protected:
     void paintEvent(QPaintEvent *event) override;
 
 private:
+    // The arrow stands on the top edge and points up at the anchor's middle.
+    static constexpr int ArrowTipX = 20;
+    static constexpr int ArrowHeight = 8;
+
+    QPainterPath shape() const;
+
     QString m_key;
 };
