@@ -59,14 +59,13 @@ Dataset runTransform(Transform &transform, const QList<Node *> &inputs, bool *fa
     return result;
 }
 
-void prepareTestEnvironment()
+void prepareTestEnvironment(const QTemporaryDir &temporaryFolder)
 {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QStandardPaths::setTestModeEnabled(true);
     // Recovery files and temporary copies go to the temporary folder; a private one keeps a
     // test from leaving a recovery file that a real window would later offer to restore.
-    static QTemporaryDir temporaryFolder;
     if (temporaryFolder.isValid())
         qputenv("TMPDIR", QFile::encodeName(temporaryFolder.path()));
 }

@@ -4,6 +4,7 @@
 
 #include <QPointF>
 #include <QStringList>
+#include <QTemporaryDir>
 
 class GraphScene;
 class InputNode;
@@ -21,8 +22,9 @@ Node *makeDataNode(const Dataset &dataset);
 // Runs transform over the given inputs as the run engine would, and returns the result.
 Dataset runTransform(Transform &transform, const QList<Node *> &inputs, bool *failed = nullptr);
 
-// Prepares a test process: no display needed, and settings kept away from the user's own.
-void prepareTestEnvironment();
+// Prepares a test process: no display needed, settings kept away from the user's own, and
+// temporary files in temporaryFolder, which main owns so that it outlives the whole run.
+void prepareTestEnvironment(const QTemporaryDir &temporaryFolder);
 
 // Small graphs built in code: an input over comma separated text (first line the header), and
 // a transform item made from a transform whose options are created for its inputs.
@@ -31,13 +33,14 @@ TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList
                             const QPointF &pos);
 
 // Like QTEST_MAIN, for tests that need widgets or graphics items, runnable with no display.
-#define TABULON_TEST_MAIN(TestObject)                                                             \
-    int main(int argc, char *argv[])                                                              \
-    {                                                                                             \
-        prepareTestEnvironment();                                                                 \
-        QApplication app(argc, argv);                                                             \
-        app.setAttribute(Qt::AA_Use96Dpi, true);                                                  \
-        TestObject tc;                                                                            \
-        QTEST_SET_MAIN_SOURCE_PATH                                                                \
-        return QTest::qExec(&tc, argc, argv);                                                     \
+#define TABULON_TEST_MAIN(TestObject)                                                              \
+    int main(int argc, char *argv[])                                                               \
+    {                                                                                              \
+        QTemporaryDir temporaryFolder;                                                             \
+        prepareTestEnvironment(temporaryFolder);                                                   \
+        QApplication app(argc, argv);                                                              \
+        app.setAttribute(Qt::AA_Use96Dpi, true);                                                   \
+        TestObject tc;                                                                             \
+        QTEST_SET_MAIN_SOURCE_PATH                                                                 \
+        return QTest::qExec(&tc, argc, argv);                                                      \
     }
