@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <utility>
+
 class QMimeData;
 class QTextStream;
 class QDate;
@@ -213,6 +215,10 @@ public:
     // put together from rows of several inputs: their texts were pooled there, so they are
     // not looked up again, and the row stays shared. The row must have columnCount() cells.
     void appendSharedRow(const QStringList &list) { m_rows.append(list); }
+    // Hands the rows over, leaving the columns, the header and the ids in place.
+    QList<QStringList> takeRows() { return std::exchange(m_rows, {}); }
+    // Replaces the rows by rows put together as for appendSharedRow.
+    void setSharedRows(QList<QStringList> rows) { m_rows = std::move(rows); }
     void prependRow(const QStringList &list, bool fit = false);
     void insertRow(int r, const QStringList &list);
     // Returns false when the row was dropped as empty. cellsPooled says that every cell came

@@ -6,13 +6,17 @@
 
 // Lets equal texts of one column share one data block. A pool only ever holds references:
 // it changes no result, it merely saves memory. It is an open-addressing table (no node per
-// entry), and it gives up on a column whose first cells rarely repeat (ids, amounts, free
-// text), where the look-ups would cost time and save nothing.
+// entry). It gives up on a column whose values hardly ever repeat (ids, free text), where the
+// look-ups would cost time and save nothing, but keeps a column of many values that do
+// repeat in a long file (dates, prices).
 class StringPool
 {
 public:
     // Lookups after which the pool judges whether the column is worth pooling.
     static constexpr int SampleSize = 4096;
+    // The most distinct texts a pool keeps for a column that repeats less than half the time:
+    // its table then takes 4 MiB, against the 40 bytes or more that each repeated cell saves.
+    static constexpr int MaxValues = 1 << 17;
 
     // Replaces text by the pooled equal, or adds it to the pool. Empty texts become the one
     // shared null string.
@@ -38,9 +42,8 @@ private:
     void grow();
     // The slot that holds text, or the empty slot where it belongs.
     int find(QStringView text, uint hash) const;
-    // Fewer than half the texts repeat after the sample: sharing would save little and cost
-    // a look-up per cell, so the column stops pooling and the table is released.
-    bool shouldGiveUp() const { return m_lookups >= SampleSize && m_hits * 2 < m_lookups; }
+    // Asked on each new text: whether the column stops pooling and the table is released.
+    bool shouldGiveUp();
     void giveUp();
 
     // A slot keeps its text's hash beside it, so that a probe touches one cache line.
@@ -53,5 +56,6 @@ private:
     int m_count = 0;
     int m_lookups = 0;
     int m_hits = 0;
+    bool m_sampleJudged = false;
     bool m_gaveUp = false;
 };

@@ -37,7 +37,8 @@ private slots:
     void copyDetachesOnlyTouchedRows();
     void poolingSharesEqualCells();
     void speedModeSharesNothing();
-    void poolGivesUpOnDistinctColumn();
+    void poolKeepsColumnsThatRepeat_data();
+    void poolKeepsColumnsThatRepeat();
     void appendingPooledRowsKeepsThemShared();
     void poolingCopiesOnlyToReleaseSpareRoom();
     void mimeDataQuotesDelimiters();
@@ -363,22 +364,50 @@ void TestDataset::speedModeSharesNothing()
     QCOMPARE(dataset.stringPoolCount(), 0);
 }
 
-void TestDataset::poolGivesUpOnDistinctColumn()
+void TestDataset::poolKeepsColumnsThatRepeat_data()
 {
+    QTest::addColumn<QString>("column");
+    QTest::addColumn<bool>("pooling");
+    QTest::addColumn<int>("pooled");
+
+    // ids, and free text that hardly ever repeats
+    QTest::newRow("unique") << "unique" << false << 0;
+    // a code of 100 values repeats at once
+    QTest::newRow("100 codes") << "codes" << true << 100;
+    // ten years of dates repeat only a tenth of the time at first, but the repeats tell that
+    // the column has few values
+    QTest::newRow("3,650 dates") << "dates" << true << 3650;
+    // drawn from 400,000 values, the sample barely repeats
+    QTest::newRow("400,000 values") << "wide" << false << 0;
+    // repeats at first, then never again: let go when the table is full
+    QTest::newRow("repeats then unique") << "turns" << false << 0;
+}
+
+void TestDataset::poolKeepsColumnsThatRepeat()
+{
+    QFETCH(QString, column);
+    QFETCH(bool, pooling);
+    QFETCH(int, pooled);
+
     StringPool pool;
-    for (int i = 0; i < StringPool::SampleSize + 10; ++i) {
-        QString text = QString::number(i);
+    QRandomGenerator random(7);
+    const int count = column == "turns" ? StringPool::MaxValues + StringPool::SampleSize
+                                        : StringPool::SampleSize * 3;
+    for (int i = 0; i < count; ++i) {
+        int value = i;
+        if (column == "codes")
+            value = i % 100;
+        else if (column == "dates")
+            value = i % 3650;
+        else if (column == "wide")
+            value = int(random.bounded(400000));
+        else if (column == "turns" && i < StringPool::SampleSize)
+            value = i % 10;
+        QString text = QString::number(value);
         pool.pool(text);
     }
-    QVERIFY(!pool.isActive());
-
-    StringPool repeating;
-    for (int i = 0; i < StringPool::SampleSize * 2; ++i) {
-        QString text = QString::number(i % 100);
-        repeating.pool(text);
-    }
-    QVERIFY(repeating.isActive());
-    QCOMPARE(repeating.size(), 100);
+    QCOMPARE(pool.isActive(), pooling);
+    QCOMPARE(pool.size(), pooled);
 }
 
 void TestDataset::appendingPooledRowsKeepsThemShared()
