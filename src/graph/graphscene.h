@@ -32,6 +32,11 @@ public:
 
     void process(int mode, bool silent = false);
     bool isProcessing() const { return m_running; }
+    // For runs whose tables nobody looks at (the command line): a transform may then take
+    // over the rows of an input it is the last reader of, and change them in place. Runs
+    // that free upstream data allow it anyway.
+    void setRowsHandedOver(bool on) { m_rowsHandedOver = on; }
+    bool rowsHandedOver() const { return m_rowsHandedOver; }
 
     void addNode(Node *node);
     // Connects source to target; null when the connection is refused (a cycle, a duplicate,
@@ -147,6 +152,7 @@ private:
     int m_doneCount = 0;
     bool m_autoRun = true;
     bool m_snapToGrid = false;
+    bool m_rowsHandedOver = false;
     QString m_documentPath;
 };
 

@@ -9,6 +9,8 @@
 #include <QElapsedTimer>
 #include <QPainter>
 
+#include <algorithm>
+
 TransformNode::TransformNode(Transform *transform, int id, const QString &alias,
                              const QString &comment)
     : Node(id)
@@ -223,6 +225,26 @@ void TransformNode::resolvePendingParameterTexts()
         parameter->resolvePendingText();
 }
 
+QVector<bool> TransformNode::takeableInputs(const QList<Node *> &inputs, bool freeUpstream) const
+{
+    // The test of freeing upstream data after the run, made before it: no other reader waits
+    // for the input.
+    QVector<bool> takeable(inputs.size(), false);
+    const GraphScene *scene = graphScene();
+    if (!freeUpstream && !(scene && scene->rowsHandedOver()))
+        return takeable;
+    for (int i = 0; i < inputs.size(); ++i) {
+        const Node *input = inputs.at(i);
+        if (inputs.count(inputs.at(i)) != 1)
+            continue;
+        const QList<Node *> readers = input->downstream();
+        takeable[i] = std::none_of(readers.cbegin(), readers.cend(), [this](const Node *n) {
+            return n != this && n->status() == NeedsUpdate;
+        });
+    }
+    return takeable;
+}
+
 void TransformNode::run(bool recursive, bool freeUpstream)
 {
     if (GraphScene::isStopRequested())
@@ -256,7 +278,9 @@ void TransformNode::run(bool recursive, bool freeUpstream)
 
             bool failed = false;
             Dataset output;
+            m_transform->setTakeableInputs(takeableInputs(inputs, freeUpstream));
             m_dataset = std::move(m_transform->process(output, inputs, failed));
+            m_transform->setTakeableInputs({});
             if (!m_transform->keepsSourceRows())
                 m_dataset.clearSourceRows();
             if (!m_transform->keepsIssues())

@@ -60,5 +60,8 @@ public:
     QList<int> changeBadges() const;
 
 private:
+    // Which inputs the transform may take the rows of in this run.
+    QVector<bool> takeableInputs(const QList<Node *> &inputs, bool freeUpstream) const;
+
     Transform *m_transform;
 };

@@ -370,6 +370,9 @@ int runDocument(const CommandLineOptions &options, CommandLineLog &log, bool kee
     QObject::connect(&scene, &GraphScene::showCriticalMessage, collect);
 
     GraphScene::setStopRequested(false);
+    // Nobody looks at the items' tables either, so the last reader of a table may change its
+    // rows in place. Nothing is freed on the way: the process ends right after the run.
+    scene.setRowsHandedOver(true);
     scene.process(GraphScene::RunAll, true);
     OutputNode::setInteractive(wasInteractive);
 

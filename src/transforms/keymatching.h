@@ -54,6 +54,7 @@ public:
     int next(int r) const { return m_next.at(r); }
     bool contains(const QString &key) const { return m_first.contains(key); }
     int keyCount() const { return m_first.size(); }
+    bool hasUniqueKeys() const { return m_first.size() == m_next.size(); }
     int rowsOf(const QString &key) const;
 
 private:

@@ -76,7 +76,7 @@ Dataset &TransformCase::process(Dataset &output, const QList<Node *> &inputs, bo
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const int caseIndex = caseOption->toSelectionIndex();
     const bool keepUpper
         = (caseIndex == Title || caseIndex == Sentence) && keepUpperOption->toBool();

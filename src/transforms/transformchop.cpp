@@ -58,7 +58,7 @@ Dataset &TransformChop::process(Dataset &output, const QList<Node *> &inputs, bo
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);
     const int length = lengthOption->toInt();
     const bool fromStart = fromOption->toSelectionIndex() == 0;

@@ -13,6 +13,6 @@ Dataset &TransformClone::process(Dataset &output, const QList<Node *> &inputs, b
 {
     if (inputs.size() != 1)
         return output;
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     return output;
 }

@@ -71,7 +71,7 @@ Dataset &TransformConcat::process(Dataset &output, const QList<Node *> &inputs, 
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     QList<int> columns;
     columnsOption->toColumnIndexes(&columns, true);
     if (columns.isEmpty()) {

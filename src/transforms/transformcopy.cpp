@@ -43,7 +43,7 @@ Dataset &TransformCopy::process(Dataset &output, const QList<Node *> &inputs, bo
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     QList<int> columns;
     columnsOption->toColumnIndexes(&columns, true);
     const int copies = copiesOption->toInt();

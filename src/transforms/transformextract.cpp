@@ -123,7 +123,7 @@ Dataset &TransformExtract::process(Dataset &output, const QList<Node *> &inputs,
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);
     const auto progress = [this](int r, int rowCount) {
         reportRow(r, rowCount);

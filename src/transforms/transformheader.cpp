@@ -57,7 +57,7 @@ Dataset &TransformHeader::process(Dataset &output, const QList<Node *> &inputs, 
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const int moved = qMin(qMax(0, numRowsOption->toInt()), output.rowCount());
     if (moved == 0) {
         setResult(QStringLiteral("No changes"));

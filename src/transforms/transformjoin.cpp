@@ -114,6 +114,21 @@ bool TransformJoin::autoConfigure(const QList<Node *> &inputs)
                                           parameter(QStringLiteral("Column_2")), inputs);
 }
 
+void TransformJoin::addDetailedReport(const Dataset &top, int topKey, const Dataset &bottom,
+                                      int bottomKey, bool caseSensitive)
+{
+    const KeyMatching::KeyOverlap overlap
+        = KeyMatching::keyOverlap(top, topKey, bottom, bottomKey, caseSensitive);
+    QStringList lines = KeyMatching::overlapLines(overlap);
+    lines << QStringLiteral("%1 top only").arg(formatCount(overlap.topRowsOnly))
+          << QStringLiteral("%1 bottom only").arg(formatCount(overlap.bottomRowsOnly));
+    lines << KeyMatching::keyQualityLines(top, topKey, caseSensitive, QStringLiteral("top"))
+          << KeyMatching::keyQualityLines(bottom, bottomKey, caseSensitive,
+                                          QStringLiteral("bottom"));
+    for (const QString &line : qAsConst(lines))
+        addInformation(line);
+}
+
 Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bool &)
 {
     if (inputs.isEmpty() || inputs.size() > 2)
@@ -130,7 +145,8 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         setResult(failureText());
         return output;
     }
-    const Dataset &top = *inputs.at(0)->dataset();
+    Dataset topData = inputDataset(inputs, 0);
+    const Dataset &top = topData;
     if (inputs.size() == 1) {
         output = top;
         setResult(KeyMatching::connectSecondText());
@@ -177,36 +193,55 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         }
         const bool caseSensitive = caseOption->toBool();
         setJoinedShape(output, top, bottom);
-        output.reserveRows(topRows);
+        // Read before the top rows may be given up below.
+        if (detailedOption->toBool())
+            addDetailedReport(top, topKey, bottom, bottomKey, caseSensitive);
 
         const KeyMatching::KeyIndex index(bottom, bottomKey, caseSensitive);
+        // With one bottom row per key, each top row gives at most one output row, which can
+        // take its place among the top rows: output row w is written once top row w has been
+        // read. When the top rows are this run's alone, the join then needs no table of its
+        // own and frees each top row as its joined row replaces it.
+        const bool inPlace = index.hasUniqueKeys();
+        QList<QStringList> rows;
+        if (inPlace)
+            rows = topData.takeRows();
+        else
+            output.reserveRows(topRows);
         // Marks, by the first bottom row of each key, which keys found a top partner.
         QVector<char> keyMatched(includeBottom ? bottomRows : 0, 0);
-        QVector<char> topMatched(includeTop ? topRows : 0, 0);
+        QList<QStringList> unmatchedTop;
         for (int r = 0; r < topRows; ++r) {
             reportRow(r, topRows);
-            const QStringList &topRow = top.row(r);
+            const QStringList &topRow = inPlace ? rows.at(r) : top.row(r);
             const int first = index.first(KeyMatching::keyText(topRow.at(topKey), caseSensitive));
-            if (first < 0)
+            if (first < 0) {
+                if (includeTop)
+                    unmatchedTop.append(topRow);
                 continue;
-            if (includeTop)
-                topMatched[r] = 1;
+            }
             if (includeBottom)
                 keyMatched[first] = 1;
+            if (inPlace) {
+                rows[int(joined++)] = joinedRow(topRow, bottom.row(first), width);
+                continue;
+            }
             for (int b = first; b >= 0; b = index.next(b)) {
                 output.appendSharedRow(joinedRow(topRow, bottom.row(b), width));
                 ++joined;
             }
         }
-        for (int r = 0; includeTop && r < topRows; ++r) {
-            if (topMatched.at(r))
-                continue;
-            const QStringList &topRow = top.row(r);
+        if (inPlace) {
+            rows.erase(rows.begin() + int(joined), rows.end());
+            output.setSharedRows(std::move(rows));
+        }
+        for (const QStringList &topRow : qAsConst(unmatchedTop)) {
             QStringList row = joinedRow(topRow, emptyBottom, width);
             row[topWidth + bottomKey] = topRow.at(topKey);
             output.appendSharedRow(row);
             ++topUsed;
         }
+        unmatchedTop.clear();
         for (int r = 0; includeBottom && r < bottomRows; ++r) {
             const QStringList &bottomRow = bottom.row(r);
             const int first
@@ -217,19 +252,6 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
             row[topKey] = bottomRow.at(bottomKey);
             output.appendSharedRow(row);
             ++bottomUsed;
-        }
-
-        if (detailedOption->toBool()) {
-            const KeyMatching::KeyOverlap overlap
-                = KeyMatching::keyOverlap(top, topKey, bottom, bottomKey, caseSensitive);
-            QStringList lines = KeyMatching::overlapLines(overlap);
-            lines << QStringLiteral("%1 top only").arg(formatCount(overlap.topRowsOnly))
-                  << QStringLiteral("%1 bottom only").arg(formatCount(overlap.bottomRowsOnly));
-            lines << KeyMatching::keyQualityLines(top, topKey, caseSensitive, QStringLiteral("top"))
-                  << KeyMatching::keyQualityLines(bottom, bottomKey, caseSensitive,
-                                                  QStringLiteral("bottom"));
-            for (const QString &line : qAsConst(lines))
-                addInformation(line);
         }
     }
 

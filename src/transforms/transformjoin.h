@@ -37,4 +37,8 @@ public:
     int maximumInputs() const override { return 2; }
     bool usesDateFormats() const override { return false; }
     bool omitDisabledFromDetails() const override { return false; }
+
+private:
+    void addDetailedReport(const Dataset &top, int topKey, const Dataset &bottom, int bottomKey,
+                           bool caseSensitive);
 };

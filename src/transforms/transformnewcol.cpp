@@ -41,7 +41,7 @@ Dataset &TransformNewCol::process(Dataset &output, const QList<Node *> &inputs, 
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const QString value = newValueOption->toString();
     const int c = ColumnNames::appendNamedColumn(output, newNameOption->toString());
     // The new cells are already empty, so an empty value needs no pass over the rows.

@@ -62,7 +62,7 @@ Dataset &TransformPad::process(Dataset &output, const QList<Node *> &inputs, boo
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);
     const int length = lengthOption->toInt();
     const bool left = sideOption->toSelectionIndex() == 0;

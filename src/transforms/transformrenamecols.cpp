@@ -31,7 +31,7 @@ Dataset &TransformRenameCols::process(Dataset &output, const QList<Node *> &inpu
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const ColumnRenames renames = renamesOption->toRenameColumns();
     QStringList names = output.headers();
     int renamed = 0;

@@ -59,7 +59,7 @@ Dataset &TransformRowNum::process(Dataset &output, const QList<Node *> &inputs, 
         return output;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const qint64 startAt = startAtOption->toInt();
     const qint64 increment = incrementOption->toInt();
     // A document may hold 0 although the option's minimum is 1.

@@ -111,7 +111,7 @@ Dataset &TransformStamp::process(Dataset &output, const QList<Node *> &inputs, b
     const QString stamp = stampText(formatOption->toString(), QDateTime::currentDateTime(),
                                     documentName, hostName(), userName());
 
-    output = *input->dataset();
+    output = inputDataset(inputs, 0);
     const int position = positionOption->toSelectionIndex();
     if (position == EveryRow) {
         const int c = ColumnNames::appendNamedColumn(output, newNameOption->toString());

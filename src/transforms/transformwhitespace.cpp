@@ -168,7 +168,7 @@ Dataset &TransformWhitespace::process(Dataset &output, const QList<Node *> &inpu
             steps |= option.step;
     }
 
-    output = *inputs.first()->dataset();
+    output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);
     const CellRules::Counts counts = CellRules::rewriteCells(
         output, columns, [steps](int, const QString &cell) { return tidy(cell, steps); },

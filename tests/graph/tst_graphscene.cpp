@@ -21,12 +21,16 @@ class RecordingTransform : public Transform
 {
 public:
     explicit RecordingTransform(QStringList *journal = nullptr, const QString &name = "Stack")
-        : m_journal(journal), m_name(name)
-    {
-    }
+        : m_journal(journal)
+        , m_name(name)
+    { }
 
     bool requestStop = false;
     bool fail = false;
+    // With take set, the inputs are read through inputDataset(), and owned records for each
+    // whether the rows it gave were this transform's alone.
+    bool take = false;
+    QList<bool> owned;
 
     int type() const override { return 999; }
     int category() const override { return CategoryOther; }
@@ -46,8 +50,11 @@ public:
     {
         if (m_journal)
             m_journal->append(m_name);
-        for (const Node *input : inputs) {
-            const Dataset *data = input->dataset();
+        for (int i = 0; i < inputs.size(); ++i) {
+            const Dataset taken = take ? inputDataset(inputs, i) : Dataset();
+            const Dataset *data = take ? &taken : inputs.at(i)->dataset();
+            if (take)
+                owned.append(taken.rows().isDetached());
             if (!output.hasColumns()) {
                 output.setColumnCount(data->columnCount());
                 output.setHeader(data->header());
@@ -120,6 +127,7 @@ private slots:
     void memoryLimitThrowsOutOfRun();
     void secondRunDuringRunIsDropped();
     void batchRunFreesUpstreamData();
+    void batchRunHandsRowsToTheLastReaderOnly();
     void inputOrderIsTopToBottom();
     void disconnectClearsParameterSource();
     void deleteMarksTargets();
@@ -230,8 +238,7 @@ void TestGraphScene::failingInputStopsOnlyItsBranch()
     broken->setPos(0, 0);
     scene.addNode(broken);
     InputNode *good = addTextInput(scene, "a\n1\n", {0, 200});
-    TransformNode *both
-        = addTransform(scene, new RecordingTransform, {broken, good}, {300, 100});
+    TransformNode *both = addTransform(scene, new RecordingTransform, {broken, good}, {300, 100});
     TransformNode *goodOnly = addTransform(scene, new TransformClone, {good}, {300, 300});
 
     scene.process(GraphScene::RunAll);
@@ -247,10 +254,10 @@ void TestGraphScene::runSelectedLeavesDownstreamMarked()
     GraphScene scene;
     QStringList journal;
     InputNode *input = addTextInput(scene, "a\n1\n", {0, 0});
-    TransformNode *first = addTransform(scene, new RecordingTransform(&journal, "first"), {input},
-                                        {200, 0});
-    TransformNode *second = addTransform(scene, new RecordingTransform(&journal, "second"),
-                                         {first}, {400, 0});
+    TransformNode *first
+        = addTransform(scene, new RecordingTransform(&journal, "first"), {input}, {200, 0});
+    TransformNode *second
+        = addTransform(scene, new RecordingTransform(&journal, "second"), {first}, {400, 0});
     scene.process(GraphScene::RunAll);
     journal.clear();
 
@@ -267,8 +274,8 @@ void TestGraphScene::runChangesRerunsOnlyMarkedItems()
     GraphScene scene;
     QStringList journal;
     InputNode *input = addTextInput(scene, "a\n1\n", {0, 0});
-    TransformNode *upper = addTransform(scene, new RecordingTransform(&journal, "upper"), {input},
-                                        {200, 0});
+    TransformNode *upper
+        = addTransform(scene, new RecordingTransform(&journal, "upper"), {input}, {200, 0});
     addTransform(scene, new RecordingTransform(&journal, "lower"), {input}, {200, 200});
     scene.process(GraphScene::RunAll);
     journal.clear();
@@ -288,10 +295,10 @@ void TestGraphScene::stopFlagEndsTheRun()
     auto *stopper = new RecordingTransform(&journal, "stopper");
     stopper->requestStop = true;
     TransformNode *stopNode = addTransform(scene, stopper, {left}, {200, 0});
-    TransformNode *after = addTransform(scene, new RecordingTransform(&journal, "after"),
-                                        {stopNode}, {400, 0});
-    TransformNode *other = addTransform(scene, new RecordingTransform(&journal, "other"), {right},
-                                        {700, 0});
+    TransformNode *after
+        = addTransform(scene, new RecordingTransform(&journal, "after"), {stopNode}, {400, 0});
+    TransformNode *other
+        = addTransform(scene, new RecordingTransform(&journal, "other"), {right}, {700, 0});
 
     scene.process(GraphScene::RunAll);
     QCOMPARE(journal, QStringList({"stopper"}));
@@ -309,8 +316,8 @@ void TestGraphScene::failedTransformStopsItsBranch()
     auto *failing = new RecordingTransform(&journal, "failing");
     failing->fail = true;
     TransformNode *failNode = addTransform(scene, failing, {input}, {200, 0});
-    TransformNode *child = addTransform(scene, new RecordingTransform(&journal, "child"),
-                                        {failNode}, {400, 0});
+    TransformNode *child
+        = addTransform(scene, new RecordingTransform(&journal, "child"), {failNode}, {400, 0});
     scene.process(GraphScene::RunAll);
     QCOMPARE(failNode->status(), int(Node::Error));
     QCOMPARE(child->status(), int(Node::NeedsUpdate));
@@ -400,6 +407,38 @@ void TestGraphScene::batchRunFreesUpstreamData()
         QCOMPARE(node->status(), int(Node::UpToDate));
 }
 
+void TestGraphScene::batchRunHandsRowsToTheLastReaderOnly()
+{
+    GraphScene scene;
+    InputNode *input = addTextInput(scene, "a\n1\n2\n", {0, 0});
+    auto *firstReader = new RecordingTransform(nullptr, "First");
+    auto *secondReader = new RecordingTransform(nullptr, "Second");
+    firstReader->take = secondReader->take = true;
+    TransformNode *first = addTransform(scene, firstReader, {input}, {200, 0});
+    TransformNode *second = addTransform(scene, secondReader, {input}, {200, 200});
+
+    // An interactive run keeps every table on show, so no rows change hands.
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(firstReader->owned, QList<bool> {false});
+    QCOMPARE(secondReader->owned, QList<bool> {false});
+    QCOMPARE(input->dataset()->rowCount(), 2);
+
+    // The first reader must leave the rows to the second, which takes them over: in a run
+    // that frees data as it goes, and in one whose tables nobody looks at.
+    for (bool batch : {true, false}) {
+        firstReader->owned.clear();
+        secondReader->owned.clear();
+        scene.setRowsHandedOver(!batch);
+        scene.process(batch ? GraphScene::RunBatch : GraphScene::RunAll, true);
+        QCOMPARE(firstReader->owned, QList<bool> {false});
+        QCOMPARE(secondReader->owned, QList<bool> {true});
+        QCOMPARE(first->dataset()->rowCount(), 2);
+        QCOMPARE(second->dataset()->rowCount(), 2);
+        QCOMPARE(second->dataset()->cell(1, 0), QStringLiteral("2"));
+        QCOMPARE(input->dataset()->hasColumns(), !batch);
+    }
+}
+
 void TestGraphScene::inputOrderIsTopToBottom()
 {
     GraphScene scene;
@@ -408,7 +447,7 @@ void TestGraphScene::inputOrderIsTopToBottom()
     InputNode *c = addTextInput(scene, "a\n3\n", {0, 10.0});
     TransformNode *stack = addTransform(scene, new RecordingTransform, {a, b, c}, {300, 0});
     QCOMPARE(stack->upstream(true), QList<Node *>({c, b, a}));
-    QList<Node *> roots{a, b, c};
+    QList<Node *> roots {a, b, c};
     GraphScene::sortLeftToRight(roots);
     QCOMPARE(roots, QList<Node *>({c, b, a}));
 }

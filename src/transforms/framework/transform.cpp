@@ -215,9 +215,8 @@ int Transform::keywordMatchCount(const QStringList &words) const
         const QString typed = word.toLower();
         if (typed.isEmpty() || counted.contains(typed))
             continue;
-        const bool found = std::any_of(lowered.cbegin(), lowered.cend(), [&](const QString &k) {
-            return k.startsWith(typed);
-        });
+        const bool found = std::any_of(lowered.cbegin(), lowered.cend(),
+                                       [&](const QString &k) { return k.startsWith(typed); });
         if (found) {
             counted.insert(typed);
             ++count;
@@ -239,13 +238,22 @@ QString Transform::rowsRemovedText(qint64 removed)
     if (removed == 0)
         return QStringLiteral("No changes");
     return QStringLiteral("%1 %2 removed")
-        .arg(formatCount(removed, true), removed == 1 ? QStringLiteral("row")
-                                                      : QStringLiteral("rows"));
+        .arg(formatCount(removed, true),
+             removed == 1 ? QStringLiteral("row") : QStringLiteral("rows"));
 }
 
 QString Transform::failureText()
 {
     return QStringLiteral("Failed: an option of this transform is missing");
+}
+
+Dataset Transform::inputDataset(const QList<Node *> &inputs, int i) const
+{
+    Dataset *source = inputs.at(i)->dataset();
+    Dataset copy = *source;
+    if (m_takeableInputs.value(i))
+        source->takeRows();
+    return copy;
 }
 
 void Transform::copyParametersFrom(const Transform &other)

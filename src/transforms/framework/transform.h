@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QSet>
 #include <QStringList>
+#include <QVector>
 
 class Node;
 class Parameter;
@@ -101,13 +102,16 @@ public:
     static QString rowsRemovedText(qint64 removed);
     static QString failureText();
 
+    // Set by the item around a run of process(): the inputs whose rows this run may take
+    // over, because the run frees data as it goes and this transform is their last reader.
+    void setTakeableInputs(const QVector<bool> &takeable) { m_takeableInputs = takeable; }
+
 signals:
     void processed(qreal fraction);
 
 protected:
     // Clones the options of this transform into copy; used by every clone().
-    template<typename T>
-    T *cloneAs() const
+    template<typename T> T *cloneAs() const
     {
         auto *copy = new T;
         copy->copyParametersFrom(*this);
@@ -123,10 +127,16 @@ protected:
     void addWarning(const QString &text) { m_warnings.append(text); }
     void addInformation(const QString &text) { m_information.append(text); }
     void setResult(const QString &text) { m_result = text; }
+    // The dataset of input i to make the output from. When the input's rows may be taken
+    // over, the input gives them up, so that the rows this transform changes are changed in
+    // place instead of copied and those it drops are freed. The input keeps its columns,
+    // against which column options are resolved; its rows must not be read afterwards.
+    Dataset inputDataset(const QList<Node *> &inputs, int i) const;
 
 private:
     QList<Parameter *> m_parameters;
     QStringList m_warnings;
     QStringList m_information;
     QString m_result;
+    QVector<bool> m_takeableInputs;
 };
