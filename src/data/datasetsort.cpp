@@ -38,6 +38,7 @@ QVector<double> keyValues(const QList<QStringList> &rows, int column, const QStr
     if (numeric) {
         const bool plainDecimals = QLocale().decimalPoint() == QLatin1Char('.');
         for (int r = 0; r < rowCount; ++r) {
+            prefetchAhead(rows, r);
             bool ok = false;
             const double value = toDoubleFast(rows.at(r).at(column), plainDecimals, &ok);
             out[r] = ok ? value : none;
@@ -47,6 +48,7 @@ QVector<double> keyValues(const QList<QStringList> &rows, int column, const QStr
     // Reading a date by format is slow, and a date column holds few distinct texts.
     QHash<QString, double> days;
     for (int r = 0; r < rowCount; ++r) {
+        prefetchAhead(rows, r);
         const QString &cell = rows.at(r).at(column);
         auto found = days.constFind(cell);
         if (found == days.constEnd()) {

@@ -128,6 +128,7 @@ bool writeDelimitedText(QTextStream &stream, const Dataset &dataset,
         for (int r = 0; r < rowCount; ++r) {
             if (progress && r % 1000 == 0)
                 progress(double(r) / rowCount);
+            prefetchAhead(rows, r);
             writer.write(rows.at(r));
         }
         replaced = writer.replacedCount();

@@ -192,6 +192,7 @@ private:
             reportRow(r, result);
             if (DedupeEngine::isStopRequested())
                 break;
+            prefetchAhead(m_input.rows(), r);
             bool duplicate = false;
             int outputRow = -1;
             if (m_fuzzy) {
@@ -239,6 +240,7 @@ private:
             if (DedupeEngine::isStopRequested())
                 break;
             processed = r + 1;
+            prefetchAhead(m_input.rows(), r);
             int group = -1;
             int closeness = 100;
             if (m_fuzzy) {

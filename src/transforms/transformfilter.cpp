@@ -81,6 +81,7 @@ Dataset &TransformFilter::process(Dataset &output, const QList<Node *> &inputs, 
     output.reserveRows(rowCount);
     for (int r = 0; r < rowCount; ++r) {
         reportRow(r, rowCount);
+        prefetchAhead(input.rows(), r);
         const bool matches = matchAny ? terms.anyHolds(r) : terms.allHold(r);
         if (matches == keep)
             output.appendSharedRow(input.row(r));

@@ -201,7 +201,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         // With one bottom row per key, each top row gives at most one output row, which can
         // take its place among the top rows: output row w is written once top row w has been
         // read. When the top rows are this run's alone, the join then needs no table of its
-        // own and frees each top row as its joined row replaces it.
+        // own. Rows left behind move towards the end and are dropped there.
         const bool inPlace = index.hasUniqueKeys();
         QList<QStringList> rows;
         if (inPlace)
@@ -213,6 +213,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         QList<QStringList> unmatchedTop;
         for (int r = 0; r < topRows; ++r) {
             reportRow(r, topRows);
+            prefetchAhead(inPlace ? rows : top.rows(), r);
             const QStringList &topRow = inPlace ? rows.at(r) : top.row(r);
             const int first = index.first(KeyMatching::keyText(topRow.at(topKey), caseSensitive));
             if (first < 0) {
@@ -223,7 +224,18 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
             if (includeBottom)
                 keyMatched[first] = 1;
             if (inPlace) {
-                rows[int(joined++)] = joinedRow(topRow, bottom.row(first), width);
+                // A top row of this run's alone grows by the bottom cells; its own cells need
+                // not be counted in and out again.
+                QStringList &grown = rows[r];
+                if (grown.isDetached()) {
+                    grown.reserve(width);
+                    grown.append(bottom.row(first));
+                } else {
+                    grown = joinedRow(grown, bottom.row(first), width);
+                }
+                if (joined != r)
+                    rows[int(joined)].swap(grown);
+                ++joined;
                 continue;
             }
             for (int b = first; b >= 0; b = index.next(b)) {
