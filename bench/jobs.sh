@@ -78,8 +78,8 @@ for job in "${jobs[@]}"; do
     rm -f "$work/out.csv"
     time_document "$document"
     read -r miller miller_mib pandas pandas_mib fastest <<< "${peers[$job]}"
-    printf '%-7s tabulon %6.2f s %5d MiB | Miller %5.2f s %4d MiB | pandas %5.2f s %4d MiB | ratio to fastest %.2f | %s lines out\n' \
-        "$job" "$seconds" "$rss_mib" "$miller" "$miller_mib" "$pandas" "$pandas_mib" \
+    printf '%-7s tabulon %6.2f s (user %.2f, sys %.2f) %5d MiB | Miller %5.2f s %4d MiB | pandas %5.2f s %4d MiB | ratio to fastest %.2f | %s lines out\n' \
+        "$job" "$seconds" "$user" "$system" "$rss_mib" "$miller" "$miller_mib" "$pandas" "$pandas_mib" \
         "$(awk "BEGIN { print $seconds / $fastest }")" "$(wc -l < "$work/out.csv" 2>/dev/null || echo 0)"
 done
 echo "== peers measured on these machines with the same file (Miller 6.6, pandas 1.5); they are not run here"

@@ -16,8 +16,8 @@ for mode in 0 1; do
     printf '[General]\noptimize_for=%s\n' "$mode" > "$XDG_CONFIG_HOME/Velmora/Tabulon.conf"
     time_document "$work/roundtrip.tabulon"
     name=$([ "$mode" = 0 ] && echo "minimum memory" || echo "maximum speed")
-    printf 'round trip, %-15s %6.2f s  %5d MiB   (fastest peer 1.82 s; pandas 419 MiB)\n' \
-        "$name:" "$seconds" "$rss_mib"
+    printf 'round trip, %-15s %6.2f s (user %.2f, sys %.2f)  %5d MiB   (fastest peer 1.82 s; pandas 419 MiB)\n' \
+        "$name:" "$seconds" "$user" "$system" "$rss_mib"
 done
 [ "$(wc -l < "$csv")" = "$(wc -l < "$work/out.csv")" ] \
     && echo "== output has as many lines as the input" || echo "== output line count DIFFERS"
