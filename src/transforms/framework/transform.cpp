@@ -247,7 +247,7 @@ QString Transform::failureText()
     return QStringLiteral("Failed: an option of this transform is missing");
 }
 
-Dataset Transform::inputDataset(const QList<Node *> &inputs, int i) const
+Dataset Transform::inputDataset(const QList<Node *> &inputs, int i)
 {
     Dataset *source = inputs.at(i)->dataset();
     Dataset copy = *source;

@@ -131,7 +131,7 @@ protected:
     // over, the input gives them up, so that the rows this transform changes are changed in
     // place instead of copied and those it drops are freed. The input keeps its columns,
     // against which column options are resolved; its rows must not be read afterwards.
-    Dataset inputDataset(const QList<Node *> &inputs, int i) const;
+    Dataset inputDataset(const QList<Node *> &inputs, int i);
 
 private:
     QList<Parameter *> m_parameters;
