@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QVBoxLayout>
 #include <QtTest>
 
 #include <memory>
@@ -56,6 +57,16 @@ private slots:
 
 private:
     ColumnId id(int c) const { return m_node->dataset()->columnId(c); }
+    // The option's widget laid out to fill the window, as the item pane shows it: a table
+    // left at a child's default size shows hardly a row, and the view hides the editor of a
+    // cell outside it once its delayed layout runs, before or after the typing.
+    template<typename W = ParameterWidget> W *createShown(Parameter *p)
+    {
+        auto *w = static_cast<W *>(createParameterWidget(p, m_window.get()));
+        m_window->layout()->addWidget(w->widget());
+        m_window->layout()->activate();
+        return w;
+    }
     std::unique_ptr<Node> m_node;
     std::unique_ptr<QWidget> m_window;
 };
@@ -65,6 +76,7 @@ void TestTableWidgets::init()
     m_node.reset(makeDataNode(
         makeDataset({{"Name", "Age", "City"}, {"Ann", "31", "Oslo"}, {"Bob", "42", "Rome"}})));
     m_window = std::make_unique<QWidget>();
+    new QVBoxLayout(m_window.get());
     m_window->resize(600, 400);
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
@@ -116,7 +128,7 @@ void TestTableWidgets::roundTrip()
     p.fromText(text);
     QCOMPARE(p.toText(), text);
     const QVariant before = p.value();
-    ParameterWidget *w = createParameterWidget(&p, m_window.get());
+    ParameterWidget *w = createShown(&p);
     WidgetSpies spies(w->widget());
     w->updateValue();
     QCOMPARE(spies.total(), 0);
@@ -129,7 +141,7 @@ void TestTableWidgets::roundTrip()
 void TestTableWidgets::ifBranchesAndConditions()
 {
     Parameter p(ParameterType::If, QStringLiteral("If"), QStringLiteral("If"), m_node.get());
-    auto *w = static_cast<IfParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    auto *w = createShown<IfParameterWidget>(&p);
     IfTableWidget *table = w->table();
     QCOMPARE(table->rowCount(), 1); // the else row
     WidgetSpies spies(w);
@@ -180,8 +192,7 @@ void TestTableWidgets::renameEditsOneColumn()
 {
     Parameter p(ParameterType::RenameColumns, QStringLiteral("RenameColumns"),
                 QStringLiteral("Rename"), m_node.get());
-    auto *w
-        = static_cast<RenameColumnsParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    auto *w = createShown<RenameColumnsParameterWidget>(&p);
     QCOMPARE(w->table()->rowCount(), 3);
     QCOMPARE(w->table()->item(1, 0)->text(), QStringLiteral("Age"));
     QVERIFY(!(w->table()->item(1, 0)->flags() & Qt::ItemIsEditable));
@@ -201,8 +212,7 @@ void TestTableWidgets::renameKeepsRenamesOfMissingColumns()
     ColumnRenames renames;
     renames.insert(ColumnId(77, 3), QStringLiteral("Elsewhere"));
     p.setRenameColumns(renames);
-    auto *w
-        = static_cast<RenameColumnsParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    auto *w = createShown<RenameColumnsParameterWidget>(&p);
     typeIntoCell(w->table(), 0, 1, QStringLiteral("Who"));
     renames.insert(id(0), QStringLiteral("Who"));
     QCOMPARE(p.toRenameColumns(), renames);
@@ -212,7 +222,7 @@ void TestTableWidgets::uniqueChoicePerColumn()
 {
     Parameter p(ParameterType::Unique, QStringLiteral("Column_Options"),
                 QStringLiteral("Column options"), m_node.get());
-    auto *w = static_cast<UniqueParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    auto *w = createShown<UniqueParameterWidget>(&p);
     QCOMPARE(w->table()->rowCount(), 3);
     QCOMPARE(w->optionBox(0)->currentText(), QStringLiteral("Keep first"));
     QCOMPARE(w->optionBox(0)->count(), 17);
@@ -235,7 +245,7 @@ void TestTableWidgets::replaceTermsAddEditMove()
 {
     Parameter p(ParameterType::ReplaceTerms, QStringLiteral("Replace"), QStringLiteral("Replace"),
                 QVariant());
-    auto *w = static_cast<ReplaceTermsParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    auto *w = createShown<ReplaceTermsParameterWidget>(&p);
     WidgetSpies spies(w);
     QTest::mouseClick(w->addButton(), Qt::LeftButton);
     typeIntoCell(w->table(), 0, ReplaceTableWidget::FromColumn, QStringLiteral("a"));
