@@ -211,8 +211,12 @@ void Dataset::insertColumn(int c)
     c = std::clamp(c, 0, m_columnCount);
     m_columnIds.insert(c, ColumnId());
     m_columnIndexDirty = true;
-    for (QStringList &row : m_rows)
+    for (QStringList &row : m_rows) {
+        // Room for exactly one more cell: an insert alone would round a list's block up to
+        // the next power of two, and a row that is this table's alone grows in its block.
+        row.reserve(m_columnCount + 1);
         row.insert(c, QString());
+    }
     if (m_hasHeader)
         m_header.insert(c, QString());
     if (c < m_stringPools.size())
@@ -369,8 +373,7 @@ QString Dataset::pooledCell(int c, QStringView text)
     return m_stringPools[c].pooled(text);
 }
 
-bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty,
-                          bool cellsPooled)
+bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty, bool cellsPooled)
 {
     if (trim || tidy) {
         for (QString &cell : list) {
@@ -614,9 +617,8 @@ bool Dataset::columnContains(int c, const QString &text, Qt::CaseSensitivity cs)
 {
     if (text.isEmpty())
         return true;
-    return std::any_of(m_rows.cbegin(), m_rows.cend(), [&](const QStringList &row) {
-        return row.at(c).indexOf(text, 0, cs) >= 0;
-    });
+    return std::any_of(m_rows.cbegin(), m_rows.cend(),
+                       [&](const QStringList &row) { return row.at(c).indexOf(text, 0, cs) >= 0; });
 }
 
 bool Dataset::contains(const QString &text, Qt::CaseSensitivity cs) const

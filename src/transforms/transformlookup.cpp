@@ -277,8 +277,9 @@ Dataset &TransformLookup::process(Dataset &output, const QList<Node *> &inputs, 
         setResult(failureText());
         return output;
     }
-    const Dataset &top = *inputs.at(0)->dataset();
-    output = top;
+    // The output is read as the top dataset until the new column is added at the end.
+    output = inputDataset(inputs, 0);
+    const Dataset &top = output;
     if (inputs.size() == 1) {
         setResult(KeyMatching::connectSecondText());
         return output;
