@@ -234,8 +234,9 @@ QVector<bool> TransformNode::takeableInputs(const QList<Node *> &inputs, bool fr
     if (!freeUpstream && !(scene && scene->rowsHandedOver()))
         return takeable;
     for (int i = 0; i < inputs.size(); ++i) {
-        const Node *input = inputs.at(i);
-        if (inputs.count(inputs.at(i)) != 1)
+        Node *input = inputs.at(i);
+        // An input read twice, as in a self-join, is read again after any one use.
+        if (inputs.count(input) != 1)
             continue;
         const QList<Node *> readers = input->downstream();
         takeable[i] = std::none_of(readers.cbegin(), readers.cend(), [this](const Node *n) {
