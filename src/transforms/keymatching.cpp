@@ -218,6 +218,17 @@ Parameter *createCaseSensitiveParameter()
     return parameter;
 }
 
+Parameter *createFuzzinessParameter(const QString &toolTip)
+{
+    auto *parameter = new Parameter(ParameterType::Int, QStringLiteral("Fuzziness"),
+                                    QStringLiteral("Closeness"), 80);
+    parameter->setMinimumInt(40);
+    parameter->setMaximumInt(99);
+    parameter->setSuffix(QStringLiteral("%"));
+    parameter->setToolTip(toolTip);
+    return parameter;
+}
+
 bool autoConfigureKeys(Parameter *topKey, Parameter *bottomKey, const QList<Node *> &inputs)
 {
     if (!topKey || !bottomKey || inputs.size() < 2)

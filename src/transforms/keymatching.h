@@ -108,6 +108,8 @@ QPair<int, int> chooseKeyColumns(const Dataset &top, const Dataset &bottom,
 Parameter *createKeyParameter(const QString &key, const QString &label, Node *input,
                               const QString &toolTip);
 Parameter *createCaseSensitiveParameter();
+// The "Closeness" of fuzzy matching, a percentage from 40 to 99 (80 at first).
+Parameter *createFuzzinessParameter(const QString &toolTip);
 
 // Sets both key options from the data when both are unset, the inputs are connected and
 // neither has more than 10000 rows. True when the options were set.

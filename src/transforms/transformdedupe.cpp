@@ -4,6 +4,7 @@
 #include "transforms/columnnames.h"
 #include "transforms/dedupeengine.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/keymatching.h"
 
 namespace {
 
@@ -48,12 +49,7 @@ void TransformDedupe::createParameters(const QList<Node *> &inputs, bool useReme
     applyRememberedValue(useRemembered, matchType);
     addParameter(matchType);
 
-    auto *fuzziness = new Parameter(ParameterType::Int, QStringLiteral("Fuzziness"),
-                                    QStringLiteral("Closeness"), 80);
-    fuzziness->setMinimumInt(40);
-    fuzziness->setMaximumInt(99);
-    fuzziness->setSuffix(QStringLiteral("%"));
-    fuzziness->setToolTip(QStringLiteral(
+    Parameter *fuzziness = KeyMatching::createFuzzinessParameter(QStringLiteral(
         "How close the match has to be as a percentage to be considered a duplicate.\nE.g. "
         "setting it to 80 means text in checked columns must be at least 80% the same."));
     applyRememberedValue(useRemembered, fuzziness);

@@ -158,12 +158,7 @@ void TransformLookup::createParameters(const QList<Node *> &inputs, bool useReme
     applyRememberedValue(useRemembered, matchType);
     addParameter(matchType);
 
-    auto *fuzziness = new Parameter(ParameterType::Int, QStringLiteral("Fuzziness"),
-                                    QStringLiteral("Closeness"), 80);
-    fuzziness->setMinimumInt(40);
-    fuzziness->setMaximumInt(99);
-    fuzziness->setSuffix(QStringLiteral("%"));
-    fuzziness->setToolTip(
+    Parameter *fuzziness = KeyMatching::createFuzzinessParameter(
         QStringLiteral("How close the values have to be as a percentage to be considered a "
                        "match.\nE.g. setting it to 80 means they must be at least 80% the same."));
     applyRememberedValue(useRemembered, fuzziness);
