@@ -4,6 +4,7 @@
 #include "graph/inputnode.h"
 #include "graph/transformnode.h"
 #include "transforms/framework/transform.h"
+#include "workbench/widgets.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -92,4 +93,19 @@ TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList
     for (Node *input : inputs)
         scene.connectNodes(input, node);
     return node;
+}
+
+MessageBoxAnswerer::MessageBoxAnswerer()
+{
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton) {
+        texts.append(text);
+        return buttons.testFlag(QMessageBox::Yes) ? answer : QMessageBox::Ok;
+    });
+}
+
+MessageBoxAnswerer::~MessageBoxAnswerer()
+{
+    MessageBoxes::setHandler(nullptr);
 }

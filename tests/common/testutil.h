@@ -2,6 +2,7 @@
 
 #include "data/dataset.h"
 
+#include <QMessageBox>
 #include <QPointF>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -31,6 +32,20 @@ void prepareTestEnvironment(const QTemporaryDir &temporaryFolder);
 InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos);
 TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList<Node *> &inputs,
                             const QPointF &pos);
+
+// Stands in for the user at every message box while it lives: records each text, answers a
+// question that offers Yes with answer, and any other box with Ok.
+class MessageBoxAnswerer
+{
+public:
+    MessageBoxAnswerer();
+    ~MessageBoxAnswerer();
+    MessageBoxAnswerer(const MessageBoxAnswerer &) = delete;
+    MessageBoxAnswerer &operator=(const MessageBoxAnswerer &) = delete;
+
+    QStringList texts;
+    QMessageBox::StandardButton answer = QMessageBox::Yes;
+};
 
 // Like QTEST_MAIN, for tests that need widgets or graphics items, runnable with no display.
 #define TABULON_TEST_MAIN(TestObject)                                                              \

@@ -19,6 +19,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <optional>
+
 class TestInputItemWidget : public QObject
 {
     Q_OBJECT
@@ -40,26 +42,18 @@ private:
     QString writeFile(const QString &name, const QByteArray &bytes);
 
     QTemporaryDir m_folder;
-    QStringList m_questions;
-    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+    std::optional<MessageBoxAnswerer> m_boxes;
 };
 
 void TestInputItemWidget::init()
 {
     Settings::instance()->setProcessingDelay(0.05);
-    m_questions.clear();
-    m_answer = QMessageBox::Yes;
-    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
-                                    QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton) {
-        m_questions.append(text);
-        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
-    });
+    m_boxes.emplace();
 }
 
 void TestInputItemWidget::cleanup()
 {
-    MessageBoxes::setHandler(nullptr);
+    m_boxes.reset();
 }
 
 QString TestInputItemWidget::writeFile(const QString &name, const QByteArray &bytes)
@@ -177,7 +171,7 @@ void TestInputItemWidget::newPathOffersItsType()
 {
     QFETCH(bool, answer);
     QFETCH(int, expectedType);
-    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
     const QString path = writeFile(QStringLiteral("notes.log"), "one\ntwo\n");
     GraphScene scene;
     auto *input = new InputNode;
@@ -189,7 +183,7 @@ void TestInputItemWidget::newPathOffersItsType()
     QTest::keyClicks(page.pathEdit(), path);
     QTest::keyClick(page.pathEdit(), Qt::Key_Return);
     QCOMPARE(input->path(), path);
-    QCOMPARE(m_questions, QStringList {QStringLiteral("Change file type to 'Plain text'?")});
+    QCOMPARE(m_boxes->texts, QStringList {QStringLiteral("Change file type to 'Plain text'?")});
     QCOMPARE(input->fileType(), expectedType);
     QCOMPARE(page.typeCombo()->currentData().toInt(), expectedType);
 }
@@ -216,14 +210,14 @@ void TestInputItemWidget::clipboardImportAsksAboutType()
     QFETCH(bool, answer);
     QFETCH(QStringList, questions);
     QFETCH(int, expectedType);
-    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
     GraphScene scene;
     InputNode *input = addTextInput(scene, QStringLiteral("old\nrow"), QPointF());
     InputItemWidget page(input);
     page.show();
     QGuiApplication::clipboard()->setText(text);
     QTest::mouseClick(page.sourceButton(), Qt::LeftButton);
-    QCOMPARE(m_questions, questions);
+    QCOMPARE(m_boxes->texts, questions);
     QCOMPARE(input->text(), text);
     QCOMPARE(input->fileType(), expectedType);
 }

@@ -18,6 +18,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <optional>
+
 class TestOutputItemWidget : public QObject
 {
     Q_OBJECT
@@ -39,26 +41,18 @@ private slots:
 
 private:
     QTemporaryDir m_folder;
-    QStringList m_questions;
-    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+    std::optional<MessageBoxAnswerer> m_boxes;
 };
 
 void TestOutputItemWidget::init()
 {
     Settings::instance()->setProcessingDelay(0.05);
-    m_questions.clear();
-    m_answer = QMessageBox::Yes;
-    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
-                                    QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton) {
-        m_questions.append(text);
-        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
-    });
+    m_boxes.emplace();
 }
 
 void TestOutputItemWidget::cleanup()
 {
-    MessageBoxes::setHandler(nullptr);
+    m_boxes.reset();
 }
 
 void TestOutputItemWidget::delimiterChangeRewritesTheFile()
@@ -137,7 +131,7 @@ void TestOutputItemWidget::blockedExtensionIsRefused()
     page.pathEdit()->selectAll();
     QTest::keyClicks(page.pathEdit(), blocked);
     QTest::keyClick(page.pathEdit(), Qt::Key_Return);
-    QCOMPARE(m_questions,
+    QCOMPARE(m_boxes->texts,
              QStringList {QStringLiteral("The extension for this file is blocked in "
                                          "'Preferences>Output Extensions':\n%1")
                               .arg(blocked)});
@@ -166,13 +160,13 @@ void TestOutputItemWidget::pathOffersItsType()
     QFETCH(bool, answer);
     QFETCH(QStringList, questions);
     QFETCH(int, expectedType);
-    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
     GraphScene scene;
     auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
     scene.addNode(output);
     OutputItemWidget page(output);
     page.choosePath(m_folder.filePath(name));
-    QCOMPARE(m_questions, questions);
+    QCOMPARE(m_boxes->texts, questions);
     QCOMPARE(output->path(), m_folder.filePath(name));
     QCOMPARE(output->fileType(), expectedType);
     QCOMPARE(page.typeCombo()->currentData().toInt(), expectedType);
@@ -190,14 +184,14 @@ void TestOutputItemWidget::typeOffersItsExtension()
 {
     QFETCH(bool, answer);
     QFETCH(QString, expectedName);
-    m_answer = answer ? QMessageBox::Yes : QMessageBox::No;
+    m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
     GraphScene scene;
     auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
     scene.addNode(output);
     OutputItemWidget page(output);
     page.show();
     page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeMarkdown)));
-    QCOMPARE(m_questions, QStringList {QStringLiteral("Change file extension to 'md'?")});
+    QCOMPARE(m_boxes->texts, QStringList {QStringLiteral("Change file extension to 'md'?")});
     QCOMPARE(output->fileType(), int(FileTypeMarkdown));
     QCOMPARE(output->path(), m_folder.filePath(expectedName));
     QCOMPARE(page.pathEdit()->text(), m_folder.filePath(expectedName));

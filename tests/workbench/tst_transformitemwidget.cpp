@@ -22,6 +22,8 @@
 #include <QToolButton>
 #include <QtTest>
 
+#include <optional>
+
 // Case with the explore buttons and room for two inputs, to reach what stands before the
 // explore windows.
 class ExploringCase : public TransformCase
@@ -60,26 +62,18 @@ private slots:
     void compareChangesHighlightsAndWalks();
 
 private:
-    QStringList m_messages;
-    QMessageBox::StandardButton m_answer = QMessageBox::Yes;
+    std::optional<MessageBoxAnswerer> m_boxes;
 };
 
 void TestTransformItemWidget::init()
 {
     Settings::instance()->setProcessingDelay(0.05);
-    m_messages.clear();
-    m_answer = QMessageBox::Yes;
-    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
-                                    QMessageBox::StandardButtons buttons,
-                                    QMessageBox::StandardButton) {
-        m_messages.append(text);
-        return buttons.testFlag(QMessageBox::Yes) ? m_answer : QMessageBox::Ok;
-    });
+    m_boxes.emplace();
 }
 
 void TestTransformItemWidget::cleanup()
 {
-    MessageBoxes::setHandler(nullptr);
+    m_boxes.reset();
     DesktopHooks::setOpenUrlHandler(nullptr);
     DesktopHooks::setSaveFileHandler(nullptr);
 }
@@ -195,7 +189,7 @@ void TestTransformItemWidget::exploreMessages()
     page.show();
     QTest::mouseClick(page.exploreKeysButton(), Qt::LeftButton);
     QTest::mouseClick(page.exploreDuplicatesButton(), Qt::LeftButton);
-    QCOMPARE(m_messages, (QStringList {keys, duplicates}));
+    QCOMPARE(m_boxes->texts, (QStringList {keys, duplicates}));
 }
 
 void TestTransformItemWidget::editTempWritesTheWholeDataset()
@@ -214,7 +208,7 @@ void TestTransformItemWidget::editTempWritesTheWholeDataset()
     page.show();
     QTest::mouseClick(page.editTempButton(), Qt::LeftButton);
     QCOMPARE(opened.size(), 1);
-    QVERIFY(m_messages.isEmpty());
+    QVERIFY(m_boxes->texts.isEmpty());
     const QString path = opened.first().toLocalFile();
     QVERIFY(path.endsWith(QLatin1String(".csv")));
     QFile file(path);
@@ -229,9 +223,9 @@ void TestTransformItemWidget::editTempWritesTheWholeDataset()
     // A failed opening is told, with the file's path.
     DesktopHooks::setOpenUrlHandler([](const QUrl &) { return false; });
     QTest::mouseClick(page.editTempButton(), Qt::LeftButton);
-    QCOMPARE(m_messages.size(), 1);
-    QVERIFY(m_messages.first().startsWith(QStringLiteral("Unable to open '")));
-    QVERIFY(m_messages.first().endsWith(
+    QCOMPARE(m_boxes->texts.size(), 1);
+    QVERIFY(m_boxes->texts.first().startsWith(QStringLiteral("Unable to open '")));
+    QVERIFY(m_boxes->texts.first().endsWith(
         QStringLiteral("'. Make sure there is an editor associated with this file type.")));
 }
 
@@ -245,7 +239,7 @@ void TestTransformItemWidget::exportAsksBeforeReplacing_data()
 void TestTransformItemWidget::exportAsksBeforeReplacing()
 {
     QFETCH(bool, replace);
-    m_answer = replace ? QMessageBox::Yes : QMessageBox::No;
+    m_boxes->answer = replace ? QMessageBox::Yes : QMessageBox::No;
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("out.tsv"));
     QFile old(path);
@@ -263,7 +257,7 @@ void TestTransformItemWidget::exportAsksBeforeReplacing()
     page.show();
     QTest::mouseClick(page.exportButton(), Qt::LeftButton);
     QCOMPARE(
-        m_messages,
+        m_boxes->texts,
         QStringList {QStringLiteral("%1 already exists.\nDo you want to replace it?").arg(path)});
     QFile written(path);
     QVERIFY(written.open(QIODevice::ReadOnly));
