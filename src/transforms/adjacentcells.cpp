@@ -15,12 +15,12 @@ QStringList AdjacentCellsTransform::forNames()
     return {QStringLiteral("All rows"), QStringLiteral("Rows with same key value")};
 }
 
-void AdjacentCellsTransform::createAdjacentParameters(const QList<Node *> &inputs,
+void AdjacentCellsTransform::createAdjacentParameters(const ColumnSources &inputs,
                                                       bool useRemembered,
                                                       const QString &columnsToolTip)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);

@@ -6,7 +6,7 @@
 #include <QStringList>
 #include <QVector>
 
-class Node;
+class ColumnSource;
 class Parameter;
 
 // The base of Fill, Unfill and Slide: transforms that look at each selected cell together with
@@ -43,7 +43,7 @@ protected:
         bool vertical() const { return direction == Down || direction == Up; }
     };
 
-    void createAdjacentParameters(const QList<Node *> &inputs, bool useRemembered,
+    void createAdjacentParameters(const ColumnSources &inputs, bool useRemembered,
                                   const QString &columnsToolTip);
     // False, with the failure text as result, when an option is missing.
     bool readWalk(Walk *walk);

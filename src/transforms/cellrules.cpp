@@ -4,7 +4,7 @@
 
 namespace CellRules {
 
-Parameter *createColumnsParameter(Node *input, const QString &toolTip)
+Parameter *createColumnsParameter(ColumnSource *input, const QString &toolTip)
 {
     auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);

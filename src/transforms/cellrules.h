@@ -1,12 +1,12 @@
 #pragma once
 
 #include "data/dataset.h"
+#include "transforms/framework/columnsource.h"
 
 #include <QHash>
 #include <QList>
 #include <QString>
 
-class Node;
 class Parameter;
 
 // What the cell transforms share: the walk over the selected columns of every row that
@@ -22,7 +22,7 @@ struct Counts
 };
 
 // The "Columns" option of the family, bound to input and preset when it has one column.
-Parameter *createColumnsParameter(Node *input, const QString &toolTip);
+Parameter *createColumnsParameter(ColumnSource *input, const QString &toolTip);
 
 // The selected columns of option, ascending, leaving out those that no longer exist.
 QList<int> selectedColumns(const Parameter &option);

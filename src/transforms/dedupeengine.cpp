@@ -9,8 +9,6 @@
 
 namespace {
 
-bool s_stopRequested = false;
-
 constexpr int ExactReportEvery = 1000;
 constexpr int FuzzyReportEvery = 25;
 
@@ -190,7 +188,7 @@ private:
         QString key;
         for (int r = 0; r < rowCount; ++r) {
             reportRow(r, result);
-            if (DedupeEngine::isStopRequested())
+            if (m_options.stopRequested && m_options.stopRequested())
                 break;
             prefetchAhead(m_input.rows(), r);
             bool duplicate = false;
@@ -237,7 +235,7 @@ private:
         int processed = 0;
         for (int r = 0; r < rowCount; ++r) {
             reportRow(r, result);
-            if (DedupeEngine::isStopRequested())
+            if (m_options.stopRequested && m_options.stopRequested())
                 break;
             processed = r + 1;
             prefetchAhead(m_input.rows(), r);
@@ -329,16 +327,6 @@ QStringList informationColumns()
 {
     return {QStringLiteral("Group"), QStringLiteral("Row"), QStringLiteral("Closeness"),
             QStringLiteral("Duplicate"), QStringLiteral("Duplicates")};
-}
-
-bool isStopRequested()
-{
-    return s_stopRequested;
-}
-
-void setStopRequested(bool stop)
-{
-    s_stopRequested = stop;
 }
 
 QString normalise(const QString &text, const DedupeOptions &options)

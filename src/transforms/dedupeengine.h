@@ -4,6 +4,8 @@
 
 #include <QObject>
 
+#include <functional>
+
 // Progress of a duplicate search. The engine reports only through this object, so that the
 // transform and an interactive window can each show it their own way.
 class DedupeProgress : public QObject
@@ -29,6 +31,9 @@ struct DedupeOptions
     int threshold = 100;
     int mode = RemoveDuplicates;
     bool drilldown = false;
+    // Read before each row: the Stop of a run, or of a window that searches on its own. The
+    // search then keeps what it has found.
+    std::function<bool()> stopRequested;
 };
 
 struct DedupeResult
@@ -42,11 +47,6 @@ namespace DedupeEngine {
 
 // The names of the columns the information mode adds, in order.
 QStringList informationColumns();
-
-// The process-wide stop flag, read before each row. A window's Stop button sets it and the
-// window clears it when it starts a new search; the search then keeps what it has found.
-bool isStopRequested();
-void setStopRequested(bool stop);
 
 // One cell as it takes part in a key.
 QString normalise(const QString &text, const DedupeOptions &options);

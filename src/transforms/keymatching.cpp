@@ -200,7 +200,7 @@ QPair<int, int> chooseKeyColumns(const Dataset &top, const Dataset &bottom,
     return qMakePair(-1, -1);
 }
 
-Parameter *createKeyParameter(const QString &key, const QString &label, Node *input,
+Parameter *createKeyParameter(const QString &key, const QString &label, ColumnSource *input,
                               const QString &toolTip)
 {
     auto *parameter = new Parameter(ParameterType::SingleColumn, key, label, input);
@@ -229,14 +229,14 @@ Parameter *createFuzzinessParameter(const QString &toolTip)
     return parameter;
 }
 
-bool autoConfigureKeys(Parameter *topKey, Parameter *bottomKey, const QList<Node *> &inputs)
+bool autoConfigureKeys(Parameter *topKey, Parameter *bottomKey, const ColumnSources &inputs)
 {
     if (!topKey || !bottomKey || inputs.size() < 2)
         return false;
     if (!topKey->isUnset() || !bottomKey->isUnset())
         return false;
-    const Dataset &top = *inputs.at(0)->dataset();
-    const Dataset &bottom = *inputs.at(1)->dataset();
+    const Dataset &top = *inputs.at(0)->columnDataset();
+    const Dataset &bottom = *inputs.at(1)->columnDataset();
     if (top.rowCount() > MaxAutoRows || bottom.rowCount() > MaxAutoRows)
         return false;
     const QPair<int, int> pair = chooseKeyColumns(top, bottom, dateFormats());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/dataset.h"
+#include "transforms/framework/columnsource.h"
 
 #include <QHash>
 #include <QList>
@@ -9,7 +10,6 @@
 #include <QStringList>
 #include <QVector>
 
-class Node;
 class Parameter;
 
 // What the transforms that match rows of two datasets by a key column share: the key text of
@@ -105,7 +105,7 @@ QPair<int, int> chooseKeyColumns(const Dataset &top, const Dataset &bottom,
                                  const QStringList &dateFormats);
 
 // A key column option bound to input; its only column is chosen at once.
-Parameter *createKeyParameter(const QString &key, const QString &label, Node *input,
+Parameter *createKeyParameter(const QString &key, const QString &label, ColumnSource *input,
                               const QString &toolTip);
 Parameter *createCaseSensitiveParameter();
 // The "Closeness" of fuzzy matching, a percentage from 40 to 99 (80 at first).
@@ -113,6 +113,6 @@ Parameter *createFuzzinessParameter(const QString &toolTip);
 
 // Sets both key options from the data when both are unset, the inputs are connected and
 // neither has more than 10000 rows. True when the options were set.
-bool autoConfigureKeys(Parameter *topKey, Parameter *bottomKey, const QList<Node *> &inputs);
+bool autoConfigureKeys(Parameter *topKey, Parameter *bottomKey, const ColumnSources &inputs);
 
 } // namespace KeyMatching

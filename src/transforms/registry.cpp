@@ -42,7 +42,16 @@
 #include "transforms/transformunfill.h"
 #include "transforms/transformwhitespace.h"
 
-QList<Transform *> createTransformPrototypes()
+#include "transforms/framework/transform.h"
+
+#include <QHash>
+
+#include <algorithm>
+
+namespace {
+
+// Keep this list in the alphabetical order of the class names.
+QList<Transform *> allTransforms()
 {
     return {
         new TransformCase,         new TransformChop,       new TransformClone,
@@ -60,4 +69,67 @@ QList<Transform *> createTransformPrototypes()
         new TransformSubstitute,   new TransformSubtract,   new TransformTranspose,
         new TransformUnfill,       new TransformWhitespace,
     };
+}
+
+struct Prototypes
+{
+    Prototypes()
+        : sorted(allTransforms())
+    {
+        std::stable_sort(sorted.begin(), sorted.end(), [](const Transform *a, const Transform *b) {
+            return a->displayName().compare(b->displayName(), Qt::CaseInsensitive) < 0;
+        });
+        for (Transform *prototype : qAsConst(sorted))
+            byTypeName.insert(prototype->typeName(), prototype);
+    }
+    ~Prototypes()
+    {
+        qDeleteAll(sorted);
+        qDeleteAll(added);
+    }
+    QList<Transform *> sorted;
+    QHash<QString, Transform *> byTypeName;
+    QList<Transform *> added;
+};
+
+Prototypes &instance()
+{
+    static Prototypes prototypes;
+    return prototypes;
+}
+
+} // namespace
+
+namespace TransformRegistry {
+
+const QList<Transform *> &prototypes()
+{
+    return instance().sorted;
+}
+
+Transform *prototype(const QString &typeName)
+{
+    for (Transform *added : qAsConst(instance().added)) {
+        if (added->typeName() == typeName)
+            return added;
+    }
+    return instance().byTypeName.value(typeName);
+}
+
+Transform *create(const QString &typeName)
+{
+    const Transform *found = prototype(typeName);
+    return found ? found->clone() : nullptr;
+}
+
+void addPrototype(Transform *prototype)
+{
+    instance().added.prepend(prototype);
+}
+
+} // namespace TransformRegistry
+
+QList<Transform *> createTransformPrototypes()
+{
+    return allTransforms();
 }

@@ -1,7 +1,6 @@
 #include "transforms/transformcase.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
 
@@ -10,6 +9,28 @@ namespace {
 enum CaseIndex { Title = 2, Sentence = 3 };
 
 } // namespace
+
+const TransformDescriptor &TransformCase::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 1;
+        d.typeName = QStringLiteral("Case");
+        d.displayName = QStringLiteral("Case");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Change the case in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("upper"),    QStringLiteral("lower"),      QStringLiteral("title"),
+            QStringLiteral("sentence"), QStringLiteral("capitalise"), QStringLiteral("capitalize"),
+            QStringLiteral("camel"),    QStringLiteral("kebab"),      QStringLiteral("snake"),
+            QStringLiteral("invert"),   QStringLiteral("letters")};
+        d.create = createTransform<TransformCase>;
+        return d;
+    }();
+    return descriptor;
+}
 
 QStringList TransformCase::caseNames()
 {
@@ -20,31 +41,21 @@ QStringList TransformCase::caseNames()
             QStringLiteral("Inverted case")};
 }
 
-QSet<QString> TransformCase::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("upper") << QStringLiteral("lower") << QStringLiteral("title")
-          << QStringLiteral("sentence") << QStringLiteral("capitalise")
-          << QStringLiteral("capitalize") << QStringLiteral("camel") << QStringLiteral("kebab")
-          << QStringLiteral("snake") << QStringLiteral("invert") << QStringLiteral("letters");
-    return words;
-}
-
-void TransformCase::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformCase::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     addParameter(CellRules::createColumnsParameter(
         input, QStringLiteral("Select the column(s) whose case you want to change.")));
 
     const QStringList names = caseNames();
-    QStringList examples{QStringLiteral("E.g:")};
+    QStringList examples {QStringLiteral("E.g:")};
     for (int i = 0; i < names.size(); ++i)
         examples.append(
             QStringLiteral("%1 -> %2").arg(names.at(i), convertCase(names.at(i), i, false)));
-    auto *caseOption = new Parameter(ParameterType::Selection, QStringLiteral("Case"), QStringLiteral("Case"),
-                                     names.first(), names);
+    auto *caseOption = new Parameter(ParameterType::Selection, QStringLiteral("Case"),
+                                     QStringLiteral("Case"), names.first(), names);
     caseOption->setToolTip(examples.join(QLatin1Char('\n')));
     applyRememberedValue(useRemembered, caseOption);
     addParameter(caseOption);
@@ -64,17 +75,12 @@ QList<ParameterState> TransformCase::parameterStates() const
     return {{QStringLiteral("Keep_Upper"), index == Title || index == Sentence}};
 }
 
-Dataset &TransformCase::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformCase::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case"));
-    const Parameter *keepUpperOption = parameter(QStringLiteral("Keep_Upper"));
-    if (!columnsOption || !caseOption || !keepUpperOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *caseOption = &option(QStringLiteral("Case"));
+    const Parameter *keepUpperOption = &option(QStringLiteral("Keep_Upper"));
 
     output = inputDataset(inputs, 0);
     const int caseIndex = caseOption->toSelectionIndex();

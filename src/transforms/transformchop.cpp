@@ -1,8 +1,30 @@
 #include "transforms/transformchop.h"
 
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
+
+const TransformDescriptor &TransformChop::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 2;
+        d.typeName = QStringLiteral("Chop");
+        d.displayName = QStringLiteral("Chop");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral(
+            "Remove a number of characters from the start or end of the selected column(s).");
+        d.keywords = QStringList {QStringLiteral("remove"), QStringLiteral("characters"),
+                                  QStringLiteral("cut"),    QStringLiteral("truncate"),
+                                  QStringLiteral("trim"),   QStringLiteral("left"),
+                                  QStringLiteral("right"),  QStringLiteral("prefix"),
+                                  QStringLiteral("suffix"), QStringLiteral("strip")};
+        d.create = createTransform<TransformChop>;
+        return d;
+    }();
+    return descriptor;
+}
 
 QString TransformChop::chop(const QString &text, int length, bool fromStart)
 {
@@ -14,17 +36,7 @@ QString TransformChop::chop(const QString &text, int length, bool fromStart)
     return fromStart ? text.right(kept) : text.left(kept);
 }
 
-QSet<QString> TransformChop::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("remove") << QStringLiteral("characters") << QStringLiteral("cut")
-          << QStringLiteral("truncate") << QStringLiteral("trim") << QStringLiteral("left")
-          << QStringLiteral("right") << QStringLiteral("prefix") << QStringLiteral("suffix")
-          << QStringLiteral("strip");
-    return words;
-}
-
-void TransformChop::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformChop::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -46,17 +58,12 @@ void TransformChop::createParameters(const QList<Node *> &inputs, bool useRememb
     addParameter(from);
 }
 
-Dataset &TransformChop::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformChop::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *lengthOption = parameter(QStringLiteral("Length"));
-    const Parameter *fromOption = parameter(QStringLiteral("From"));
-    if (!columnsOption || !lengthOption || !fromOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *lengthOption = &option(QStringLiteral("Length"));
+    const Parameter *fromOption = &option(QStringLiteral("From"));
 
     output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);

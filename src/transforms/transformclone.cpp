@@ -1,18 +1,27 @@
 #include "transforms/transformclone.h"
 
-#include "graph/node.h"
-
-QSet<QString> TransformClone::keywords() const
+const TransformDescriptor &TransformClone::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("copy") << QStringLiteral("duplicate") << QStringLiteral("layout");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 3;
+        d.typeName = QStringLiteral("Clone");
+        d.displayName = QStringLiteral("Clone");
+        d.category = CategoryOther;
+        d.flags = TransformDescriptor::Advanced;
+        d.description = QStringLiteral(
+            "Make an identical copy. Can be useful to improve the Center pane layout.");
+        d.keywords = QStringList {QStringLiteral("copy"), QStringLiteral("duplicate"),
+                                  QStringLiteral("layout")};
+        d.create = createTransform<TransformClone>;
+        return d;
+    }();
+    return descriptor;
 }
 
-Dataset &TransformClone::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformClone::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     output = inputDataset(inputs, 0);
     return output;
 }

@@ -1,21 +1,31 @@
 #include "transforms/transformconcat.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformConcat::keywords() const
+const TransformDescriptor &TransformConcat::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("join") << QStringLiteral("combine") << QStringLiteral("merge")
-          << QStringLiteral("concatenate") << QStringLiteral("append") << QStringLiteral("glue");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 6;
+        d.typeName = QStringLiteral("Concat");
+        d.displayName = QStringLiteral("Concat Cols");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Concatenate selected columns into a single new column.");
+        d.keywords = QStringList {QStringLiteral("join"),   QStringLiteral("combine"),
+                                  QStringLiteral("merge"),  QStringLiteral("concatenate"),
+                                  QStringLiteral("append"), QStringLiteral("glue")};
+        d.create = createTransform<TransformConcat>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformConcat::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformConcat::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
                                    QStringLiteral("automatic new column name"), true);
@@ -56,20 +66,14 @@ QList<ParameterState> TransformConcat::parameterStates() const
     return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()}};
 }
 
-Dataset &TransformConcat::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformConcat::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *autoNameOption = parameter(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *delimiterOption = parameter(QStringLiteral("Delimiter"));
-    const Parameter *keepEmptyOption = parameter(QStringLiteral("Keep_Empty"));
-    if (!autoNameOption || !newNameOption || !columnsOption || !delimiterOption
-        || !keepEmptyOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *delimiterOption = &option(QStringLiteral("Delimiter"));
+    const Parameter *keepEmptyOption = &option(QStringLiteral("Keep_Empty"));
 
     output = inputDataset(inputs, 0);
     QList<int> columns;

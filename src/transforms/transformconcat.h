@@ -9,24 +9,11 @@ class TransformConcat : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 6; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryColumn; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformConcat>(); }
-    QString displayName() const override { return QStringLiteral("Concat Cols"); }
-    QString typeName() const override { return QStringLiteral("Concat"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Concatenate selected columns into a single new column.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     QList<ParameterState> parameterStates() const override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

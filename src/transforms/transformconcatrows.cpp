@@ -1,7 +1,6 @@
 #include "transforms/transformconcatrows.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
@@ -25,19 +24,30 @@ int operatorOf(const QString &displayText)
 
 } // namespace
 
-QSet<QString> TransformConcatRows::keywords() const
+const TransformDescriptor &TransformConcatRows::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("join") << QStringLiteral("merge") << QStringLiteral("combine")
-          << QStringLiteral("consecutive") << QStringLiteral("unwrap") << QStringLiteral("records")
-          << QStringLiteral("lines") << QStringLiteral("key") << QStringLiteral("widen");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 7;
+        d.typeName = QStringLiteral("Concat_Rows");
+        d.displayName = QStringLiteral("Concat Rows");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Concatenate multiple consecutive rows into a single row.");
+        d.keywords = QStringList {
+            QStringLiteral("join"),        QStringLiteral("merge"),  QStringLiteral("combine"),
+            QStringLiteral("consecutive"), QStringLiteral("unwrap"), QStringLiteral("records"),
+            QStringLiteral("lines"),       QStringLiteral("key"),    QStringLiteral("widen")};
+        d.create = createTransform<TransformConcatRows>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformConcatRows::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformConcatRows::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     const QStringList modes {QStringLiteral("Fixed"), QStringLiteral("Variable"),
                              QStringLiteral("By key")};
@@ -200,26 +210,20 @@ QList<QStringList> TransformConcatRows::concatenateVariable(const Dataset &input
     return result;
 }
 
-Dataset &TransformConcatRows::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformConcatRows::process(Dataset &output, const TransformInputs &inputs,
+                                      const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *modeOption = parameter(QStringLiteral("Mode"));
-    const Parameter *rowsOption = parameter(QStringLiteral("Rows"));
-    const Parameter *whileOption = parameter(QStringLiteral("While_Or_Until"));
-    const Parameter *matchesOption = parameter(QStringLiteral("Matches"));
-    const Parameter *valueOption = parameter(QStringLiteral("Value"));
-    const Parameter *keyOption = parameter(QStringLiteral("Key_Column"));
-    const Parameter *repeatKeyOption = parameter(QStringLiteral("Repeat_Key_Column"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    const Parameter *concatValueOption = parameter(QStringLiteral("Concat_Value"));
-    if (!modeOption || !rowsOption || !whileOption || !matchesOption || !valueOption || !keyOption
-        || !repeatKeyOption || !caseOption || !concatValueOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *modeOption = &option(QStringLiteral("Mode"));
+    const Parameter *rowsOption = &option(QStringLiteral("Rows"));
+    const Parameter *whileOption = &option(QStringLiteral("While_Or_Until"));
+    const Parameter *matchesOption = &option(QStringLiteral("Matches"));
+    const Parameter *valueOption = &option(QStringLiteral("Value"));
+    const Parameter *keyOption = &option(QStringLiteral("Key_Column"));
+    const Parameter *repeatKeyOption = &option(QStringLiteral("Repeat_Key_Column"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Parameter *concatValueOption = &option(QStringLiteral("Concat_Value"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     const int mode = modeOption->toSelectionIndex();
     const int columnCount = input.columnCount();
     const Qt::CaseSensitivity cs = caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;

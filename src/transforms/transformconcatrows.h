@@ -9,26 +9,13 @@ class TransformConcatRows : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 7; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryRow; }
-    bool isAdvanced() const override { return true; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformConcatRows>(); }
-    QString displayName() const override { return QStringLiteral("Concat Rows"); }
-    QString typeName() const override { return QStringLiteral("Concat_Rows"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Concatenate multiple consecutive rows into a single row.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     QList<ParameterState> parameterStates() const override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 
 private:
     QList<QStringList> concatenateFixed(const Dataset &input, int rows);

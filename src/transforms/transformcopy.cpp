@@ -1,21 +1,30 @@
 #include "transforms/transformcopy.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformCopy::keywords() const
+const TransformDescriptor &TransformCopy::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("duplicate") << QStringLiteral("clone") << QStringLiteral("repeat")
-          << QStringLiteral("copies");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 8;
+        d.typeName = QStringLiteral("Copy");
+        d.displayName = QStringLiteral("Copy Cols");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Copy selected columns.");
+        d.keywords = QStringList {QStringLiteral("duplicate"), QStringLiteral("clone"),
+                                  QStringLiteral("repeat"), QStringLiteral("copies")};
+        d.create = createTransform<TransformCopy>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformCopy::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformCopy::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);
@@ -32,16 +41,11 @@ void TransformCopy::createParameters(const QList<Node *> &inputs, bool useRememb
     addParameter(copies);
 }
 
-Dataset &TransformCopy::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformCopy::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *copiesOption = parameter(QStringLiteral("Copies"));
-    if (!columnsOption || !copiesOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *copiesOption = &option(QStringLiteral("Copies"));
 
     output = inputDataset(inputs, 0);
     QList<int> columns;

@@ -1,24 +1,34 @@
 #include "transforms/transformcross.h"
 
-#include "graph/node.h"
-
 #include <QVector>
 
-QSet<QString> TransformCross::keywords() const
+const TransformDescriptor &TransformCross::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("cartesian") << QStringLiteral("product")
-          << QStringLiteral("combinations") << QStringLiteral("permutations")
-          << QStringLiteral("every") << QStringLiteral("join");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 11;
+        d.typeName = QStringLiteral("Cross");
+        d.displayName = QStringLiteral("Cross");
+        d.category = CategoryMerge;
+        d.minimumInputs = 2;
+        d.maximumInputs = 0x7fffffff;
+        d.flags = TransformDescriptor::Advanced;
+        d.description = QStringLiteral("Create every combination of rows in each input dataset.");
+        d.keywords = QStringList {QStringLiteral("cartesian"),    QStringLiteral("product"),
+                                  QStringLiteral("combinations"), QStringLiteral("permutations"),
+                                  QStringLiteral("every"),        QStringLiteral("join")};
+        d.inputImageName = QStringLiteral("cross.png");
+        d.create = createTransform<TransformCross>;
+        return d;
+    }();
+    return descriptor;
 }
 
-Dataset &TransformCross::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformCross::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.isEmpty())
-        return output;
     if (inputs.size() == 1) {
-        output = *inputs.first()->dataset();
+        output = *inputs.first().dataset;
         setResult(QStringLiteral("No changes"));
         return output;
     }
@@ -29,8 +39,8 @@ Dataset &TransformCross::process(Dataset &output, const QList<Node *> &inputs, b
     qint32 product = 1;
     int width = 0;
     bool anyHeader = false;
-    for (Node *input : inputs) {
-        const Dataset *dataset = input->dataset();
+    for (const TransformInput &input : inputs) {
+        const Dataset *dataset = input.dataset;
         datasets.append(dataset);
         product = qint32(quint32(product) * quint32(dataset->rowCount()));
         width += dataset->columnCount();

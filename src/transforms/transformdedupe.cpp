@@ -1,6 +1,5 @@
 #include "transforms/transformdedupe.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/dedupeengine.h"
 #include "transforms/framework/parameter.h"
@@ -16,23 +15,34 @@ const QStringList &matchTypes()
 
 } // namespace
 
+const TransformDescriptor &TransformDedupe::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 14;
+        d.typeName = QStringLiteral("Dedupe");
+        d.displayName = QStringLiteral("Dedupe");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::KeepsSourceRows | TransformDescriptor::HasDuplicateOptions;
+        d.description = QStringLiteral(
+            "Remove duplicate rows by matching values in all the selected columns.");
+        d.keywords = QStringList {
+            QStringLiteral("dupe"),   QStringLiteral("distinct"),      QStringLiteral("fuzzy"),
+            QStringLiteral("same"),   QStringLiteral("duplicates"),    QStringLiteral("removes"),
+            QStringLiteral("unique"), QStringLiteral("deduplication"), QStringLiteral("dedupes")};
+        d.create = createTransform<TransformDedupe>;
+        return d;
+    }();
+    return descriptor;
+}
+
 QStringList TransformDedupe::modeNames()
 {
     return {QStringLiteral("Remove duplicates"), QStringLiteral("Keep only duplicates"),
             QStringLiteral("Add duplicate information")};
 }
 
-QSet<QString> TransformDedupe::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("dupe") << QStringLiteral("distinct") << QStringLiteral("fuzzy")
-          << QStringLiteral("same") << QStringLiteral("duplicates") << QStringLiteral("removes")
-          << QStringLiteral("unique") << QStringLiteral("deduplication")
-          << QStringLiteral("dedupes");
-    return words;
-}
-
-void TransformDedupe::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformDedupe::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -104,22 +114,18 @@ QList<ParameterState> TransformDedupe::parameterStates() const
             {QStringLiteral("Drilldown"), exact && removing}};
 }
 
-Dataset &TransformDedupe::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformDedupe::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &context, bool &)
 {
-    const Parameter *columns = parameter(QStringLiteral("Columns"));
-    const Parameter *matchType = parameter(QStringLiteral("Match_Type"));
-    const Parameter *fuzziness = parameter(QStringLiteral("Fuzziness"));
-    const Parameter *caseSensitive = parameter(QStringLiteral("Case_Sensitive"));
-    const Parameter *ignoreSpaces = parameter(QStringLiteral("Ignore_Spaces"));
-    const Parameter *ignorePunctuation = parameter(QStringLiteral("Ignore_Punctuation"));
-    const Parameter *mode = parameter(QStringLiteral("Dedupe_Mode"));
-    const Parameter *drilldown = parameter(QStringLiteral("Drilldown"));
-    if (inputs.size() != 1 || !columns || !matchType || !fuzziness || !caseSensitive
-        || !ignoreSpaces || !ignorePunctuation || !mode || !drilldown) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &input = *inputs.first()->dataset();
+    const Parameter *columns = &option(QStringLiteral("Columns"));
+    const Parameter *matchType = &option(QStringLiteral("Match_Type"));
+    const Parameter *fuzziness = &option(QStringLiteral("Fuzziness"));
+    const Parameter *caseSensitive = &option(QStringLiteral("Case_Sensitive"));
+    const Parameter *ignoreSpaces = &option(QStringLiteral("Ignore_Spaces"));
+    const Parameter *ignorePunctuation = &option(QStringLiteral("Ignore_Punctuation"));
+    const Parameter *mode = &option(QStringLiteral("Dedupe_Mode"));
+    const Parameter *drilldown = &option(QStringLiteral("Drilldown"));
+    const Dataset &input = *inputs.first().dataset;
 
     DedupeOptions options;
     columns->toColumnIndexes(&options.columns, true);
@@ -130,6 +136,9 @@ Dataset &TransformDedupe::process(Dataset &output, const QList<Node *> &inputs, 
         = matchType->toSelectionIndex() == 0 ? 100 : qBound(40, fuzziness->toInt(), 99);
     options.mode = qBound(0, mode->toSelectionIndex(), 2);
     options.drilldown = drilldown->toBool();
+    options.stopRequested = [&context] {
+        return context.isStopRequested();
+    };
 
     if (options.columns.isEmpty()) {
         output = input;

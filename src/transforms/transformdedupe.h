@@ -9,37 +9,12 @@ class TransformDedupe : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 14; }
-    QSet<QString> keywords() const override;
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     QList<ParameterState> parameterStates() const override;
-    QString caseSensitiveKey() const override { return QStringLiteral("Case_Sensitive"); }
-    QString duplicateColumnsKey() const override { return QStringLiteral("Columns"); }
-    QString duplicateMatchTypeKey() const override { return QStringLiteral("Match_Type"); }
-    QString duplicateFuzzinessKey() const override { return QStringLiteral("Fuzziness"); }
-    QString duplicateIgnoreSpacesKey() const override { return QStringLiteral("Ignore_Spaces"); }
-    QString duplicateIgnorePunctuationKey() const override
-    {
-        return QStringLiteral("Ignore_Punctuation");
-    }
-    QString duplicateModeKey() const override { return QStringLiteral("Dedupe_Mode"); }
     static QStringList modeNames();
-    int category() const override { return CategoryRow; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return true; }
-    bool hasDuplicateOptions() const override { return true; }
-    Transform *clone() const override { return cloneAs<TransformDedupe>(); }
-    QString displayName() const override { return QStringLiteral("Dedupe"); }
-    QString typeName() const override { return QStringLiteral("Dedupe"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral(
-            "Remove duplicate rows by matching values in all the selected columns.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

@@ -1,6 +1,5 @@
 #include "transforms/transformextract.h"
 
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
 
@@ -11,6 +10,28 @@ namespace {
 enum Using { UsingText = 0, UsingRegex = 1 };
 
 } // namespace
+
+const TransformDescriptor &TransformExtract::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 16;
+        d.typeName = QStringLiteral("Extract");
+        d.displayName = QStringLiteral("Extract");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Extract text in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("substring"),   QStringLiteral("mid"),      QStringLiteral("left"),
+            QStringLiteral("right"),       QStringLiteral("regex"),    QStringLiteral("regular"),
+            QStringLiteral("expressions"), QStringLiteral("capture"),  QStringLiteral("characters"),
+            QStringLiteral("cut"),         QStringLiteral("truncate"), QStringLiteral("parse")};
+        d.create = createTransform<TransformExtract>;
+        return d;
+    }();
+    return descriptor;
+}
 
 QString TransformExtract::extractText(const QString &text, int length, bool fromStart, int offset)
 {
@@ -31,18 +52,7 @@ QString TransformExtract::extractMatch(const QString &text, const QRegularExpres
     return match.captured(pattern.captureCount() > 0 ? 1 : 0);
 }
 
-QSet<QString> TransformExtract::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("substring") << QStringLiteral("mid") << QStringLiteral("left")
-          << QStringLiteral("right") << QStringLiteral("regex") << QStringLiteral("regular")
-          << QStringLiteral("expressions") << QStringLiteral("capture")
-          << QStringLiteral("characters") << QStringLiteral("cut") << QStringLiteral("truncate")
-          << QStringLiteral("parse");
-    return words;
-}
-
-void TransformExtract::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformExtract::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -106,22 +116,16 @@ QList<ParameterState> TransformExtract::parameterStates() const
             {QStringLiteral("Case_Sensitive"), !byText}};
 }
 
-Dataset &TransformExtract::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformExtract::process(Dataset &output, const TransformInputs &inputs,
+                                   const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *usingOption = parameter(QStringLiteral("Using"));
-    const Parameter *lengthOption = parameter(QStringLiteral("Length"));
-    const Parameter *fromOption = parameter(QStringLiteral("From"));
-    const Parameter *offsetOption = parameter(QStringLiteral("Offset"));
-    const Parameter *matchingOption = parameter(QStringLiteral("Matching"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!columnsOption || !usingOption || !lengthOption || !fromOption || !offsetOption
-        || !matchingOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *usingOption = &option(QStringLiteral("Using"));
+    const Parameter *lengthOption = &option(QStringLiteral("Length"));
+    const Parameter *fromOption = &option(QStringLiteral("From"));
+    const Parameter *offsetOption = &option(QStringLiteral("Offset"));
+    const Parameter *matchingOption = &option(QStringLiteral("Matching"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
 
     output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);

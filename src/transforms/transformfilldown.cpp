@@ -1,33 +1,42 @@
 #include "transforms/transformfilldown.h"
 
-#include "graph/node.h"
-
-QSet<QString> TransformFillDown::keywords() const
+const TransformDescriptor &TransformFillDown::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("down") << QStringLiteral("up") << QStringLiteral("empty")
-          << QStringLiteral("blanks") << QStringLiteral("missing") << QStringLiteral("copy")
-          << QStringLiteral("repeat") << QStringLiteral("adjacent") << QStringLiteral("gaps")
-          << QStringLiteral("forward");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 17;
+        d.typeName = QStringLiteral("Fill");
+        d.displayName = QStringLiteral("Fill");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Fill empty cells in selected columns from adjacent cells.");
+        d.keywords = QStringList {QStringLiteral("down"),    QStringLiteral("up"),
+                                  QStringLiteral("empty"),   QStringLiteral("blanks"),
+                                  QStringLiteral("missing"), QStringLiteral("copy"),
+                                  QStringLiteral("repeat"),  QStringLiteral("adjacent"),
+                                  QStringLiteral("gaps"),    QStringLiteral("forward")};
+        d.create = createTransform<TransformFillDown>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformFillDown::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformFillDown::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     createAdjacentParameters(inputs, useRemembered,
                              QStringLiteral("Select the column(s) whose empty cells you want "
                                             "to fill."));
 }
 
-Dataset &TransformFillDown::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformFillDown::process(Dataset &output, const TransformInputs &inputs,
+                                    const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     Walk walk;
     if (!readWalk(&walk))
         return output;
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     qint64 changed = 0;
     // The neighbour is read from the output: it has been visited already, so a value fills a

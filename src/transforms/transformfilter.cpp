@@ -1,25 +1,36 @@
 #include "transforms/transformfilter.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/rowselection.h"
 
-QSet<QString> TransformFilter::keywords() const
+const TransformDescriptor &TransformFilter::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("select") << QStringLiteral("where") << QStringLiteral("query")
-          << QStringLiteral("keep") << QStringLiteral("remove") << QStringLiteral("delete")
-          << QStringLiteral("exclude") << QStringLiteral("include") << QStringLiteral("search")
-          << QStringLiteral("regex") << QStringLiteral("conditions");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 18;
+        d.typeName = QStringLiteral("Filter");
+        d.displayName = QStringLiteral("Filter");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::UsesDateFormats;
+        d.description
+            = QStringLiteral("Filter rows by text, date or numeric values in selected columns.");
+        d.keywords = QStringList {
+            QStringLiteral("select"),  QStringLiteral("where"),     QStringLiteral("query"),
+            QStringLiteral("keep"),    QStringLiteral("remove"),    QStringLiteral("delete"),
+            QStringLiteral("exclude"), QStringLiteral("include"),   QStringLiteral("search"),
+            QStringLiteral("regex"),   QStringLiteral("conditions")};
+        d.create = createTransform<TransformFilter>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformFilter::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformFilter::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::FilterColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Filtering"), input);
@@ -43,19 +54,14 @@ void TransformFilter::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(disable);
 }
 
-Dataset &TransformFilter::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformFilter::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    const Parameter *disableOption = parameter(QStringLiteral("Disable"));
-    if (!columnsOption || !caseOption || !disableOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Parameter *disableOption = &option(QStringLiteral("Disable"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     if (disableOption->toBool()) {
         output = input;
         addWarning(QStringLiteral("Filtering is disabled"));

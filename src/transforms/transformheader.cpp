@@ -1,6 +1,5 @@
 #include "transforms/transformheader.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
@@ -10,15 +9,26 @@ enum Mode { Overwrite = 0, Append = 1 };
 
 } // namespace
 
-QSet<QString> TransformHeader::keywords() const
+const TransformDescriptor &TransformHeader::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("headers") << QStringLiteral("names") << QStringLiteral("titles")
-          << QStringLiteral("headings") << QStringLiteral("promote") << QStringLiteral("columns");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 21;
+        d.typeName = QStringLiteral("Header");
+        d.displayName = QStringLiteral("Header");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Move rows to the header.");
+        d.keywords = QStringList {QStringLiteral("headers"), QStringLiteral("names"),
+                                  QStringLiteral("titles"),  QStringLiteral("headings"),
+                                  QStringLiteral("promote"), QStringLiteral("columns")};
+        d.create = createTransform<TransformHeader>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformHeader::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformHeader::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -45,17 +55,12 @@ void TransformHeader::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(delimiter);
 }
 
-Dataset &TransformHeader::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformHeader::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *numRowsOption = parameter(QStringLiteral("Num_Rows"));
-    const Parameter *modeOption = parameter(QStringLiteral("Mode"));
-    const Parameter *delimiterOption = parameter(QStringLiteral("Delimiter"));
-    if (!numRowsOption || !modeOption || !delimiterOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *numRowsOption = &option(QStringLiteral("Num_Rows"));
+    const Parameter *modeOption = &option(QStringLiteral("Mode"));
+    const Parameter *delimiterOption = &option(QStringLiteral("Delimiter"));
 
     output = inputDataset(inputs, 0);
     const int moved = qMin(qMax(0, numRowsOption->toInt()), output.rowCount());

@@ -1,25 +1,36 @@
 #include "transforms/transformif.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/rowselection.h"
 
-QSet<QString> TransformIf::keywords() const
+const TransformDescriptor &TransformIf::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("then") << QStringLiteral("else") << QStringLiteral("elseif")
-          << QStringLiteral("conditional") << QStringLiteral("conditions") << QStringLiteral("case")
-          << QStringLiteral("when") << QStringLiteral("switch") << QStringLiteral("ifelse");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 22;
+        d.typeName = QStringLiteral("If");
+        d.displayName = QStringLiteral("If");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::UsesDateFormats;
+        d.description
+            = QStringLiteral("Create a new column with values conditional on other columns.");
+        d.keywords = QStringList {
+            QStringLiteral("then"),        QStringLiteral("else"),       QStringLiteral("elseif"),
+            QStringLiteral("conditional"), QStringLiteral("conditions"), QStringLiteral("case"),
+            QStringLiteral("when"),        QStringLiteral("switch"),     QStringLiteral("ifelse")};
+        d.create = createTransform<TransformIf>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformIf::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformIf::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
                                   QStringLiteral("New column name"), QStringLiteral("If"));
@@ -43,19 +54,14 @@ void TransformIf::createParameters(const QList<Node *> &inputs, bool useRemember
     addParameter(caseSensitive);
 }
 
-Dataset &TransformIf::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformIf::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                              bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *ifOption = parameter(QStringLiteral("If"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!newNameOption || !ifOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *ifOption = &option(QStringLiteral("If"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     const int newColumn = ColumnNames::appendNamedColumn(output, newNameOption->toString());
 

@@ -1,22 +1,33 @@
 #include "transforms/transforminsert.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformInsert::keywords() const
+const TransformDescriptor &TransformInsert::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("append") << QStringLiteral("prepend") << QStringLiteral("prefix")
-          << QStringLiteral("suffix") << QStringLiteral("add") << QStringLiteral("text")
-          << QStringLiteral("concatenate") << QStringLiteral("variables") << QStringLiteral("start")
-          << QStringLiteral("end");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 24;
+        d.typeName = QStringLiteral("Insert");
+        d.displayName = QStringLiteral("Insert");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Append/prepend text in the selected column(s).");
+        d.keywords = QStringList {QStringLiteral("append"),      QStringLiteral("prepend"),
+                                  QStringLiteral("prefix"),      QStringLiteral("suffix"),
+                                  QStringLiteral("add"),         QStringLiteral("text"),
+                                  QStringLiteral("concatenate"), QStringLiteral("variables"),
+                                  QStringLiteral("start"),       QStringLiteral("end")};
+        d.create = createTransform<TransformInsert>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformInsert::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformInsert::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -39,19 +50,14 @@ void TransformInsert::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(with);
 }
 
-Dataset &TransformInsert::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformInsert::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *insertOption = parameter(QStringLiteral("Insert"));
-    const Parameter *withOption = parameter(QStringLiteral("With"));
-    if (!columnsOption || !insertOption || !withOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *insertOption = &option(QStringLiteral("Insert"));
+    const Parameter *withOption = &option(QStringLiteral("With"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     const QString insert = insertOption->toString();
     if (insert.isEmpty()) {

@@ -1,20 +1,33 @@
 #include "transforms/transformintersect.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
 
-QSet<QString> TransformIntersect::keywords() const
+const TransformDescriptor &TransformIntersect::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("common") << QStringLiteral("shared") << QStringLiteral("both")
-          << QStringLiteral("keys") << QStringLiteral("semi") << QStringLiteral("join")
-          << QStringLiteral("match") << QStringLiteral("keep");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 25;
+        d.typeName = QStringLiteral("Intersect");
+        d.displayName = QStringLiteral("Intersect");
+        d.category = CategoryMerge;
+        d.minimumInputs = 2;
+        d.maximumInputs = 2;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::HasKeyColumns;
+        d.description = QStringLiteral(
+            "Keep only rows from the top dataset whose key values are also in the bottom dataset.");
+        d.keywords = QStringList {QStringLiteral("common"), QStringLiteral("shared"),
+                                  QStringLiteral("both"),   QStringLiteral("keys"),
+                                  QStringLiteral("semi"),   QStringLiteral("join"),
+                                  QStringLiteral("match"),  QStringLiteral("keep")};
+        d.create = createTransform<TransformIntersect>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformIntersect::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformIntersect::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(KeyMatching::createKeyParameter(
@@ -28,30 +41,25 @@ void TransformIntersect::createParameters(const QList<Node *> &inputs, bool useR
     addParameter(caseSensitive);
 }
 
-bool TransformIntersect::autoConfigure(const QList<Node *> &inputs)
+bool TransformIntersect::autoConfigure(const ColumnSources &inputs)
 {
     return KeyMatching::autoConfigureKeys(parameter(QStringLiteral("Column_1")),
                                           parameter(QStringLiteral("Column_2")), inputs);
 }
 
-Dataset &TransformIntersect::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformIntersect::process(Dataset &output, const TransformInputs &inputs,
+                                     const RunContext &, bool &)
 {
-    if (inputs.isEmpty() || inputs.size() > 2)
-        return output;
-    const Parameter *column1Option = parameter(QStringLiteral("Column_1"));
-    const Parameter *column2Option = parameter(QStringLiteral("Column_2"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!column1Option || !column2Option || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &top = *inputs.at(0)->dataset();
+    const Parameter *column1Option = &option(QStringLiteral("Column_1"));
+    const Parameter *column2Option = &option(QStringLiteral("Column_2"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Dataset &top = *inputs.at(0).dataset;
     if (inputs.size() == 1) {
         output = top;
         setResult(KeyMatching::connectSecondText());
         return output;
     }
-    const Dataset &bottom = *inputs.at(1)->dataset();
+    const Dataset &bottom = *inputs.at(1).dataset;
     // The top's shape and ids, without its rows.
     output = top;
     output.setRowCount(0);

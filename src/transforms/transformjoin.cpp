@@ -1,7 +1,6 @@
 #include "transforms/transformjoin.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
 
@@ -39,17 +38,33 @@ QStringList joinedRow(const QStringList &topRow, const QStringList &bottomRow, i
 
 } // namespace
 
-QSet<QString> TransformJoin::keywords() const
+const TransformDescriptor &TransformJoin::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("vlookup") << QStringLiteral("sql") << QStringLiteral("inner")
-          << QStringLiteral("outer") << QStringLiteral("left") << QStringLiteral("right")
-          << QStringLiteral("full") << QStringLiteral("keys") << QStringLiteral("combine")
-          << QStringLiteral("side") << QStringLiteral("match") << QStringLiteral("relational");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 28;
+        d.typeName = QStringLiteral("Join");
+        d.displayName = QStringLiteral("Join");
+        d.category = CategoryMerge;
+        d.minimumInputs = 2;
+        d.maximumInputs = 2;
+        d.flags = TransformDescriptor::HasKeyColumns;
+        d.description = QStringLiteral(
+            "Merge 2 input datasets side by side using common (key) columns or row numbers. The "
+            "bottom dataset (by vertical position) is joined to the right of the top dataset.");
+        d.keywords = QStringList {
+            QStringLiteral("vlookup"), QStringLiteral("sql"),   QStringLiteral("inner"),
+            QStringLiteral("outer"),   QStringLiteral("left"),  QStringLiteral("right"),
+            QStringLiteral("full"),    QStringLiteral("keys"),  QStringLiteral("combine"),
+            QStringLiteral("side"),    QStringLiteral("match"), QStringLiteral("relational")};
+        d.inputImageName = QStringLiteral("join.png");
+        d.create = createTransform<TransformJoin>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformJoin::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformJoin::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -108,7 +123,7 @@ QList<ParameterState> TransformJoin::parameterStates() const
             {QStringLiteral("Detailed_Report"), byKey}};
 }
 
-bool TransformJoin::autoConfigure(const QList<Node *> &inputs)
+bool TransformJoin::autoConfigure(const ColumnSources &inputs)
 {
     return KeyMatching::autoConfigureKeys(parameter(QStringLiteral("Column_1")),
                                           parameter(QStringLiteral("Column_2")), inputs);
@@ -129,22 +144,16 @@ void TransformJoin::addDetailedReport(const Dataset &top, int topKey, const Data
         addInformation(line);
 }
 
-Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformJoin::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                bool &)
 {
-    if (inputs.isEmpty() || inputs.size() > 2)
-        return output;
-    const Parameter *byOption = parameter(QStringLiteral("By"));
-    const Parameter *column1Option = parameter(QStringLiteral("Column_1"));
-    const Parameter *column2Option = parameter(QStringLiteral("Column_2"));
-    const Parameter *nonMatching1Option = parameter(QStringLiteral("Include_Non_Matching_1"));
-    const Parameter *nonMatching2Option = parameter(QStringLiteral("Include_Non_Matching_2"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    const Parameter *detailedOption = parameter(QStringLiteral("Detailed_Report"));
-    if (!byOption || !column1Option || !column2Option || !nonMatching1Option || !nonMatching2Option
-        || !caseOption || !detailedOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *byOption = &option(QStringLiteral("By"));
+    const Parameter *column1Option = &option(QStringLiteral("Column_1"));
+    const Parameter *column2Option = &option(QStringLiteral("Column_2"));
+    const Parameter *nonMatching1Option = &option(QStringLiteral("Include_Non_Matching_1"));
+    const Parameter *nonMatching2Option = &option(QStringLiteral("Include_Non_Matching_2"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Parameter *detailedOption = &option(QStringLiteral("Detailed_Report"));
     Dataset topData = inputDataset(inputs, 0);
     const Dataset &top = topData;
     if (inputs.size() == 1) {
@@ -152,7 +161,7 @@ Dataset &TransformJoin::process(Dataset &output, const QList<Node *> &inputs, bo
         setResult(KeyMatching::connectSecondText());
         return output;
     }
-    const Dataset &bottom = *inputs.at(1)->dataset();
+    const Dataset &bottom = *inputs.at(1).dataset;
     const bool includeTop = nonMatching1Option->toBool();
     const bool includeBottom = nonMatching2Option->toBool();
     const int topRows = top.rowCount();

@@ -1,7 +1,6 @@
 #include "transforms/transformlookup.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
@@ -84,6 +83,30 @@ private:
 
 } // namespace
 
+const TransformDescriptor &TransformLookup::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 29;
+        d.typeName = QStringLiteral("Lookup");
+        d.displayName = QStringLiteral("Lookup");
+        d.category = CategoryMerge;
+        d.minimumInputs = 2;
+        d.maximumInputs = 2;
+        d.flags = TransformDescriptor::HasKeyColumns;
+        d.description = QStringLiteral(
+            "Create a new column in the top dataset using values looked up in the bottom dataset.");
+        d.keywords = QStringList {
+            QStringLiteral("vlookup"),   QStringLiteral("hlookup"), QStringLiteral("xlookup"),
+            QStringLiteral("find"),      QStringLiteral("search"),  QStringLiteral("keys"),
+            QStringLiteral("fuzzy"),     QStringLiteral("match"),   QStringLiteral("regex"),
+            QStringLiteral("reference"), QStringLiteral("map"),     QStringLiteral("join")};
+        d.create = createTransform<TransformLookup>;
+        return d;
+    }();
+    return descriptor;
+}
+
 QStringList TransformLookup::matchTypeNames()
 {
     return {QStringLiteral("Exact"),
@@ -111,21 +134,11 @@ QStringList TransformLookup::matchTypeNames()
             QStringLiteral("Top doesn't end with bottom")};
 }
 
-QSet<QString> TransformLookup::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("vlookup") << QStringLiteral("hlookup") << QStringLiteral("xlookup")
-          << QStringLiteral("find") << QStringLiteral("search") << QStringLiteral("keys")
-          << QStringLiteral("fuzzy") << QStringLiteral("match") << QStringLiteral("regex")
-          << QStringLiteral("reference") << QStringLiteral("map") << QStringLiteral("join");
-    return words;
-}
-
-void TransformLookup::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformLookup::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *top = inputs.value(0);
-    Node *bottom = inputs.value(1);
+    ColumnSource *top = inputs.value(0);
+    ColumnSource *bottom = inputs.value(1);
 
     auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
                                    QStringLiteral("Auto name"), true);
@@ -212,10 +225,10 @@ void TransformLookup::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(caseSensitive);
 }
 
-void TransformLookup::connectParameters(QList<Node *> inputs)
+void TransformLookup::connectParameters(ColumnSources inputs)
 {
-    Node *top = inputs.value(0);
-    Node *bottom = inputs.value(1);
+    ColumnSource *top = inputs.value(0);
+    ColumnSource *bottom = inputs.value(1);
     for (Parameter *option : parameters()) {
         if (!option->isColumnRelated())
             continue;
@@ -223,7 +236,7 @@ void TransformLookup::connectParameters(QList<Node *> inputs)
     }
 }
 
-bool TransformLookup::autoConfigure(const QList<Node *> &inputs)
+bool TransformLookup::autoConfigure(const ColumnSources &inputs)
 {
     return KeyMatching::autoConfigureKeys(parameter(QStringLiteral("Top_Lookup_Column")),
                                           parameter(QStringLiteral("Bottom_Lookup_Column")),
@@ -249,29 +262,22 @@ QList<ParameterState> TransformLookup::parameterStates() const
              !ifNoMatch || ifNoMatch->toSelectionIndex() == UseNoMatchValue}};
 }
 
-Dataset &TransformLookup::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformLookup::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.isEmpty() || inputs.size() > 2)
-        return output;
-    const Parameter *autoNameOption = parameter(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *topKeyOption = parameter(QStringLiteral("Top_Lookup_Column"));
-    const Parameter *bottomKeyOption = parameter(QStringLiteral("Bottom_Lookup_Column"));
-    const Parameter *bottomValueOption = parameter(QStringLiteral("Bottom_Value_Column"));
-    const Parameter *matchTypeOption = parameter(QStringLiteral("Match_Type"));
-    const Parameter *fuzzinessOption = parameter(QStringLiteral("Fuzziness"));
-    const Parameter *valuesUsedOption = parameter(QStringLiteral("Bottom_Values_Used"));
-    const Parameter *fuzzyUsedOption = parameter(QStringLiteral("Fuzzy_Bottom_Values_Used"));
-    const Parameter *delimOption = parameter(QStringLiteral("Delim"));
-    const Parameter *ifNoMatchOption = parameter(QStringLiteral("If_No_Match"));
-    const Parameter *noMatchValueOption = parameter(QStringLiteral("Non_Matching_Value"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!autoNameOption || !newNameOption || !topKeyOption || !bottomKeyOption || !bottomValueOption
-        || !matchTypeOption || !fuzzinessOption || !valuesUsedOption || !fuzzyUsedOption
-        || !delimOption || !ifNoMatchOption || !noMatchValueOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *topKeyOption = &option(QStringLiteral("Top_Lookup_Column"));
+    const Parameter *bottomKeyOption = &option(QStringLiteral("Bottom_Lookup_Column"));
+    const Parameter *bottomValueOption = &option(QStringLiteral("Bottom_Value_Column"));
+    const Parameter *matchTypeOption = &option(QStringLiteral("Match_Type"));
+    const Parameter *fuzzinessOption = &option(QStringLiteral("Fuzziness"));
+    const Parameter *valuesUsedOption = &option(QStringLiteral("Bottom_Values_Used"));
+    const Parameter *fuzzyUsedOption = &option(QStringLiteral("Fuzzy_Bottom_Values_Used"));
+    const Parameter *delimOption = &option(QStringLiteral("Delim"));
+    const Parameter *ifNoMatchOption = &option(QStringLiteral("If_No_Match"));
+    const Parameter *noMatchValueOption = &option(QStringLiteral("Non_Matching_Value"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
     // The output is read as the top dataset until the new column is added at the end.
     output = inputDataset(inputs, 0);
     const Dataset &top = output;
@@ -279,7 +285,7 @@ Dataset &TransformLookup::process(Dataset &output, const QList<Node *> &inputs, 
         setResult(KeyMatching::connectSecondText());
         return output;
     }
-    const Dataset &bottom = *inputs.at(1)->dataset();
+    const Dataset &bottom = *inputs.at(1).dataset;
     const int topKey = topKeyOption->toColumnIndex();
     const int bottomKey = bottomKeyOption->toColumnIndex();
     const int bottomValue = bottomValueOption->toColumnIndex();

@@ -1,18 +1,28 @@
 #include "transforms/transformnewcol.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformNewCol::keywords() const
+const TransformDescriptor &TransformNewCol::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("add") << QStringLiteral("insert") << QStringLiteral("constant")
-          << QStringLiteral("fill") << QStringLiteral("value") << QStringLiteral("columns");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 31;
+        d.typeName = QStringLiteral("New_Col");
+        d.displayName = QStringLiteral("New Col");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Add a new column filled with a specified value.");
+        d.keywords = QStringList {QStringLiteral("add"),      QStringLiteral("insert"),
+                                  QStringLiteral("constant"), QStringLiteral("fill"),
+                                  QStringLiteral("value"),    QStringLiteral("columns")};
+        d.create = createTransform<TransformNewCol>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformNewCol::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformNewCol::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -30,16 +40,11 @@ void TransformNewCol::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(newValue);
 }
 
-Dataset &TransformNewCol::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformNewCol::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *newValueOption = parameter(QStringLiteral("New_Value"));
-    if (!newNameOption || !newValueOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *newValueOption = &option(QStringLiteral("New_Value"));
 
     output = inputDataset(inputs, 0);
     const QString value = newValueOption->toString();

@@ -1,23 +1,33 @@
 #include "transforms/transformnewrows.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformNewRows::keywords() const
+const TransformDescriptor &TransformNewRows::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("insert") << QStringLiteral("add") << QStringLiteral("blank")
-          << QStringLiteral("empty") << QStringLiteral("duplicate") << QStringLiteral("copy")
-          << QStringLiteral("repeat") << QStringLiteral("separator") << QStringLiteral("spacer");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 32;
+        d.typeName = QStringLiteral("New_Rows");
+        d.displayName = QStringLiteral("New Rows");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Add new rows.");
+        d.keywords = QStringList {
+            QStringLiteral("insert"), QStringLiteral("add"),       QStringLiteral("blank"),
+            QStringLiteral("empty"),  QStringLiteral("duplicate"), QStringLiteral("copy"),
+            QStringLiteral("repeat"), QStringLiteral("separator"), QStringLiteral("spacer")};
+        d.create = createTransform<TransformNewRows>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformNewRows::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformNewRows::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     const QStringList hows {QStringLiteral("Same for every row"),
                             QStringLiteral("Set from a column")};
@@ -125,29 +135,22 @@ QList<ParameterState> TransformNewRows::parameterStates() const
             {QStringLiteral("Match_Case_Sensitive"), where}};
 }
 
-Dataset &TransformNewRows::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformNewRows::process(Dataset &output, const TransformInputs &inputs,
+                                   const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *howOption = parameter(QStringLiteral("Number_How_Name"));
-    const Parameter *numberColumnOption = parameter(QStringLiteral("Number_Col_Name"));
-    const Parameter *numberOption = parameter(QStringLiteral("Number_Const_Name"));
-    const Parameter *asOption = parameter(QStringLiteral("As_Name"));
-    const Parameter *userValueOption = parameter(QStringLiteral("User_Defined_Row_Value"));
-    const Parameter *locationOption = parameter(QStringLiteral("Location_Name"));
-    const Parameter *forOption = parameter(QStringLiteral("For_Name"));
-    const Parameter *matchColumnOption = parameter(QStringLiteral("Match_Column_Name"));
-    const Parameter *matchTypeOption = parameter(QStringLiteral("Match_Type_Name"));
-    const Parameter *matchValueOption = parameter(QStringLiteral("Match_Value_Name"));
-    const Parameter *caseOption = parameter(QStringLiteral("Match_Case_Sensitive"));
-    if (!howOption || !numberColumnOption || !numberOption || !asOption || !userValueOption
-        || !locationOption || !forOption || !matchColumnOption || !matchTypeOption
-        || !matchValueOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *howOption = &option(QStringLiteral("Number_How_Name"));
+    const Parameter *numberColumnOption = &option(QStringLiteral("Number_Col_Name"));
+    const Parameter *numberOption = &option(QStringLiteral("Number_Const_Name"));
+    const Parameter *asOption = &option(QStringLiteral("As_Name"));
+    const Parameter *userValueOption = &option(QStringLiteral("User_Defined_Row_Value"));
+    const Parameter *locationOption = &option(QStringLiteral("Location_Name"));
+    const Parameter *forOption = &option(QStringLiteral("For_Name"));
+    const Parameter *matchColumnOption = &option(QStringLiteral("Match_Column_Name"));
+    const Parameter *matchTypeOption = &option(QStringLiteral("Match_Type_Name"));
+    const Parameter *matchValueOption = &option(QStringLiteral("Match_Value_Name"));
+    const Parameter *caseOption = &option(QStringLiteral("Match_Case_Sensitive"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     const int rowCount = input.rowCount();
     const int columnCount = input.columnCount();

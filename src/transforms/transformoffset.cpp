@@ -1,6 +1,5 @@
 #include "transforms/transformoffset.h"
 
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 
 namespace {
@@ -9,19 +8,31 @@ enum OffsetDirection { OffsetDown = 0, OffsetUp = 1 };
 
 } // namespace
 
-QSet<QString> TransformOffset::keywords() const
+const TransformDescriptor &TransformOffset::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("shift") << QStringLiteral("lag") << QStringLiteral("lead")
-          << QStringLiteral("previous") << QStringLiteral("next") << QStringLiteral("rotate")
-          << QStringLiteral("wrap") << QStringLiteral("move") << QStringLiteral("rows");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 36;
+        d.typeName = QStringLiteral("Offset");
+        d.displayName = QStringLiteral("Offset");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::ChangesValuesOnly
+            | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Offset values up or down in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("shift"),    QStringLiteral("lag"),  QStringLiteral("lead"),
+            QStringLiteral("previous"), QStringLiteral("next"), QStringLiteral("rotate"),
+            QStringLiteral("wrap"),     QStringLiteral("move"), QStringLiteral("rows")};
+        d.create = createTransform<TransformOffset>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformOffset::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformOffset::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);
@@ -65,22 +76,16 @@ QList<ParameterState> TransformOffset::parameterStates() const
     return {{QStringLiteral("New_Value"), !(wraparound && wraparound->toBool())}};
 }
 
-Dataset &TransformOffset::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformOffset::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *amountOption = parameter(QStringLiteral("Offset_Amount"));
-    const Parameter *directionOption = parameter(QStringLiteral("Offset_Direction"));
-    const Parameter *wraparoundOption = parameter(QStringLiteral("Wraparound"));
-    const Parameter *newValueOption = parameter(QStringLiteral("New_Value"));
-    if (!columnsOption || !amountOption || !directionOption || !wraparoundOption
-        || !newValueOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *amountOption = &option(QStringLiteral("Offset_Amount"));
+    const Parameter *directionOption = &option(QStringLiteral("Offset_Direction"));
+    const Parameter *wraparoundOption = &option(QStringLiteral("Wraparound"));
+    const Parameter *newValueOption = &option(QStringLiteral("New_Value"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     QList<int> columns;
     columnsOption->toColumnIndexes(&columns, true);

@@ -1,8 +1,28 @@
 #include "transforms/transformpad.h"
 
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
+
+const TransformDescriptor &TransformPad::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 38;
+        d.typeName = QStringLiteral("Pad");
+        d.displayName = QStringLiteral("Pad");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Pad the selected column(s) to a fixed length.");
+        d.keywords = QStringList {
+            QStringLiteral("padding"), QStringLiteral("fill"),     QStringLiteral("zeros"),
+            QStringLiteral("leading"), QStringLiteral("trailing"), QStringLiteral("length"),
+            QStringLiteral("justify"), QStringLiteral("align"),    QStringLiteral("width")};
+        d.create = createTransform<TransformPad>;
+        return d;
+    }();
+    return descriptor;
+}
 
 QString TransformPad::pad(const QString &text, int length, bool left, QChar with)
 {
@@ -12,16 +32,7 @@ QString TransformPad::pad(const QString &text, int length, bool left, QChar with
     return left ? QString(padding + text) : QString(text + padding);
 }
 
-QSet<QString> TransformPad::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("padding") << QStringLiteral("fill") << QStringLiteral("zeros")
-          << QStringLiteral("leading") << QStringLiteral("trailing") << QStringLiteral("length")
-          << QStringLiteral("justify") << QStringLiteral("align") << QStringLiteral("width");
-    return words;
-}
-
-void TransformPad::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformPad::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -49,18 +60,13 @@ void TransformPad::createParameters(const QList<Node *> &inputs, bool useRemembe
     addParameter(with);
 }
 
-Dataset &TransformPad::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformPad::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                               bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *lengthOption = parameter(QStringLiteral("Length"));
-    const Parameter *sideOption = parameter(QStringLiteral("Left_Right"));
-    const Parameter *withOption = parameter(QStringLiteral("Pad_With"));
-    if (!columnsOption || !lengthOption || !sideOption || !withOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *lengthOption = &option(QStringLiteral("Length"));
+    const Parameter *sideOption = &option(QStringLiteral("Left_Right"));
+    const Parameter *withOption = &option(QStringLiteral("Pad_With"));
 
     output = inputDataset(inputs, 0);
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);

@@ -1,29 +1,39 @@
 #include "transforms/transformremovecols.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformRemoveCols::keywords() const
+const TransformDescriptor &TransformRemoveCols::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("delete") << QStringLiteral("drop") << QStringLiteral("keep")
-          << QStringLiteral("select") << QStringLiteral("hide") << QStringLiteral("remove");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 42;
+        d.typeName = QStringLiteral("Remove");
+        d.displayName = QStringLiteral("Remove Cols");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Uncheck the column(s) you wish to remove.");
+        d.keywords = QStringList {QStringLiteral("delete"), QStringLiteral("drop"),
+                                  QStringLiteral("keep"),   QStringLiteral("select"),
+                                  QStringLiteral("hide"),   QStringLiteral("remove")};
+        d.create = createTransform<TransformRemoveCols>;
+        return d;
+    }();
+    return descriptor;
 }
 
-Transform *TransformRemoveCols::clone() const
+void TransformRemoveCols::copyFrom(const Transform &other)
 {
-    auto *copy = cloneAs<TransformRemoveCols>();
-    copy->m_knownColumns = m_knownColumns;
-    copy->m_knowsColumns = m_knowsColumns;
-    return copy;
+    Transform::copyFrom(other);
+    const auto &source = static_cast<const TransformRemoveCols &>(other);
+    m_knownColumns = source.m_knownColumns;
+    m_knowsColumns = source.m_knowsColumns;
 }
 
-void TransformRemoveCols::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformRemoveCols::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::MultipleColumnsOrdered, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);
@@ -34,10 +44,10 @@ void TransformRemoveCols::createParameters(const QList<Node *> &inputs, bool use
     m_knownColumns.clear();
     m_knowsColumns = true;
     if (input)
-        keepNewColumns(columns, *input->dataset());
+        keepNewColumns(columns, *input->columnDataset());
 }
 
-void TransformRemoveCols::connectParameters(QList<Node *> inputs)
+void TransformRemoveCols::connectParameters(ColumnSources inputs)
 {
     Transform::connectParameters(inputs);
     Parameter *columns = parameter(QStringLiteral("Columns"));
@@ -51,7 +61,7 @@ void TransformRemoveCols::connectParameters(QList<Node *> inputs)
         return;
     }
     if (columns->sourceNode())
-        keepNewColumns(columns, *columns->sourceNode()->dataset());
+        keepNewColumns(columns, *columns->sourceNode()->columnDataset());
 }
 
 void TransformRemoveCols::keepNewColumns(Parameter *columns, const Dataset &input)
@@ -74,17 +84,13 @@ void TransformRemoveCols::keepNewColumns(Parameter *columns, const Dataset &inpu
         columns->setColumns(kept);
 }
 
-Dataset &TransformRemoveCols::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformRemoveCols::process(Dataset &output, const TransformInputs &inputs,
+                                      const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
+    // Columns the input shows for the first time join the kept ones, so the option changes.
     Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    if (!columnsOption) {
-        setResult(failureText());
-        return output;
-    }
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     keepNewColumns(columnsOption, input);
 
     QList<int> keptIndexes;

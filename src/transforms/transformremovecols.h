@@ -10,26 +10,14 @@ class TransformRemoveCols : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 42; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryColumn; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override;
-    QString displayName() const override { return QStringLiteral("Remove Cols"); }
-    QString typeName() const override { return QStringLiteral("Remove"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Uncheck the column(s) you wish to remove.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
-    void connectParameters(QList<Node *> inputs) override;
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+    void connectParameters(ColumnSources inputs) override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
+    void copyFrom(const Transform &other) override;
 
 private:
     // Checks the columns of input that this transform has never seen, so that a column

@@ -1,18 +1,28 @@
 #include "transforms/transformrenamecols.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformRenameCols::keywords() const
+const TransformDescriptor &TransformRenameCols::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("names") << QStringLiteral("headers") << QStringLiteral("headings")
-          << QStringLiteral("titles") << QStringLiteral("labels") << QStringLiteral("rename");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 44;
+        d.typeName = QStringLiteral("Rename_Cols");
+        d.displayName = QStringLiteral("Rename Cols");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Rename column headers.");
+        d.keywords = QStringList {QStringLiteral("names"),    QStringLiteral("headers"),
+                                  QStringLiteral("headings"), QStringLiteral("titles"),
+                                  QStringLiteral("labels"),   QStringLiteral("rename")};
+        d.create = createTransform<TransformRenameCols>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformRenameCols::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformRenameCols::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     auto *renames = new Parameter(ParameterType::RenameColumns, QStringLiteral("RenameColumns"),
@@ -21,15 +31,10 @@ void TransformRenameCols::createParameters(const QList<Node *> &inputs, bool use
     addParameter(renames);
 }
 
-Dataset &TransformRenameCols::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformRenameCols::process(Dataset &output, const TransformInputs &inputs,
+                                      const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *renamesOption = parameter(QStringLiteral("RenameColumns"));
-    if (!renamesOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *renamesOption = &option(QStringLiteral("RenameColumns"));
 
     output = inputDataset(inputs, 0);
     const ColumnRenames renames = renamesOption->toRenameColumns();

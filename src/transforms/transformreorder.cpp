@@ -1,28 +1,38 @@
 #include "transforms/transformreorder.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformReorder::keywords() const
+const TransformDescriptor &TransformReorder::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("move") << QStringLiteral("order") << QStringLiteral("arrange")
-          << QStringLiteral("rearrange") << QStringLiteral("sort") << QStringLiteral("swap");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 45;
+        d.typeName = QStringLiteral("Reorder");
+        d.displayName = QStringLiteral("Reorder Cols");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Drag columns to reorder.");
+        d.keywords = QStringList {QStringLiteral("move"),    QStringLiteral("order"),
+                                  QStringLiteral("arrange"), QStringLiteral("rearrange"),
+                                  QStringLiteral("sort"),    QStringLiteral("swap")};
+        d.create = createTransform<TransformReorder>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformReorder::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformReorder::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
     auto *columns = new Parameter(ParameterType::ReorderColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);
     columns->setToolTip(QStringLiteral("Drag columns to reorder."));
     // The list starts as the input's order, so that the user has something to drag.
     if (input) {
-        const Dataset &dataset = *input->dataset();
+        const Dataset &dataset = *input->columnDataset();
         QList<ColumnId> ids;
         for (int c = 0; c < dataset.columnCount(); ++c) {
             if (!dataset.columnId(c).isNull())
@@ -33,17 +43,12 @@ void TransformReorder::createParameters(const QList<Node *> &inputs, bool useRem
     addParameter(columns);
 }
 
-Dataset &TransformReorder::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformReorder::process(Dataset &output, const TransformInputs &inputs,
+                                   const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    if (!columnsOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     const int columnCount = input.columnCount();
     QList<int> named;
     columnsOption->toColumnIndexes(&named, true);

@@ -1,6 +1,5 @@
 #include "transforms/transformreplacemulti.h"
 
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
@@ -188,6 +187,30 @@ private:
 
 } // namespace
 
+const TransformDescriptor &TransformReplaceMulti::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 47;
+        d.typeName = QStringLiteral("Replace_Multi");
+        d.displayName = QStringLiteral("Replace");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Replace multiple text in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("substitute"),  QStringLiteral("regex"),       QStringLiteral("regular"),
+            QStringLiteral("expressions"), QStringLiteral("search"),      QStringLiteral("find"),
+            QStringLiteral("change"),      QStringLiteral("remove"),      QStringLiteral("letters"),
+            QStringLiteral("digits"),      QStringLiteral("punctuation"), QStringLiteral("symbols"),
+            QStringLiteral("currency"),    QStringLiteral("ascii"),       QStringLiteral("empty"),
+            QStringLiteral("blanks"),      QStringLiteral("variables")};
+        d.create = createTransform<TransformReplaceMulti>;
+        return d;
+    }();
+    return descriptor;
+}
+
 QStringList TransformReplaceMulti::matchTypeNames()
 {
     return {
@@ -223,19 +246,7 @@ QString TransformReplaceMulti::replaceCharacters(const QString &text, int matchT
     return result;
 }
 
-QSet<QString> TransformReplaceMulti::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("substitute") << QStringLiteral("regex") << QStringLiteral("regular")
-          << QStringLiteral("expressions") << QStringLiteral("search") << QStringLiteral("find")
-          << QStringLiteral("change") << QStringLiteral("remove") << QStringLiteral("letters")
-          << QStringLiteral("digits") << QStringLiteral("punctuation") << QStringLiteral("symbols")
-          << QStringLiteral("currency") << QStringLiteral("ascii") << QStringLiteral("empty")
-          << QStringLiteral("blanks") << QStringLiteral("variables");
-    return words;
-}
-
-void TransformReplaceMulti::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformReplaceMulti::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -258,19 +269,14 @@ void TransformReplaceMulti::createParameters(const QList<Node *> &inputs, bool u
     addParameter(caseSensitive);
 }
 
-Dataset &TransformReplaceMulti::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformReplaceMulti::process(Dataset &output, const TransformInputs &inputs,
+                                        const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *replaceOption = parameter(QStringLiteral("Replace"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!columnsOption || !replaceOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *replaceOption = &option(QStringLiteral("Replace"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     const QList<int> columns = CellRules::selectedColumns(*columnsOption);
     TermRunner runner(replaceOption->toReplaceTerms(),

@@ -12,6 +12,7 @@ class TransformReplaceMulti : public Transform
     Q_OBJECT
 
 public:
+    const TransformDescriptor &descriptor() const override;
     enum MatchType {
         Text = 0,
         ExactText = 1,
@@ -30,24 +31,9 @@ public:
     static QStringList matchTypeNames();
     // Replaces each character of a class (Letters to NonAscii) by to.
     static QString replaceCharacters(const QString &text, int matchType, const QString &to);
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
 
-    int type() const override { return 47; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryFormat; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return true; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformReplaceMulti>(); }
-    QString displayName() const override { return QStringLiteral("Replace"); }
-    QString typeName() const override { return QStringLiteral("Replace_Multi"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Replace multiple text in the selected column(s).");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

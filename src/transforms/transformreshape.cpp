@@ -1,24 +1,34 @@
 #include "transforms/transformreshape.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
 
-QSet<QString> TransformReshape::keywords() const
+const TransformDescriptor &TransformReshape::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("wrap") << QStringLiteral("unwrap") << QStringLiteral("width")
-          << QStringLiteral("resize") << QStringLiteral("rows") << QStringLiteral("flatten")
-          << QStringLiteral("fold");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 48;
+        d.typeName = QStringLiteral("Reshape");
+        d.displayName = QStringLiteral("Reshape");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Change the number of columns and rows.");
+        d.keywords = QStringList {QStringLiteral("wrap"),  QStringLiteral("unwrap"),
+                                  QStringLiteral("width"), QStringLiteral("resize"),
+                                  QStringLiteral("rows"),  QStringLiteral("flatten"),
+                                  QStringLiteral("fold")};
+        d.create = createTransform<TransformReshape>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformReshape::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformReshape::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    const Node *input = inputs.value(0);
-    const Dataset *dataset = input ? input->dataset() : nullptr;
+    const ColumnSource *input = inputs.value(0);
+    const Dataset *dataset = input ? input->columnDataset() : nullptr;
     const int columns = dataset && dataset->columnCount() > 0 ? dataset->columnCount() : 1;
     auto *newSize = new Parameter(ParameterType::Int, QStringLiteral("New_Size"),
                                   QStringLiteral("Number of columns"), columns);
@@ -29,16 +39,11 @@ void TransformReshape::createParameters(const QList<Node *> &inputs, bool useRem
     addParameter(newSize);
 }
 
-Dataset &TransformReshape::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformReshape::process(Dataset &output, const TransformInputs &inputs,
+                                   const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *newSizeOption = parameter(QStringLiteral("New_Size"));
-    if (!newSizeOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &input = *inputs.first()->dataset();
+    const Parameter *newSizeOption = &option(QStringLiteral("New_Size"));
+    const Dataset &input = *inputs.first().dataset;
     const int newColumns = newSizeOption->toInt();
     const int oldColumns = input.columnCount();
     const int oldRows = input.rowCount();

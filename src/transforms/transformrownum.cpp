@@ -1,19 +1,29 @@
 #include "transforms/transformrownum.h"
 
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
-QSet<QString> TransformRowNum::keywords() const
+const TransformDescriptor &TransformRowNum::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("number") << QStringLiteral("numbering") << QStringLiteral("index")
-          << QStringLiteral("counter") << QStringLiteral("sequence") << QStringLiteral("columns")
-          << QStringLiteral("id");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 49;
+        d.typeName = QStringLiteral("Row_Num");
+        d.displayName = QStringLiteral("Row Num");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Add a new column with the row number.");
+        d.keywords = QStringList {QStringLiteral("number"),   QStringLiteral("numbering"),
+                                  QStringLiteral("index"),    QStringLiteral("counter"),
+                                  QStringLiteral("sequence"), QStringLiteral("columns"),
+                                  QStringLiteral("id")};
+        d.create = createTransform<TransformRowNum>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformRowNum::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformRowNum::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -46,18 +56,13 @@ void TransformRowNum::createParameters(const QList<Node *> &inputs, bool useReme
     addParameter(every);
 }
 
-Dataset &TransformRowNum::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformRowNum::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *startAtOption = parameter(QStringLiteral("Start_At"));
-    const Parameter *incrementOption = parameter(QStringLiteral("Increment"));
-    const Parameter *everyOption = parameter(QStringLiteral("Every"));
-    if (!newNameOption || !startAtOption || !incrementOption || !everyOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *startAtOption = &option(QStringLiteral("Start_At"));
+    const Parameter *incrementOption = &option(QStringLiteral("Increment"));
+    const Parameter *everyOption = &option(QStringLiteral("Every"));
 
     output = inputDataset(inputs, 0);
     const qint64 startAt = startAtOption->toInt();

@@ -1,7 +1,6 @@
 #include "transforms/transformsample.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 
 #include <QRandomGenerator>
@@ -57,6 +56,27 @@ private:
 
 } // namespace
 
+const TransformDescriptor &TransformSample::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 50;
+        d.typeName = QStringLiteral("Sample");
+        d.displayName = QStringLiteral("Sample");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Sample from all rows.");
+        d.keywords = QStringList {
+            QStringLiteral("random"),  QStringLiteral("randomly"), QStringLiteral("subset"),
+            QStringLiteral("head"),    QStringLiteral("tail"),     QStringLiteral("top"),
+            QStringLiteral("bottom"),  QStringLiteral("first"),    QStringLiteral("last"),
+            QStringLiteral("samples"), QStringLiteral("reduce"),   QStringLiteral("limit")};
+        d.create = createTransform<TransformSample>;
+        return d;
+    }();
+    return descriptor;
+}
+
 QStringList TransformSample::spreadNames()
 {
     return {QStringLiteral("From the start"), QStringLiteral("From the end"),
@@ -64,17 +84,7 @@ QStringList TransformSample::spreadNames()
             QStringLiteral("Randomly (for speed)")};
 }
 
-QSet<QString> TransformSample::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("random") << QStringLiteral("randomly") << QStringLiteral("subset")
-          << QStringLiteral("head") << QStringLiteral("tail") << QStringLiteral("top")
-          << QStringLiteral("bottom") << QStringLiteral("first") << QStringLiteral("last")
-          << QStringLiteral("samples") << QStringLiteral("reduce") << QStringLiteral("limit");
-    return words;
-}
-
-void TransformSample::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSample::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -122,20 +132,15 @@ QList<ParameterState> TransformSample::parameterStates() const
             {QStringLiteral("Seed"), enabled && random}};
 }
 
-Dataset &TransformSample::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSample::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *rowsOption = parameter(QStringLiteral("Rows"));
-    const Parameter *spreadOption = parameter(QStringLiteral("Spread"));
-    const Parameter *seedOption = parameter(QStringLiteral("Seed"));
-    const Parameter *disableOption = parameter(QStringLiteral("Disable"));
-    if (!rowsOption || !spreadOption || !seedOption || !disableOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *rowsOption = &option(QStringLiteral("Rows"));
+    const Parameter *spreadOption = &option(QStringLiteral("Spread"));
+    const Parameter *seedOption = &option(QStringLiteral("Seed"));
+    const Parameter *disableOption = &option(QStringLiteral("Disable"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     const int rowCount = input.rowCount();
     if (disableOption->toBool()) {
         output = input;

@@ -1,7 +1,6 @@
 #include "transforms/transformsequence.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/adjacentcells.h"
 #include "transforms/framework/parameter.h"
 
@@ -34,20 +33,31 @@ QString writingFormat(const QString &format, const Dataset &input, int column,
 
 } // namespace
 
-QSet<QString> TransformSequence::keywords() const
+const TransformDescriptor &TransformSequence::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("missing") << QStringLiteral("gaps") << QStringLiteral("complete")
-          << QStringLiteral("series") << QStringLiteral("dates") << QStringLiteral("integers")
-          << QStringLiteral("numbers") << QStringLiteral("days") << QStringLiteral("fill")
-          << QStringLiteral("range");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 52;
+        d.typeName = QStringLiteral("Sequence");
+        d.displayName = QStringLiteral("Sequence");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Add missing rows from a sequence.");
+        d.keywords = QStringList {QStringLiteral("missing"),  QStringLiteral("gaps"),
+                                  QStringLiteral("complete"), QStringLiteral("series"),
+                                  QStringLiteral("dates"),    QStringLiteral("integers"),
+                                  QStringLiteral("numbers"),  QStringLiteral("days"),
+                                  QStringLiteral("fill"),     QStringLiteral("range")};
+        d.create = createTransform<TransformSequence>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSequence::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSequence::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     const QStringList hows {QStringLiteral("Missing integers"), QStringLiteral("Missing dates")};
     auto *how = new Parameter(ParameterType::Selection, QStringLiteral("How_Name"),
@@ -137,10 +147,9 @@ QList<ParameterState> TransformSequence::parameterStates() const
              as && as->toSelectionIndex() == UserDefinedValue}};
 }
 
-Dataset &TransformSequence::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSequence::process(Dataset &output, const TransformInputs &inputs,
+                                    const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     const QStringList keys {QStringLiteral("How_Name"),
                             QStringLiteral("Col_Name"),
                             QStringLiteral("Minimum_Missing_type"),
@@ -173,7 +182,7 @@ Dataset &TransformSequence::process(Dataset &output, const QList<Node *> &inputs
     const int as = options.at(9)->toSelectionIndex();
     const QString userValue = options.at(10)->toString();
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     const int rowCount = input.rowCount();
     if (column < 0 || rowCount == 0) {

@@ -10,29 +10,16 @@ class TransformSequence : public Transform
     Q_OBJECT
 
 public:
+    const TransformDescriptor &descriptor() const override;
     enum How { MissingIntegers = 0, MissingDates = 1 };
     enum Limit { FromData = 0, UserDefined = 1 };
     enum Order { Ascending = 0, Descending = 1 };
     enum NewRowsAs { Blank = 0, CopyFromAbove = 1, CopyFromBelow = 2, UserDefinedValue = 3 };
-
-    int type() const override { return 52; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryRow; }
-    bool isAdvanced() const override { return true; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformSequence>(); }
-    QString displayName() const override { return QStringLiteral("Sequence"); }
-    QString typeName() const override { return QStringLiteral("Sequence"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Add missing rows from a sequence.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     bool usesDateFormats() const override;
-    bool omitDisabledFromDetails() const override { return true; }
     QList<ParameterState> parameterStates() const override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

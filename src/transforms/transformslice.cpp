@@ -1,7 +1,6 @@
 #include "transforms/transformslice.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/rowselection.h"
@@ -41,19 +40,30 @@ private:
 
 } // namespace
 
-QSet<QString> TransformSlice::keywords() const
+const TransformDescriptor &TransformSlice::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("section") << QStringLiteral("range") << QStringLiteral("between")
-          << QStringLiteral("from") << QStringLiteral("until") << QStringLiteral("keep")
-          << QStringLiteral("remove") << QStringLiteral("cut") << QStringLiteral("slices");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 53;
+        d.typeName = QStringLiteral("Slice");
+        d.displayName = QStringLiteral("Slice");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Keep or remove a continuous section of rows.");
+        d.keywords = QStringList {
+            QStringLiteral("section"), QStringLiteral("range"), QStringLiteral("between"),
+            QStringLiteral("from"),    QStringLiteral("until"), QStringLiteral("keep"),
+            QStringLiteral("remove"),  QStringLiteral("cut"),   QStringLiteral("slices")};
+        d.create = createTransform<TransformSlice>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSlice::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSlice::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
     const QStringList operators = ComparisonOperator::displayTexts();
 
     const QStringList keepRemove {QStringLiteral("Keep"), QStringLiteral("Remove")};
@@ -140,10 +150,9 @@ QList<ParameterState> TransformSlice::parameterStates() const
             {QStringLiteral("To_Include_Last"), toWhere}};
 }
 
-Dataset &TransformSlice::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSlice::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     QList<const Parameter *> options;
     for (const char *key : {"Keep_Remove", "From_Mode", "From_Column", "From_Operation",
                             "From_Value", "From_Include_First", "To_Mode", "To_Column",
@@ -163,7 +172,7 @@ Dataset &TransformSlice::process(Dataset &output, const QList<Node *> &inputs, b
     const Qt::CaseSensitivity caseSensitivity
         = options.at(11)->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     const int rowCount = input.rowCount();
     RowSelection::Context context(input);
 

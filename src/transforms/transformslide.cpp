@@ -1,35 +1,46 @@
 #include "transforms/transformslide.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 
 #include <algorithm>
 
-QSet<QString> TransformSlide::keywords() const
+const TransformDescriptor &TransformSlide::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("shift") << QStringLiteral("move") << QStringLiteral("gaps")
-          << QStringLiteral("empty") << QStringLiteral("blanks") << QStringLiteral("pack")
-          << QStringLiteral("compact") << QStringLiteral("left") << QStringLiteral("align");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 54;
+        d.typeName = QStringLiteral("Slide");
+        d.displayName = QStringLiteral("Slide");
+        d.category = CategoryFormat;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::ChangesValuesOnly
+            | TransformDescriptor::OmitDisabledFromDetails;
+        d.description
+            = QStringLiteral("Move non-empty values in selected columns to adjacent empty cells.");
+        d.keywords = QStringList {
+            QStringLiteral("shift"),   QStringLiteral("move"),   QStringLiteral("gaps"),
+            QStringLiteral("empty"),   QStringLiteral("blanks"), QStringLiteral("pack"),
+            QStringLiteral("compact"), QStringLiteral("left"),   QStringLiteral("align")};
+        d.create = createTransform<TransformSlide>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSlide::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSlide::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     createAdjacentParameters(inputs, useRemembered,
                              QStringLiteral("Select the column(s) whose values you want to "
                                             "slide into empty cells."));
 }
 
-Dataset &TransformSlide::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSlide::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     Walk walk;
     if (!readWalk(&walk))
         return output;
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     if (walk.vertical()) {
         const qint64 changed = slideColumns(input, walk, output);

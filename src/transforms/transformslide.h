@@ -10,25 +10,12 @@ class TransformSlide : public AdjacentCellsTransform
     Q_OBJECT
 
 public:
-    int type() const override { return 54; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryFormat; }
-    bool isAdvanced() const override { return true; }
-    bool changesValuesOnly() const override { return true; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformSlide>(); }
-    QString displayName() const override { return QStringLiteral("Slide"); }
-    QString typeName() const override { return QStringLiteral("Slide"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Move non-empty values in selected columns to adjacent empty cells.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 
 private:
     qint64 slideRows(const Dataset &input, const Walk &walk, Dataset &output);

@@ -1,9 +1,30 @@
 #include "transforms/transformsort.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
+
+const TransformDescriptor &TransformSort::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 55;
+        d.typeName = QStringLiteral("Sort");
+        d.displayName = QStringLiteral("Sort");
+        d.category = CategoryRow;
+        d.flags
+            = TransformDescriptor::UsesDateFormats | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral(
+            "Sort rows by text, numeric and date values in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("order"),      QStringLiteral("orders"),  QStringLiteral("ascending"),
+            QStringLiteral("descending"), QStringLiteral("arrange"), QStringLiteral("rank"),
+            QStringLiteral("ranks"),      QStringLiteral("ranking"), QStringLiteral("sorts")};
+        d.create = createTransform<TransformSort>;
+        return d;
+    }();
+    return descriptor;
+}
 
 QStringList TransformSort::rankTypeNames()
 {
@@ -11,19 +32,10 @@ QStringList TransformSort::rankTypeNames()
             QStringLiteral("Dense"), QStringLiteral("Cumulative")};
 }
 
-QSet<QString> TransformSort::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("order") << QStringLiteral("orders") << QStringLiteral("ascending")
-          << QStringLiteral("descending") << QStringLiteral("arrange") << QStringLiteral("rank")
-          << QStringLiteral("ranks") << QStringLiteral("ranking") << QStringLiteral("sorts");
-    return words;
-}
-
-void TransformSort::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSort::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *columns = new Parameter(ParameterType::SortColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Sorting"), input);
@@ -91,24 +103,18 @@ QList<ParameterState> TransformSort::parameterStates() const
             {QStringLiteral("Case_Sensitive"), !byLocale}};
 }
 
-Dataset &TransformSort::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSort::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    const Parameter *rankAddOption = parameter(QStringLiteral("Rank_Add"));
-    const Parameter *rankTypeOption = parameter(QStringLiteral("Rank_Types"));
-    const Parameter *rankByOption = parameter(QStringLiteral("Rank_By"));
-    const Parameter *intelligentOption = parameter(QStringLiteral("Intelligent_Sort"));
-    const Parameter *localeOption = parameter(QStringLiteral("Locale_Aware_Sort"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!columnsOption || !rankAddOption || !rankTypeOption || !rankByOption || !intelligentOption
-        || !localeOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
+    const Parameter *rankAddOption = &option(QStringLiteral("Rank_Add"));
+    const Parameter *rankTypeOption = &option(QStringLiteral("Rank_Types"));
+    const Parameter *rankByOption = &option(QStringLiteral("Rank_By"));
+    const Parameter *intelligentOption = &option(QStringLiteral("Intelligent_Sort"));
+    const Parameter *localeOption = &option(QStringLiteral("Locale_Aware_Sort"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     QList<int> keys;
     const QList<QPair<int, bool>> columns = columnsOption->toSortIndexes();

@@ -1,7 +1,6 @@
 #include "transforms/transformsplit.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
 
@@ -62,6 +61,28 @@ QString rowsNoun(qint64 count)
 }
 
 } // namespace
+
+const TransformDescriptor &TransformSplit::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 56;
+        d.typeName = QStringLiteral("Split");
+        d.displayName = QStringLiteral("Split Col");
+        d.category = CategoryColumn;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Split a column into multiple new columns.");
+        d.keywords = QStringList {QStringLiteral("delimiter"), QStringLiteral("separate"),
+                                  QStringLiteral("explode"),   QStringLiteral("tokenise"),
+                                  QStringLiteral("tokenize"),  QStringLiteral("fixed"),
+                                  QStringLiteral("width"),     QStringLiteral("lengths"),
+                                  QStringLiteral("regex"),     QStringLiteral("text-to-columns"),
+                                  QStringLiteral("unnest"),    QStringLiteral("divide")};
+        d.create = createTransform<TransformSplit>;
+        return d;
+    }();
+    return descriptor;
+}
 
 bool TransformSplit::parseLengths(const QString &text, QList<Length> *lengths, QString *error)
 {
@@ -125,21 +146,10 @@ QStringList TransformSplit::splitByLengths(const QString &text, const QList<Leng
     return parts;
 }
 
-QSet<QString> TransformSplit::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("delimiter") << QStringLiteral("separate") << QStringLiteral("explode")
-          << QStringLiteral("tokenise") << QStringLiteral("tokenize") << QStringLiteral("fixed")
-          << QStringLiteral("width") << QStringLiteral("lengths") << QStringLiteral("regex")
-          << QStringLiteral("text-to-columns") << QStringLiteral("unnest")
-          << QStringLiteral("divide");
-    return words;
-}
-
-void TransformSplit::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSplit::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *column = new Parameter(ParameterType::SingleColumn, QStringLiteral("Columns"),
                                  QStringLiteral("Column"), input);
@@ -221,26 +231,20 @@ QList<ParameterState> TransformSplit::parameterStates() const
             {QStringLiteral("Max_New_Cols"), !byLengths}};
 }
 
-Dataset &TransformSplit::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSplit::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnOption = parameter(QStringLiteral("Columns"));
-    const Parameter *typeOption = parameter(QStringLiteral("Delimiter_Type"));
-    const Parameter *delimiterOption = parameter(QStringLiteral("Delimiter"));
-    const Parameter *lengthsOption = parameter(QStringLiteral("Lengths"));
-    const Parameter *intoOption = parameter(QStringLiteral("Into"));
-    const Parameter *orderOption = parameter(QStringLiteral("Order"));
-    const Parameter *keepEmptyOption = parameter(QStringLiteral("Keep_Empty"));
-    const Parameter *minimumOption = parameter(QStringLiteral("Min_New_Cols"));
-    const Parameter *maximumOption = parameter(QStringLiteral("Max_New_Cols"));
-    if (!columnOption || !typeOption || !delimiterOption || !lengthsOption || !intoOption
-        || !orderOption || !keepEmptyOption || !minimumOption || !maximumOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnOption = &option(QStringLiteral("Columns"));
+    const Parameter *typeOption = &option(QStringLiteral("Delimiter_Type"));
+    const Parameter *delimiterOption = &option(QStringLiteral("Delimiter"));
+    const Parameter *lengthsOption = &option(QStringLiteral("Lengths"));
+    const Parameter *intoOption = &option(QStringLiteral("Into"));
+    const Parameter *orderOption = &option(QStringLiteral("Order"));
+    const Parameter *keepEmptyOption = &option(QStringLiteral("Keep_Empty"));
+    const Parameter *minimumOption = &option(QStringLiteral("Min_New_Cols"));
+    const Parameter *maximumOption = &option(QStringLiteral("Max_New_Cols"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     setResult(QStringLiteral("No changes"));
     const int column = columnOption->toColumnIndex();

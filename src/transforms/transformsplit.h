@@ -10,6 +10,7 @@ class TransformSplit : public Transform
     Q_OBJECT
 
 public:
+    const TransformDescriptor &descriptor() const override;
     // One element of a Lengths text: a width, or all that the other elements leave ('*').
     struct Length
     {
@@ -20,25 +21,10 @@ public:
     // Reads a text such as "2,-1,*"; on a badly formed text returns false and the error.
     static bool parseLengths(const QString &text, QList<Length> *lengths, QString *error);
     static QStringList splitByLengths(const QString &text, const QList<Length> &lengths);
-
-    int type() const override { return 56; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryColumn; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformSplit>(); }
-    QString displayName() const override { return QStringLiteral("Split Col"); }
-    QString typeName() const override { return QStringLiteral("Split"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Split a column into multiple new columns.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     QList<ParameterState> parameterStates() const override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

@@ -1,7 +1,6 @@
 #include "transforms/transformsplitrows.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
 
@@ -245,20 +244,33 @@ Layout layoutEvery(const Dataset &input, int start, int every, int times)
 
 } // namespace
 
-QSet<QString> TransformSplitRows::keywords() const
+const TransformDescriptor &TransformSplitRows::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("unpivot") << QStringLiteral("melt") << QStringLiteral("longer")
-          << QStringLiteral("pivot_longer") << QStringLiteral("normalise")
-          << QStringLiteral("normalize") << QStringLiteral("repeated") << QStringLiteral("groups")
-          << QStringLiteral("stack") << QStringLiteral("wide") << QStringLiteral("long");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 58;
+        d.typeName = QStringLiteral("Split_Rows");
+        d.displayName = QStringLiteral("Split Rows");
+        d.category = CategoryRow;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::UsesDateFormats
+            | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Split each row into multiple rows.");
+        d.keywords = QStringList {QStringLiteral("unpivot"),   QStringLiteral("melt"),
+                                  QStringLiteral("longer"),    QStringLiteral("pivot_longer"),
+                                  QStringLiteral("normalise"), QStringLiteral("normalize"),
+                                  QStringLiteral("repeated"),  QStringLiteral("groups"),
+                                  QStringLiteral("stack"),     QStringLiteral("wide"),
+                                  QStringLiteral("long")};
+        d.create = createTransform<TransformSplitRows>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSplitRows::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSplitRows::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    Node *input = inputs.value(0);
+    ColumnSource *input = inputs.value(0);
 
     auto *splitRows = new Parameter(ParameterType::SplitRows, QStringLiteral("Split_Rows"),
                                     QStringLiteral("Split"), input);
@@ -278,17 +290,12 @@ void TransformSplitRows::createParameters(const QList<Node *> &inputs, bool useR
     addParameter(caseSensitive);
 }
 
-Dataset &TransformSplitRows::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSplitRows::process(Dataset &output, const TransformInputs &inputs,
+                                     const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *splitOption = parameter(QStringLiteral("Split_Rows"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!splitOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &input = *inputs.first()->dataset();
+    const Parameter *splitOption = &option(QStringLiteral("Split_Rows"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Dataset &input = *inputs.first().dataset;
     const SplitRowsTerms terms = splitOption->toSplitRowsTerms();
     const Qt::CaseSensitivity cs = caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;
 

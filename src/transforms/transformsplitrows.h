@@ -10,23 +10,10 @@ class TransformSplitRows : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 58; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryRow; }
-    bool isAdvanced() const override { return true; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformSplitRows>(); }
-    QString displayName() const override { return QStringLiteral("Split Rows"); }
-    QString typeName() const override { return QStringLiteral("Split_Rows"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Split each row into multiple rows.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return true; }
-    bool omitDisabledFromDetails() const override { return true; }
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

@@ -1,7 +1,6 @@
 #include "transforms/transformstack.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
 
@@ -52,16 +51,29 @@ private:
 
 } // namespace
 
-QSet<QString> TransformStack::keywords() const
+const TransformDescriptor &TransformStack::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("append") << QStringLiteral("union") << QStringLiteral("concatenate")
-          << QStringLiteral("combine") << QStringLiteral("vertically") << QStringLiteral("bind")
-          << QStringLiteral("files") << QStringLiteral("rows");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 60;
+        d.typeName = QStringLiteral("Stack");
+        d.displayName = QStringLiteral("Stack");
+        d.category = CategoryMerge;
+        d.maximumInputs = 0x7fffffff;
+        d.description = QStringLiteral("Merge input datasets one on top of another. Orders by the "
+                                       "vertical positions of the input datasets.");
+        d.keywords = QStringList {QStringLiteral("append"),      QStringLiteral("union"),
+                                  QStringLiteral("concatenate"), QStringLiteral("combine"),
+                                  QStringLiteral("vertically"),  QStringLiteral("bind"),
+                                  QStringLiteral("files"),       QStringLiteral("rows")};
+        d.inputImageName = QStringLiteral("stack.png");
+        d.create = createTransform<TransformStack>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformStack::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformStack::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -102,19 +114,14 @@ QList<ParameterState> TransformStack::parameterStates() const
     return {{QStringLiteral("User_Defined_Row_Value"), separators && separators->toBool()}};
 }
 
-Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformStack::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
 {
-    if (inputs.isEmpty())
-        return output;
-    const Parameter *alignOption = parameter(QStringLiteral("Align_Cols"));
-    const Parameter *onlyFirstOption = parameter(QStringLiteral("Only_First_Cols"));
-    const Parameter *separatorsOption = parameter(QStringLiteral("Add_Separators"));
-    const Parameter *valueOption = parameter(QStringLiteral("User_Defined_Row_Value"));
-    if (!alignOption || !onlyFirstOption || !separatorsOption || !valueOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &first = *inputs.first()->dataset();
+    const Parameter *alignOption = &option(QStringLiteral("Align_Cols"));
+    const Parameter *onlyFirstOption = &option(QStringLiteral("Only_First_Cols"));
+    const Parameter *separatorsOption = &option(QStringLiteral("Add_Separators"));
+    const Parameter *valueOption = &option(QStringLiteral("User_Defined_Row_Value"));
+    const Dataset &first = *inputs.first().dataset;
     output = first;
     if (inputs.size() == 1)
         return output;
@@ -155,7 +162,7 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
     warnRepeats(first, 1);
 
     for (int i = 1; i < count; ++i) {
-        const Dataset &dataset = *inputs.at(i)->dataset();
+        const Dataset &dataset = *inputs.at(i).dataset;
         const int number = i + 1;
         warnRepeats(dataset, number);
         anyHeader = anyHeader || dataset.hasHeader();
@@ -221,7 +228,7 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
         }
         if (used < finalWidth)
             warnings.add(QStringLiteral("%1 has %2 column(s) less than the final dataset\n")
-                             .arg(inputTitle(i + 1, *inputs.at(i)->dataset()),
+                             .arg(inputTitle(i + 1, *inputs.at(i).dataset),
                                   QString::number(finalWidth - used)));
     }
     if (!warnings.isEmpty())
@@ -238,7 +245,7 @@ Dataset &TransformStack::process(Dataset &output, const QList<Node *> &inputs, b
             separator.append(separatorValue);
     }
     for (int i = 1; i < count; ++i) {
-        const Dataset &dataset = *inputs.at(i)->dataset();
+        const Dataset &dataset = *inputs.at(i).dataset;
         const QVector<int> &place = places.at(i);
         if (addSeparators)
             output.appendRow(separator);

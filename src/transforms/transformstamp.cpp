@@ -1,7 +1,5 @@
 #include "transforms/transformstamp.h"
 
-#include "graph/graphscene.h"
-#include "graph/node.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
 
@@ -19,16 +17,28 @@ QStringList positionNames()
 
 } // namespace
 
-QSet<QString> TransformStamp::keywords() const
+const TransformDescriptor &TransformStamp::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("date") << QStringLiteral("time") << QStringLiteral("timestamp")
-          << QStringLiteral("datetime") << QStringLiteral("user") << QStringLiteral("computer")
-          << QStringLiteral("provenance") << QStringLiteral("audit");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 61;
+        d.typeName = QStringLiteral("Stamp");
+        d.displayName = QStringLiteral("Stamp");
+        d.category = CategoryOther;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description
+            = QStringLiteral("Add a stamp with processing date, time and other information.");
+        d.keywords = QStringList {QStringLiteral("date"),       QStringLiteral("time"),
+                                  QStringLiteral("timestamp"),  QStringLiteral("datetime"),
+                                  QStringLiteral("user"),       QStringLiteral("computer"),
+                                  QStringLiteral("provenance"), QStringLiteral("audit")};
+        d.create = createTransform<TransformStamp>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformStamp::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformStamp::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
 
@@ -90,24 +100,15 @@ QString TransformStamp::userName()
     return name;
 }
 
-Dataset &TransformStamp::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformStamp::process(Dataset &output, const TransformInputs &inputs,
+                                 const RunContext &context, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *formatOption = parameter(QStringLiteral("Format"));
-    const Parameter *positionOption = parameter(QStringLiteral("Position"));
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    if (!formatOption || !positionOption || !newNameOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *formatOption = &option(QStringLiteral("Format"));
+    const Parameter *positionOption = &option(QStringLiteral("Position"));
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
 
-    Node *input = inputs.first();
-    // A transform has no item of its own to ask; its input lives in the same scene.
-    const GraphScene *scene = input->graphScene();
-    const QString documentName = scene && !scene->documentPath().isEmpty()
-        ? QFileInfo(scene->documentPath()).fileName()
-        : QString();
+    const QString documentName
+        = context.documentPath.isEmpty() ? QString() : QFileInfo(context.documentPath).fileName();
     const QString stamp = stampText(formatOption->toString(), QDateTime::currentDateTime(),
                                     documentName, hostName(), userName());
 

@@ -12,25 +12,8 @@ class TransformStamp : public Transform
     Q_OBJECT
 
 public:
-    int type() const override { return 61; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryOther; }
-    bool isAdvanced() const override { return true; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformStamp>(); }
-    QString displayName() const override { return QStringLiteral("Stamp"); }
-    QString typeName() const override { return QStringLiteral("Stamp"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral("Add a stamp with processing date, time and other information.");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
     QList<ParameterState> parameterStates() const override;
 
     // The stamp for a format at a time: the part before the first "!" is a date and time
@@ -42,4 +25,8 @@ public:
     // The host name with each "." made "_", and the user name from the environment.
     static QString hostName();
     static QString userName();
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

@@ -1,7 +1,6 @@
 #include "transforms/transformsubstitute.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 
@@ -25,17 +24,28 @@ void sortLongestFirst(QList<Token> &tokens)
 
 } // namespace
 
-QSet<QString> TransformSubstitute::keywords() const
+const TransformDescriptor &TransformSubstitute::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("template") << QStringLiteral("templates")
-          << QStringLiteral("variables") << QStringLiteral("mail") << QStringLiteral("merge")
-          << QStringLiteral("text") << QStringLiteral("format") << QStringLiteral("combine")
-          << QStringLiteral("concatenate") << QStringLiteral("insert");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 63;
+        d.typeName = QStringLiteral("Substitute");
+        d.displayName = QStringLiteral("Substitute");
+        d.category = CategoryOther;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Substitute column values into text.");
+        d.keywords = QStringList {QStringLiteral("template"),    QStringLiteral("templates"),
+                                  QStringLiteral("variables"),   QStringLiteral("mail"),
+                                  QStringLiteral("merge"),       QStringLiteral("text"),
+                                  QStringLiteral("format"),      QStringLiteral("combine"),
+                                  QStringLiteral("concatenate"), QStringLiteral("insert")};
+        d.create = createTransform<TransformSubstitute>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSubstitute::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSubstitute::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
@@ -55,18 +65,13 @@ void TransformSubstitute::createParameters(const QList<Node *> &inputs, bool use
     addParameter(script);
 }
 
-Dataset &TransformSubstitute::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSubstitute::process(Dataset &output, const TransformInputs &inputs,
+                                      const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *newNameOption = parameter(QStringLiteral("New_Name"));
-    const Parameter *scriptOption = parameter(QStringLiteral("Script"));
-    if (!newNameOption || !scriptOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
+    const Parameter *scriptOption = &option(QStringLiteral("Script"));
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     const QString script = scriptOption->toString();
     const int columnCount = input.columnCount();
 

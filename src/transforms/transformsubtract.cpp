@@ -1,7 +1,6 @@
 #include "transforms/transformsubtract.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
 
@@ -17,16 +16,30 @@ constexpr int ListedRows = 10;
 
 } // namespace
 
-QSet<QString> TransformSubtract::keywords() const
+const TransformDescriptor &TransformSubtract::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("minus") << QStringLiteral("difference") << QStringLiteral("except")
-          << QStringLiteral("exclude") << QStringLiteral("remove") << QStringLiteral("anti")
-          << QStringLiteral("join") << QStringLiteral("keys") << QStringLiteral("match");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 64;
+        d.typeName = QStringLiteral("Subtract");
+        d.displayName = QStringLiteral("Subtract");
+        d.category = CategoryMerge;
+        d.minimumInputs = 2;
+        d.maximumInputs = 2;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::HasKeyColumns;
+        d.description = QStringLiteral(
+            "Remove rows from the top dataset whose key values are also in the bottom dataset.");
+        d.keywords = QStringList {
+            QStringLiteral("minus"),   QStringLiteral("difference"), QStringLiteral("except"),
+            QStringLiteral("exclude"), QStringLiteral("remove"),     QStringLiteral("anti"),
+            QStringLiteral("join"),    QStringLiteral("keys"),       QStringLiteral("match")};
+        d.create = createTransform<TransformSubtract>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformSubtract::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformSubtract::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(KeyMatching::createKeyParameter(
@@ -52,31 +65,26 @@ void TransformSubtract::createParameters(const QList<Node *> &inputs, bool useRe
     addParameter(caseSensitive);
 }
 
-bool TransformSubtract::autoConfigure(const QList<Node *> &inputs)
+bool TransformSubtract::autoConfigure(const ColumnSources &inputs)
 {
     return KeyMatching::autoConfigureKeys(parameter(QStringLiteral("Column_1")),
                                           parameter(QStringLiteral("Column_2")), inputs);
 }
 
-Dataset &TransformSubtract::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformSubtract::process(Dataset &output, const TransformInputs &inputs,
+                                    const RunContext &, bool &)
 {
-    if (inputs.isEmpty() || inputs.size() > 2)
-        return output;
-    const Parameter *column1Option = parameter(QStringLiteral("Column_1"));
-    const Parameter *column2Option = parameter(QStringLiteral("Column_2"));
-    const Parameter *matchOption = parameter(QStringLiteral("Match"));
-    const Parameter *caseOption = parameter(QStringLiteral("Case_Sensitive"));
-    if (!column1Option || !column2Option || !matchOption || !caseOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &top = *inputs.at(0)->dataset();
+    const Parameter *column1Option = &option(QStringLiteral("Column_1"));
+    const Parameter *column2Option = &option(QStringLiteral("Column_2"));
+    const Parameter *matchOption = &option(QStringLiteral("Match"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Dataset &top = *inputs.at(0).dataset;
     output = top;
     if (inputs.size() == 1) {
         setResult(KeyMatching::connectSecondText());
         return output;
     }
-    const Dataset &bottom = *inputs.at(1)->dataset();
+    const Dataset &bottom = *inputs.at(1).dataset;
     const int topKey = column1Option->toColumnIndex();
     const int bottomKey = column2Option->toColumnIndex();
     if (topKey < 0 || bottomKey < 0) {

@@ -1,18 +1,28 @@
 #include "transforms/transformtranspose.h"
 
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
 
-QSet<QString> TransformTranspose::keywords() const
+const TransformDescriptor &TransformTranspose::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("swap") << QStringLiteral("rotate") << QStringLiteral("flip")
-          << QStringLiteral("pivot") << QStringLiteral("rows") << QStringLiteral("columns");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 67;
+        d.typeName = QStringLiteral("Transpose");
+        d.displayName = QStringLiteral("Transpose");
+        d.category = CategoryOther;
+        d.flags = TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral("Swap rows and columns.");
+        d.keywords = QStringList {QStringLiteral("swap"), QStringLiteral("rotate"),
+                                  QStringLiteral("flip"), QStringLiteral("pivot"),
+                                  QStringLiteral("rows"), QStringLiteral("columns")};
+        d.create = createTransform<TransformTranspose>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformTranspose::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformTranspose::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     auto *header = new Parameter(ParameterType::Bool, QStringLiteral("Header"),
@@ -22,16 +32,11 @@ void TransformTranspose::createParameters(const QList<Node *> &inputs, bool useR
     addParameter(header);
 }
 
-Dataset &TransformTranspose::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformTranspose::process(Dataset &output, const TransformInputs &inputs,
+                                     const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *headerOption = parameter(QStringLiteral("Header"));
-    if (!headerOption) {
-        setResult(failureText());
-        return output;
-    }
-    const Dataset &input = *inputs.first()->dataset();
+    const Parameter *headerOption = &option(QStringLiteral("Header"));
+    const Dataset &input = *inputs.first().dataset;
     const bool toHeader = headerOption->toBool();
     // The input's header is read as a row 0 in front of its rows, without copying them.
     const bool headerRow = input.hasHeader() && input.columnCount() > 0;

@@ -1,32 +1,42 @@
 #include "transforms/transformunfill.h"
 
-#include "graph/node.h"
-
-QSet<QString> TransformUnfill::keywords() const
+const TransformDescriptor &TransformUnfill::descriptor() const
 {
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("empty") << QStringLiteral("blank") << QStringLiteral("repeated")
-          << QStringLiteral("duplicates") << QStringLiteral("identical")
-          << QStringLiteral("adjacent") << QStringLiteral("groups") << QStringLiteral("clear");
-    return words;
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 69;
+        d.typeName = QStringLiteral("Unfill");
+        d.displayName = QStringLiteral("Unfill");
+        d.category = CategoryFormat;
+        d.flags = TransformDescriptor::Advanced | TransformDescriptor::ChangesValuesOnly
+            | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral(
+            "Set adjacent cells with identical values to empty in selected columns.");
+        d.keywords = QStringList {QStringLiteral("empty"),     QStringLiteral("blank"),
+                                  QStringLiteral("repeated"),  QStringLiteral("duplicates"),
+                                  QStringLiteral("identical"), QStringLiteral("adjacent"),
+                                  QStringLiteral("groups"),    QStringLiteral("clear")};
+        d.create = createTransform<TransformUnfill>;
+        return d;
+    }();
+    return descriptor;
 }
 
-void TransformUnfill::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformUnfill::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     createAdjacentParameters(inputs, useRemembered,
                              QStringLiteral("Select the column(s) whose repeated values you "
                                             "want to set to empty."));
 }
 
-Dataset &TransformUnfill::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformUnfill::process(Dataset &output, const TransformInputs &inputs,
+                                  const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
     Walk walk;
     if (!readWalk(&walk))
         return output;
 
-    const Dataset &input = *inputs.first()->dataset();
+    const Dataset &input = *inputs.first().dataset;
     output = input;
     qint64 changed = 0;
     // Both cells are read from the input, so in a run of equal values every cell but the

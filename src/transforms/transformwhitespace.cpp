@@ -1,6 +1,5 @@
 #include "transforms/transformwhitespace.h"
 
-#include "graph/node.h"
 #include "transforms/cellrules.h"
 #include "transforms/framework/parameter.h"
 
@@ -102,6 +101,30 @@ void removeNonPrintable(QString &text)
 
 } // namespace
 
+const TransformDescriptor &TransformWhitespace::descriptor() const
+{
+    static const TransformDescriptor descriptor = [] {
+        TransformDescriptor d;
+        d.type = 74;
+        d.typeName = QStringLiteral("Whitespace");
+        d.displayName = QStringLiteral("Whitespace");
+        d.category = CategoryFormat;
+        d.flags
+            = TransformDescriptor::ChangesValuesOnly | TransformDescriptor::OmitDisabledFromDetails;
+        d.description = QStringLiteral(
+            "Tidy whitespace (Spaces, Tabs, Carriage Returns etc) in the selected column(s).");
+        d.keywords = QStringList {
+            QStringLiteral("trim"),     QStringLiteral("spaces"),    QStringLiteral("tabs"),
+            QStringLiteral("blanks"),   QStringLiteral("tidy"),      QStringLiteral("clean"),
+            QStringLiteral("strip"),    QStringLiteral("linefeeds"), QStringLiteral("newlines"),
+            QStringLiteral("carriage"), QStringLiteral("returns"),   QStringLiteral("printable"),
+            QStringLiteral("nbsp")};
+        d.create = createTransform<TransformWhitespace>;
+        return d;
+    }();
+    return descriptor;
+}
+
 QString TransformWhitespace::tidy(const QString &text, int steps)
 {
     QString result = text;
@@ -122,18 +145,7 @@ QString TransformWhitespace::tidy(const QString &text, int steps)
     return result;
 }
 
-QSet<QString> TransformWhitespace::keywords() const
-{
-    QSet<QString> words = Transform::keywords();
-    words << QStringLiteral("trim") << QStringLiteral("spaces") << QStringLiteral("tabs")
-          << QStringLiteral("blanks") << QStringLiteral("tidy") << QStringLiteral("clean")
-          << QStringLiteral("strip") << QStringLiteral("linefeeds") << QStringLiteral("newlines")
-          << QStringLiteral("carriage") << QStringLiteral("returns") << QStringLiteral("printable")
-          << QStringLiteral("nbsp");
-    return words;
-}
-
-void TransformWhitespace::createParameters(const QList<Node *> &inputs, bool useRemembered)
+void TransformWhitespace::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
     addParameter(CellRules::createColumnsParameter(
@@ -148,15 +160,10 @@ void TransformWhitespace::createParameters(const QList<Node *> &inputs, bool use
     }
 }
 
-Dataset &TransformWhitespace::process(Dataset &output, const QList<Node *> &inputs, bool &)
+Dataset &TransformWhitespace::process(Dataset &output, const TransformInputs &inputs,
+                                      const RunContext &, bool &)
 {
-    if (inputs.size() != 1)
-        return output;
-    const Parameter *columnsOption = parameter(QStringLiteral("Columns"));
-    if (!columnsOption) {
-        setResult(failureText());
-        return output;
-    }
+    const Parameter *columnsOption = &option(QStringLiteral("Columns"));
     int steps = 0;
     for (const StepOption &option : kStepOptions) {
         const Parameter *step = parameter(QString::fromLatin1(option.key));

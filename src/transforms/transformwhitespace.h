@@ -9,6 +9,7 @@ class TransformWhitespace : public Transform
     Q_OBJECT
 
 public:
+    const TransformDescriptor &descriptor() const override;
     // The steps, each applied in this order when switched on.
     enum Step {
         Trim = 0x01,
@@ -21,25 +22,9 @@ public:
     };
 
     static QString tidy(const QString &text, int steps);
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
 
-    int type() const override { return 74; }
-    QSet<QString> keywords() const override;
-    int category() const override { return CategoryFormat; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return true; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override;
-    Transform *clone() const override { return cloneAs<TransformWhitespace>(); }
-    QString displayName() const override { return QStringLiteral("Whitespace"); }
-    QString typeName() const override { return QStringLiteral("Whitespace"); }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override;
-    QString description() const override
-    {
-        return QStringLiteral(
-            "Tidy whitespace (Spaces, Tabs, Carriage Returns etc) in the selected column(s).");
-    }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
 };

@@ -1,6 +1,6 @@
 #include "transforms/framework/parameter.h"
 
-#include "graph/node.h"
+#include "transforms/framework/columnsource.h"
 
 #include <QUrl>
 
@@ -256,7 +256,8 @@ Parameter::Parameter(ParameterType type, const QString &key, const QString &labe
     , m_options(options)
 { }
 
-Parameter::Parameter(ParameterType type, const QString &key, const QString &label, Node *sourceNode)
+Parameter::Parameter(ParameterType type, const QString &key, const QString &label,
+                     ColumnSource *sourceNode)
     : m_type(type)
     , m_key(key)
     , m_label(label)
@@ -347,7 +348,7 @@ ParameterLayout Parameter::layoutFor(ParameterType type)
 
 const Dataset *Parameter::sourceDataset() const
 {
-    return m_sourceNode ? m_sourceNode->dataset() : nullptr;
+    return m_sourceNode ? m_sourceNode->columnDataset() : nullptr;
 }
 
 int Parameter::columnPosition(ColumnId id) const

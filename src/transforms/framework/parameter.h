@@ -14,7 +14,7 @@
 
 #include <cstddef>
 
-class Node;
+class ColumnSource;
 
 // The kinds of option. The numbers are written in documents and must never change.
 enum class ParameterType {
@@ -177,8 +177,8 @@ public:
 
     Parameter(ParameterType type, const QString &key, const QString &label,
               const QVariant &value = QVariant(), const QVariant &options = QVariant());
-    Parameter(ParameterType type, const QString &key, const QString &label, Node *sourceNode);
-    // Without these overloads a literal 0 would choose the Node pointer, a string literal the
+    Parameter(ParameterType type, const QString &key, const QString &label, ColumnSource *sourceNode);
+    // Without these overloads a literal 0 would choose the source pointer, a string literal the
     // bool and a char the int.
     Parameter(ParameterType type, const QString &key, const QString &label, int value,
               const QVariant &options = QVariant())
@@ -201,7 +201,7 @@ public:
         : Parameter(type, key, label, QVariant(QString::fromUtf8(value)), options)
     { }
     Parameter(ParameterType type, const QString &key, const QString &label, std::nullptr_t)
-        : Parameter(type, key, label, static_cast<Node *>(nullptr))
+        : Parameter(type, key, label, static_cast<ColumnSource *>(nullptr))
     { }
     ~Parameter() = default;
 
@@ -240,8 +240,8 @@ public:
     void setMaximumReal(double maximum) { m_maximumReal = maximum; }
     const QString &toolTip() const { return m_toolTip; }
     void setToolTip(const QString &toolTip) { m_toolTip = toolTip; }
-    Node *sourceNode() const { return m_sourceNode; }
-    void setSourceNode(Node *node) { m_sourceNode = node; }
+    ColumnSource *sourceNode() const { return m_sourceNode; }
+    void setSourceNode(ColumnSource *node) { m_sourceNode = node; }
     const QString &helpText() const { return m_helpText; }
     void setHelpText(const QString &helpText) { m_helpText = helpText; }
     bool warnWhenSet() const { return m_warnWhenSet; }
@@ -356,7 +356,7 @@ private:
     double m_minimumReal = 0.0;
     double m_maximumReal = 100.0;
     QString m_toolTip;
-    Node *m_sourceNode = nullptr;
+    ColumnSource *m_sourceNode = nullptr;
     QString m_helpText;
     bool m_warnWhenSet = false;
     bool m_textRequired = true;

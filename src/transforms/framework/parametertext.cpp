@@ -1,6 +1,6 @@
 #include "transforms/framework/parameter.h"
 
-#include "graph/node.h"
+#include "transforms/framework/columnsource.h"
 
 #include <QUrl>
 
@@ -87,7 +87,7 @@ bool Parameter::resolvePendingText()
 {
     if (!m_hasPendingText)
         return false;
-    if (m_sourceNode && m_sourceNode->status() != Node::UpToDate)
+    if (m_sourceNode && !m_sourceNode->isReady())
         return false;
     const QString text = m_pendingText;
     const int version = m_pendingVersion;

@@ -1,11 +1,13 @@
 #include "transforms/framework/transform.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "shell/settings.h"
 #include "transforms/framework/parameter.h"
 
+#include <QHash>
 #include <QLocale>
+
+#include <memory>
 
 QString transformCategoryName(int category, bool withAccelerator)
 {
@@ -34,6 +36,8 @@ Transform::~Transform()
 QSet<QString> Transform::keywords() const
 {
     QSet<QString> words;
+    for (const QString &word : descriptor().keywords)
+        words.insert(word);
     const QStringList nameWords = displayName().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     for (const QString &word : nameWords)
         words.insert(word);
@@ -60,7 +64,14 @@ QSet<QString> Transform::keywords() const
     return words;
 }
 
-void Transform::createParameters(const QList<Node *> &, bool)
+Transform *Transform::clone() const
+{
+    Transform *copy = descriptor().create();
+    copy->copyFrom(*this);
+    return copy;
+}
+
+void Transform::createParameters(const ColumnSources &, bool)
 {
     qDeleteAll(m_parameters);
     m_parameters.clear();
@@ -75,33 +86,33 @@ Parameter *Transform::parameter(const QString &key) const
     return nullptr;
 }
 
-Parameter *Transform::parameterForInput(const Node *node) const
+Parameter *Transform::parameterForInput(const ColumnSource *source) const
 {
     for (Parameter *parameter : m_parameters) {
-        if (parameter->sourceNode() == node)
+        if (parameter->sourceNode() == source)
             return parameter;
     }
     return nullptr;
 }
 
-QList<Parameter *> Transform::parametersForInput(const Node *node) const
+QList<Parameter *> Transform::parametersForInput(const ColumnSource *source) const
 {
     QList<Parameter *> result;
     for (Parameter *parameter : m_parameters) {
-        if (parameter->sourceNode() == node)
+        if (parameter->sourceNode() == source)
             result.append(parameter);
     }
     return result;
 }
 
-bool Transform::autoConfigure(const QList<Node *> &)
+bool Transform::autoConfigure(const ColumnSources &)
 {
     return false;
 }
 
 QString Transform::inputImageTag() const
 {
-    return QStringLiteral("<img src=':/images/%1'>").arg(inputImageName());
+    return QStringLiteral("<img src=':/images/%1'>").arg(descriptor().inputImageName);
 }
 
 QString Transform::inputHint() const
@@ -122,12 +133,7 @@ QString Transform::inputHint() const
         .arg(items);
 }
 
-void Transform::setParameters(const QList<Parameter *> &list)
-{
-    m_parameters = list;
-}
-
-void Transform::connectParameters(QList<Node *> inputs)
+void Transform::connectParameters(ColumnSources inputs)
 {
     const bool bindInTurn = maximumInputs() >= 2;
     for (Parameter *parameter : qAsConst(m_parameters)) {
@@ -247,19 +253,58 @@ QString Transform::failureText()
     return QStringLiteral("Failed: an option of this transform is missing");
 }
 
-Dataset Transform::inputDataset(const QList<Node *> &inputs, int i)
+Dataset Transform::inputDataset(const TransformInputs &inputs, int i)
 {
-    Dataset *source = inputs.at(i)->dataset();
+    Dataset *source = inputs.at(i).dataset;
     Dataset copy = *source;
-    if (m_takeableInputs.value(i))
+    if (inputs.at(i).takeable)
         source->takeRows();
     return copy;
 }
 
-void Transform::copyParametersFrom(const Transform &other)
+void Transform::copyFrom(const Transform &other)
 {
     qDeleteAll(m_parameters);
     m_parameters.clear();
     for (const Parameter *parameter : other.m_parameters)
         m_parameters.append(parameter->clone());
+}
+
+void Transform::migrateParameters(int, QList<StoredParameter> *) const { }
+
+bool Transform::hasAllOptions() const
+{
+    // The keys a class defines are learnt once from a fresh instance without inputs, which
+    // every class supports since new items and documents start that way.
+    static QHash<QString, QStringList> keysByType;
+    auto found = keysByType.constFind(typeName());
+    if (found == keysByType.constEnd()) {
+        std::unique_ptr<Transform> fresh(descriptor().create());
+        fresh->createParameters({}, false);
+        QStringList keys;
+        for (const Parameter *parameter : qAsConst(fresh->m_parameters))
+            keys.append(parameter->key());
+        found = keysByType.insert(typeName(), keys);
+    }
+    return std::all_of(found->cbegin(), found->cend(),
+                       [this](const QString &key) { return parameter(key) != nullptr; });
+}
+
+Dataset Transform::execute(const TransformInputs &inputs, const RunContext &context, bool *failed)
+{
+    clearMessages();
+    bool failedFlag = false;
+    Dataset output;
+    if (!inputs.isEmpty() && inputs.size() <= maximumInputs()) {
+        if (hasAllOptions()) {
+            Dataset &result = process(output, inputs, context, failedFlag);
+            if (&result != &output)
+                output = std::move(result);
+        } else {
+            setResult(failureText());
+        }
+    }
+    if (failed)
+        *failed = failedFlag;
+    return output;
 }

@@ -1,28 +1,16 @@
 #pragma once
 
 #include "data/dataset.h"
+#include "transforms/framework/columnsource.h"
+#include "transforms/framework/transformdescriptor.h"
+#include "transforms/framework/transforminput.h"
 
 #include <QList>
 #include <QObject>
 #include <QSet>
 #include <QStringList>
-#include <QVector>
 
-class Node;
 class Parameter;
-
-// Groups of the Left pane.
-enum TransformCategory {
-    CategoryAll = 0,
-    CategoryMerge = 1,
-    CategoryColumn = 2,
-    CategoryRow = 3,
-    CategoryFormat = 4,
-    CategoryAnalysis = 5,
-    CategoryOther = 6
-};
-
-QString transformCategoryName(int category, bool withAccelerator = false);
 
 // Whether an option that depends on another is enabled at the moment.
 struct ParameterState
@@ -31,10 +19,20 @@ struct ParameterState
     bool enabled = true;
 };
 
+// An option as a document stores it: key, kind and text form. Documents of older versions
+// are brought up to date in this form, before the text is given to the option.
+struct StoredParameter
+{
+    QString key;
+    int type = -1;
+    QString text;
+};
+
 // One operation that turns input datasets into one output dataset. A transform owns its
 // options and the messages of its last run, nothing else: all data arrives through the
-// inputs on each run. Prototypes (one per class, held by Application) serve the Left pane
-// and act as the factory through clone() and createParameters().
+// inputs on each run, as datasets, never as items of the flow. Prototypes (one per class,
+// held by the registry) serve the Left pane and act as the factory through clone() and
+// createParameters().
 class Transform : public QObject
 {
     Q_OBJECT
@@ -43,49 +41,67 @@ public:
     Transform() = default;
     ~Transform() override;
 
-    virtual int type() const = 0;
-    virtual QSet<QString> keywords() const;
-    virtual int category() const = 0;
-    virtual bool isAdvanced() const = 0;
-    virtual bool changesValuesOnly() const = 0;
-    virtual bool keepsSourceRows() const = 0;
-    virtual bool keepsIssues() const { return false; }
-    virtual void createParameters(const QList<Node *> &inputs, bool useRemembered);
-    virtual Transform *clone() const = 0;
-    virtual QList<Parameter *> parameters() const { return m_parameters; }
-    virtual Parameter *parameter(const QString &key) const;
-    virtual Parameter *parameterForInput(const Node *node) const;
-    virtual QList<Parameter *> parametersForInput(const Node *node) const;
-    virtual QString displayName() const = 0;
-    virtual QString typeName() const = 0;
-    virtual Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) = 0;
-    virtual bool autoConfigure(const QList<Node *> &inputs);
-    virtual QString description() const = 0;
-    virtual QString inputImageTag() const;
-    virtual QString inputImageName() const { return QString(); }
-    virtual QString inputHint() const;
-    virtual int minimumInputs() const = 0;
-    virtual int maximumInputs() const = 0;
-    virtual void setParameters(const QList<Parameter *> &list);
-    virtual void connectParameters(QList<Node *> inputs);
-    virtual bool usesDateFormats() const = 0;
-    virtual bool hasKeyColumns() const { return false; }
-    virtual bool hasDuplicateOptions() const { return false; }
-    virtual QString keyColumn1Key() const { return QString(); }
-    virtual QString keyColumn2Key() const { return QString(); }
-    virtual QString caseSensitiveKey() const { return QString(); }
-    virtual QString duplicateColumnsKey() const { return QString(); }
-    virtual QString duplicateMatchTypeKey() const { return QString(); }
-    virtual QString duplicateFuzzinessKey() const { return QString(); }
-    virtual QString duplicateIgnoreSpacesKey() const { return QString(); }
-    virtual QString duplicateIgnorePunctuationKey() const { return QString(); }
-    virtual QString duplicateModeKey() const { return QString(); }
-    virtual bool omitDisabledFromDetails() const = 0;
-    virtual bool reserved() const { return false; }
-    virtual QList<ParameterState> parameterStates() const { return {}; }
-    virtual void checkRequiredParameters();
+    // What the class is; each class defines it once in its source file.
+    virtual const TransformDescriptor &descriptor() const = 0;
 
+    int type() const { return descriptor().type; }
+    QString typeName() const { return descriptor().typeName; }
+    QString displayName() const { return descriptor().displayName; }
+    int category() const { return descriptor().category; }
+    QString description() const { return descriptor().description; }
+    int minimumInputs() const { return descriptor().minimumInputs; }
+    int maximumInputs() const { return descriptor().maximumInputs; }
+    bool isAdvanced() const { return has(TransformDescriptor::Advanced); }
+    bool changesValuesOnly() const { return has(TransformDescriptor::ChangesValuesOnly); }
+    bool keepsSourceRows() const { return has(TransformDescriptor::KeepsSourceRows); }
+    bool keepsIssues() const { return has(TransformDescriptor::KeepsIssues); }
+    bool omitDisabledFromDetails() const
+    {
+        return has(TransformDescriptor::OmitDisabledFromDetails);
+    }
+    bool hasKeyColumns() const { return has(TransformDescriptor::HasKeyColumns); }
+    bool hasDuplicateOptions() const { return has(TransformDescriptor::HasDuplicateOptions); }
+    // Some transforms depend on the date formats only with some of their options.
+    virtual bool usesDateFormats() const { return has(TransformDescriptor::UsesDateFormats); }
+    // The words of the name, of the category and the class's own search words.
+    QSet<QString> keywords() const;
+    int keywordMatchCount(const QStringList &words) const;
+    QString inputImageTag() const;
+    QString inputHint() const;
+
+    // A new instance of the same class with clones of the options; messages aren't copied.
+    Transform *clone() const;
+
+    // Builds the options for the given inputs, after deleting any there are.
+    virtual void createParameters(const ColumnSources &inputs, bool useRemembered);
+    // Binds column options to the inputs when connections change.
+    virtual void connectParameters(ColumnSources inputs);
+    // Lets the transform fill options from the data of newly connected inputs; true if
+    // anything was set.
+    virtual bool autoConfigure(const ColumnSources &inputs);
+    // For each option that depends on another, its key and whether it is enabled now.
+    virtual QList<ParameterState> parameterStates() const { return {}; }
+    // Adds the warning about unset options; the run engine calls it after every run.
+    virtual void checkRequiredParameters();
+    // Rewrites the stored options of a document of an older version into the form of the
+    // current one: renamed options, changed meanings, renamed choices.
+    virtual void migrateParameters(int version, QList<StoredParameter> *parameters) const;
+
+    const QList<Parameter *> &parameters() const { return m_parameters; }
+    Parameter *parameter(const QString &key) const;
+    Parameter *parameterForInput(const ColumnSource *source) const;
+    QList<Parameter *> parametersForInput(const ColumnSource *source) const;
     void addParameter(Parameter *parameter);
+    bool isParameterEnabled(const QString &key) const;
+
+    // Clears the messages, runs the transform over inputs (in canvas order) and returns its
+    // table. The framework checks what every transform needs: at least one input and no more
+    // than the class takes (else the table is empty), and every option the class defines
+    // (else the result is failureText()). failed, when given, tells whether the run failed
+    // as a whole.
+    Dataset execute(const TransformInputs &inputs, const RunContext &context,
+                    bool *failed = nullptr);
+
     void clearMessages();
     const QStringList &warnings() const { return m_warnings; }
     const QStringList &information() const { return m_information; }
@@ -94,30 +110,28 @@ public:
     bool hasInformation() const { return !m_information.isEmpty(); }
     void applyRememberedValue(bool useRemembered, Parameter *parameter);
     void rememberValue(const Parameter *parameter);
-    int keywordMatchCount(const QStringList &words) const;
-    bool isParameterEnabled(const QString &key) const;
 
     // Counts in user texts ("%1 changed, %2 unchanged", "%1 rows removed").
     static QString cellsChangedText(qint64 changed, qint64 unchanged);
     static QString rowsRemovedText(qint64 removed);
     static QString failureText();
 
-    // Set by the item around a run of process(): the inputs whose rows this run may take
-    // over, because the run frees data as it goes and this transform is their last reader.
-    void setTakeableInputs(const QVector<bool> &takeable) { m_takeableInputs = takeable; }
-
 signals:
     void processed(qreal fraction);
 
 protected:
-    // Clones the options of this transform into copy; used by every clone().
-    template<typename T> T *cloneAs() const
-    {
-        auto *copy = new T;
-        copy->copyParametersFrom(*this);
-        return copy;
-    }
-    void copyParametersFrom(const Transform &other);
+    // The operation itself. inputs holds between one and maximumInputs() entries and every
+    // option of the class exists, so option() never fails here. output starts empty; failed
+    // starts false and is set to say that the run failed as a whole.
+    virtual Dataset &process(Dataset &output, const TransformInputs &inputs,
+                             const RunContext &context, bool &failed)
+        = 0;
+
+    // An option that the framework has checked exists; only for use inside process().
+    const Parameter &option(const QString &key) const { return *parameter(key); }
+    // Makes this a copy of other, which is of the same class: its options, and the state of
+    // the few classes that keep some beyond them.
+    virtual void copyFrom(const Transform &other);
     // Emits progress before row r of total when r is a multiple of 1000.
     void reportRow(int r, int total, qreal base = 0.0)
     {
@@ -131,12 +145,15 @@ protected:
     // over, the input gives them up, so that the rows this transform changes are changed in
     // place instead of copied and those it drops are freed. The input keeps its columns,
     // against which column options are resolved; its rows must not be read afterwards.
-    Dataset inputDataset(const QList<Node *> &inputs, int i);
+    static Dataset inputDataset(const TransformInputs &inputs, int i);
 
 private:
+    bool has(TransformDescriptor::Flag flag) const { return descriptor().has(flag); }
+    // Whether every option that a fresh instance of the class makes exists here.
+    bool hasAllOptions() const;
+
     QList<Parameter *> m_parameters;
     QStringList m_warnings;
     QStringList m_information;
     QString m_result;
-    QVector<bool> m_takeableInputs;
 };
