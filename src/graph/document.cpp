@@ -8,7 +8,6 @@
 #include "graph/transformnode.h"
 #include "graph/xmlattributes.h"
 #include "io/pathvariables.h"
-#include "shell/application.h"
 #include "shell/guards.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
@@ -44,10 +43,7 @@ const QString &productName()
     return name;
 }
 
-// Versions at which the meaning of stored options changed.
-constexpr int RandomAndSequenceChangedVersion = 78;
-constexpr int CalculateOperationRenamedVersion = 68;
-constexpr int SplitDelimiterTypesRenamedVersion = 59;
+// The version at which the operators "Is empty" and "Is not empty" moved.
 constexpr int EmptyOperatorsMovedVersion = 57;
 
 // Attribute order inside QDomDocument follows a hash; a fixed seed while the document is
@@ -93,67 +89,7 @@ QList<Node *> nodesById(const GraphScene &scene, int itemType)
     return nodes;
 }
 
-// Prototypes -----------------------------------------------------------------------------
-
-struct PrototypeList
-{
-    ~PrototypeList() { qDeleteAll(prototypes); }
-    QList<Transform *> prototypes;
-};
-
-PrototypeList &addedPrototypes()
-{
-    static PrototypeList list;
-    return list;
-}
-
-PrototypeList &registryPrototypes()
-{
-    static PrototypeList list {createTransformPrototypes()};
-    return list;
-}
-
-Transform *findPrototype(const QList<Transform *> &prototypes, const QString &typeName)
-{
-    for (Transform *prototype : prototypes) {
-        if (prototype->typeName() == typeName)
-            return prototype;
-    }
-    return nullptr;
-}
-
 // Migrations --------------------------------------------------------------------------------
-
-void lowerByOne(StoredParameter *parameter)
-{
-    bool ok = false;
-    const int value = parameter->text.trimmed().toInt(&ok);
-    if (ok && value > std::numeric_limits<int>::min())
-        parameter->text = QString::number(value - 1);
-}
-
-// The bounds of Sequence were one text that held either a date or a number; they became two
-// options of their own kinds.
-void splitSequenceBound(StoredParameter *parameter)
-{
-    const QString value = Parameter::decodeText(parameter->text).trimmed();
-    const QDate date = QDate::fromString(value, QStringLiteral("yyyy-M-d"));
-    if (date.isValid()) {
-        parameter->key += QLatin1String("_Date");
-        parameter->type = int(ParameterType::Date);
-        parameter->text = date.toString(QStringLiteral("yyyy-MM-dd"));
-    } else {
-        parameter->key += QLatin1String("_Int");
-        parameter->type = int(ParameterType::Int);
-        parameter->text = value;
-    }
-}
-
-void renameChoice(StoredParameter *parameter, const QString &from, const QString &to)
-{
-    if (Parameter::decodeText(parameter->text) == from)
-        parameter->text = Parameter::encodeText(to);
-}
 
 // Before version 57 "Is empty" and "Is not empty" were operators 14 and 15. Reading converts
 // them by the version, but a document that is saved before its options were ever read would
@@ -464,7 +400,7 @@ struct Loader
         if (id == -1)
             return;
         const QString name = XmlAttributes::text(element, QStringLiteral("name"));
-        const Transform *prototype = transformPrototype(name);
+        const Transform *prototype = TransformRegistry::prototype(name);
         if (!prototype) {
             static const QStringList withdrawn {QStringLiteral("Replace"), QStringLiteral("Trim"),
                                                 QStringLiteral("Rename")};
@@ -474,7 +410,7 @@ struct Loader
         Transform *transform = prototype->clone();
         transform->createParameters({}, false);
         QList<StoredParameter> stored = readStoredParameters(element);
-        migrateParameters(name, version, &stored);
+        prototype->migrateParameters(version, &stored);
         // Options stay in their text form until the items they name have data; saving before
         // that writes the same text back.
         for (const StoredParameter &entry : qAsConst(stored)) {
@@ -565,48 +501,6 @@ void readBatchData(const QDomElement &root, DocumentData *data)
 }
 
 } // namespace
-
-// Prototypes ---------------------------------------------------------------------------------
-
-Transform *transformPrototype(const QString &typeName)
-{
-    if (Transform *added = findPrototype(addedPrototypes().prototypes, typeName))
-        return added;
-    if (const Application *app = Application::instance())
-        return app->transform(typeName);
-    return findPrototype(registryPrototypes().prototypes, typeName);
-}
-
-void addTransformPrototype(Transform *prototype)
-{
-    addedPrototypes().prototypes.prepend(prototype);
-}
-
-// Migrations ---------------------------------------------------------------------------------
-
-void migrateParameters(const QString &typeName, int version, QList<StoredParameter> *parameters)
-{
-    for (StoredParameter &parameter : *parameters) {
-        const QString &key = parameter.key;
-        if (version < RandomAndSequenceChangedVersion) {
-            if (typeName == QLatin1String("Random") && key == QLatin1String("Maximum_Int"))
-                lowerByOne(&parameter);
-            else if (typeName == QLatin1String("Sequence")
-                     && (key == QLatin1String("User_Define_Minimum_Missing")
-                         || key == QLatin1String("User_Define_Maximum_Missing")))
-                splitSequenceBound(&parameter);
-        }
-        if (version < SplitDelimiterTypesRenamedVersion && typeName == QLatin1String("Split")
-            && key == QLatin1String("Delimiter_Type")) {
-            renameChoice(&parameter, QStringLiteral("Text "), QStringLiteral("Text delimiter"));
-            renameChoice(&parameter, QStringLiteral("Regex "), QStringLiteral("Regex delimiter"));
-        }
-        if (version < CalculateOperationRenamedVersion && typeName == QLatin1String("Calculate")
-            && key == QLatin1String("Operation"))
-            renameChoice(&parameter, QStringLiteral("JulianDay"),
-                         QStringLiteral("DateToJulianDay"));
-    }
-}
 
 // Saving -------------------------------------------------------------------------------------
 

@@ -10,7 +10,6 @@
 class DocumentLock;
 class GraphScene;
 class InputNode;
-class Transform;
 
 // One cell of the batch grid: the location given to the input or output with this alias in
 // one run of a batch.
@@ -82,26 +81,6 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
 QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene);
 QString missingInputFilesQuestion(const QList<InputNode *> &inputs);
 QString laterVersionWarning();
-
-// The prototype of a transform by typeName: the Application's, or, in a process without one,
-// one of a list made once from the registry. Null when there is none.
-Transform *transformPrototype(const QString &typeName);
-// Makes prototype known to transformPrototype ahead of all others; ownership passes. Tests
-// use it for transforms of their own.
-void addTransformPrototype(Transform *prototype);
-
-// An option as stored in a document: key, kind and text form.
-struct StoredParameter
-{
-    QString key;
-    int type = -1;
-    QString text;
-};
-
-// Rewrites the options of a transform of typeName read from a document of the given version
-// into the form of the current version: renamed options, changed meanings and choices that
-// were renamed.
-void migrateParameters(const QString &typeName, int version, QList<StoredParameter> *parameters);
 
 // Holds an exclusive lock on an open document, so that a second instance cannot take it and
 // opens the document without writing to it.

@@ -689,7 +689,7 @@ TransformNode *GraphScene::addTransformByUser(const Transform *prototype, bool c
     }
 
     Transform *transform = prototype->clone();
-    transform->createParameters(into ? QList<Node *> {into->source()} : sources, true);
+    transform->createParameters(Node::asSources(into ? QList<Node *> {into->source()} : sources), true);
     auto *node = new TransformNode(transform);
     clearSelection();
 

@@ -385,6 +385,15 @@ bool Node::leftToRight(const Node *a, const Node *b)
     return pa.x() < pb.x();
 }
 
+ColumnSources Node::asSources(const QList<Node *> &nodes)
+{
+    ColumnSources sources;
+    sources.reserve(nodes.size());
+    for (Node *node : nodes)
+        sources.append(node);
+    return sources;
+}
+
 QList<Node *> Node::upstream(bool sorted) const
 {
     QList<Node *> result;

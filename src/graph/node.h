@@ -1,6 +1,7 @@
 #pragma once
 
 #include "data/dataset.h"
+#include "transforms/framework/columnsource.h"
 
 #include <QDateTime>
 #include <QGraphicsObject>
@@ -34,7 +35,7 @@ enum class ConnectionDirection { Out = 0, In = 1, Both = 2 };
 // The base of everything the user lays out on the canvas ("items"): inputs, transforms,
 // outputs and notes. An item owns its output Dataset, its status (the only dirty mark of the
 // run engine), the messages of its last run and the connections that touch it.
-class Node : public QGraphicsObject
+class Node : public QGraphicsObject, public ColumnSource
 {
     Q_OBJECT
 
@@ -125,6 +126,11 @@ public:
     // 40 to 45
     Dataset *dataset() { return &m_dataset; }
     const Dataset *dataset() const { return &m_dataset; }
+    // What options bound to this item read columns from; ready once the item is up to date.
+    const Dataset *columnDataset() const override { return &m_dataset; }
+    bool isReady() const override { return status() == UpToDate; }
+    // The same items as the sources that transforms bind their options to.
+    static ColumnSources asSources(const QList<Node *> &nodes);
     int columnCount() const;
     int rowCount() const;
     QStringList columnNames() const { return m_dataset.headers(); }

@@ -184,12 +184,12 @@ bool TransformNode::hasSeveralInputs() const
 
 bool TransformNode::autoConfigure()
 {
-    return m_transform->autoConfigure(upstream(true));
+    return m_transform->autoConfigure(asSources(upstream(true)));
 }
 
 void TransformNode::connectParameters()
 {
-    m_transform->connectParameters(upstream(true));
+    m_transform->connectParameters(asSources(upstream(true)));
 }
 
 QList<Parameter *> TransformNode::parametersWithSource(const Node *source) const
@@ -207,7 +207,7 @@ void TransformNode::remapParameterSources(const QHash<const Node *, Node *> &map
 {
     const QList<Parameter *> parameters = m_transform->parameters();
     for (Parameter *parameter : parameters) {
-        Node *source = parameter->sourceNode();
+        auto *source = dynamic_cast<Node *>(parameter->sourceNode());
         if (!source)
             continue;
         const auto found = map.constFind(source);
@@ -225,25 +225,29 @@ void TransformNode::resolvePendingParameterTexts()
         parameter->resolvePendingText();
 }
 
-QVector<bool> TransformNode::takeableInputs(const QList<Node *> &inputs, bool freeUpstream) const
+TransformInputs TransformNode::transformInputs(const QList<Node *> &inputs,
+                                               bool freeUpstream) const
 {
+    TransformInputs result;
+    result.reserve(inputs.size());
+    const GraphScene *scene = graphScene();
     // The test of freeing upstream data after the run, made before it: no other reader waits
     // for the input.
-    QVector<bool> takeable(inputs.size(), false);
-    const GraphScene *scene = graphScene();
-    if (!freeUpstream && !(scene && scene->rowsHandedOver()))
-        return takeable;
-    for (int i = 0; i < inputs.size(); ++i) {
-        Node *input = inputs.at(i);
+    const bool mayTake = freeUpstream || (scene && scene->rowsHandedOver());
+    for (Node *input : inputs) {
+        TransformInput entry;
+        entry.source = input;
+        entry.dataset = input->dataset();
         // An input read twice, as in a self-join, is read again after any one use.
-        if (inputs.count(input) != 1)
-            continue;
-        const QList<Node *> readers = input->downstream();
-        takeable[i] = std::none_of(readers.cbegin(), readers.cend(), [this](const Node *n) {
-            return n != this && n->status() == NeedsUpdate;
-        });
+        if (mayTake && inputs.count(input) == 1) {
+            const QList<Node *> readers = input->downstream();
+            entry.takeable = std::none_of(readers.cbegin(), readers.cend(), [this](const Node *n) {
+                return n != this && n->status() == NeedsUpdate;
+            });
+        }
+        result.append(entry);
     }
-    return takeable;
+    return result;
 }
 
 void TransformNode::run(bool recursive, bool freeUpstream)
@@ -275,13 +279,14 @@ void TransformNode::run(bool recursive, bool freeUpstream)
             QElapsedTimer timer;
             timer.start();
             setFractionProcessed(0.0);
-            m_transform->clearMessages();
 
             bool failed = false;
-            Dataset output;
-            m_transform->setTakeableInputs(takeableInputs(inputs, freeUpstream));
-            m_dataset = std::move(m_transform->process(output, inputs, failed));
-            m_transform->setTakeableInputs({});
+            RunContext context;
+            context.stopRequested = &GraphScene::isStopRequested;
+            if (const GraphScene *scene = graphScene())
+                context.documentPath = scene->documentPath();
+            m_dataset = m_transform->execute(transformInputs(inputs, freeUpstream), context,
+                                             &failed);
             if (!m_transform->keepsSourceRows())
                 m_dataset.clearSourceRows();
             if (!m_transform->keepsIssues())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "graph/node.h"
+#include "transforms/framework/transforminput.h"
 
 #include <QHash>
 
@@ -60,8 +61,8 @@ public:
     QList<int> changeBadges() const;
 
 private:
-    // Which inputs the transform may take the rows of in this run.
-    QVector<bool> takeableInputs(const QList<Node *> &inputs, bool freeUpstream) const;
+    // The inputs as the transform takes them, with the rows of those it may take over.
+    TransformInputs transformInputs(const QList<Node *> &inputs, bool freeUpstream) const;
 
     Transform *m_transform;
 };

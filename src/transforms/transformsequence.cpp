@@ -54,6 +54,30 @@ const TransformDescriptor &TransformSequence::descriptor() const
     return descriptor;
 }
 
+void TransformSequence::migrateParameters(int version, QList<StoredParameter> *parameters) const
+{
+    // Before version 78 each bound was one text that held either a date or a number; they
+    // became two options of their own kinds.
+    if (version >= 78)
+        return;
+    for (StoredParameter &parameter : *parameters) {
+        if (parameter.key != QLatin1String("User_Define_Minimum_Missing")
+            && parameter.key != QLatin1String("User_Define_Maximum_Missing"))
+            continue;
+        const QString value = Parameter::decodeText(parameter.text).trimmed();
+        const QDate date = QDate::fromString(value, QStringLiteral("yyyy-M-d"));
+        if (date.isValid()) {
+            parameter.key += QLatin1String("_Date");
+            parameter.type = int(ParameterType::Date);
+            parameter.text = date.toString(QStringLiteral("yyyy-MM-dd"));
+        } else {
+            parameter.key += QLatin1String("_Int");
+            parameter.type = int(ParameterType::Int);
+            parameter.text = value;
+        }
+    }
+}
+
 void TransformSequence::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);

@@ -11,6 +11,7 @@ class TransformSequence : public Transform
 
 public:
     const TransformDescriptor &descriptor() const override;
+    void migrateParameters(int version, QList<StoredParameter> *parameters) const override;
     enum How { MissingIntegers = 0, MissingDates = 1 };
     enum Limit { FromData = 0, UserDefined = 1 };
     enum Order { Ascending = 0, Descending = 1 };

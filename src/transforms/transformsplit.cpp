@@ -2,6 +2,7 @@
 
 #include "data/valueinterpretation.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/framework/parametermigration.h"
 #include "transforms/reshaping.h"
 
 #include <QRegularExpression>
@@ -82,6 +83,21 @@ const TransformDescriptor &TransformSplit::descriptor() const
         return d;
     }();
     return descriptor;
+}
+
+void TransformSplit::migrateParameters(int version, QList<StoredParameter> *parameters) const
+{
+    // Before version 59 two choices of the delimiter type ended in a space.
+    if (version >= 59)
+        return;
+    for (StoredParameter &parameter : *parameters) {
+        if (parameter.key != QLatin1String("Delimiter_Type"))
+            continue;
+        ParameterMigration::renameChoice(&parameter, QStringLiteral("Text "),
+                                         QStringLiteral("Text delimiter"));
+        ParameterMigration::renameChoice(&parameter, QStringLiteral("Regex "),
+                                         QStringLiteral("Regex delimiter"));
+    }
 }
 
 bool TransformSplit::parseLengths(const QString &text, QList<Length> *lengths, QString *error)

@@ -11,6 +11,7 @@ class TransformSplit : public Transform
 
 public:
     const TransformDescriptor &descriptor() const override;
+    void migrateParameters(int version, QList<StoredParameter> *parameters) const override;
     // One element of a Lengths text: a width, or all that the other elements leave ('*').
     struct Length
     {

@@ -4,6 +4,7 @@
 #include "graph/inputnode.h"
 #include "graph/transformnode.h"
 #include "transforms/framework/transform.h"
+#include "transforms/framework/transforminput.h"
 #include "workbench/widgets.h"
 
 #include <QFile>
@@ -22,6 +23,20 @@ Dataset makeDataset(const QList<QStringList> &rows, bool withHeader)
         dataset.addInputRow(rows.at(r), false, false, false);
     }
     return dataset;
+}
+
+DataSource::DataSource(const Dataset &dataset)
+    : m_dataset(dataset)
+{
+    // Far above the ids of items, so that a test mixing both never sees two columns alike.
+    static int counter = 100000;
+    m_id = counter++;
+    m_dataset.assignColumnIds(m_id);
+}
+
+DataSource *makeDataSource(const Dataset &dataset)
+{
+    return new DataSource(dataset);
 }
 
 namespace {
@@ -48,16 +63,31 @@ Node *makeDataNode(const Dataset &dataset)
     return new DataNode(dataset);
 }
 
-Dataset runTransform(Transform &transform, const QList<Node *> &inputs, bool *failed)
+namespace {
+
+Dataset runInContext(Transform &transform, const ColumnSources &inputs,
+                     const RunContext &context, bool *failed)
 {
-    transform.clearMessages();
-    bool failedFlag = false;
-    Dataset output;
-    Dataset result = std::move(transform.process(output, inputs, failedFlag));
+    TransformInputs runInputs;
+    for (ColumnSource *source : inputs) {
+        // Not takeable, so the transform only reads the table.
+        runInputs.append({source, const_cast<Dataset *>(source->columnDataset()), false});
+    }
+    Dataset result = transform.execute(runInputs, context, failed);
     transform.checkRequiredParameters();
-    if (failed)
-        *failed = failedFlag;
     return result;
+}
+
+} // namespace
+
+Dataset runTransform(Transform &transform, const ColumnSources &inputs, bool *failed)
+{
+    return runInContext(transform, inputs, RunContext(), failed);
+}
+
+Dataset runTransform(Transform &transform, const ColumnSources &inputs, const RunContext &context)
+{
+    return runInContext(transform, inputs, context, nullptr);
 }
 
 void prepareTestEnvironment(const QTemporaryDir &temporaryFolder)
@@ -86,7 +116,7 @@ InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &po
 TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList<Node *> &inputs,
                             const QPointF &pos)
 {
-    transform->createParameters(inputs, false);
+    transform->createParameters(Node::asSources(inputs), false);
     auto *node = new TransformNode(transform);
     node->setPos(pos);
     scene.addNode(node);

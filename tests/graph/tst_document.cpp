@@ -7,7 +7,9 @@
 #include "graph/transformnode.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/framework/parametermigration.h"
 #include "transforms/framework/transform.h"
+#include "transforms/registry.h"
 #include "transforms/transformcase.h"
 
 #include <QApplication>
@@ -25,40 +27,52 @@ class OptionsOnlyTransform : public Transform
 {
 public:
     using Factory = std::function<void(OptionsOnlyTransform *)>;
+    using Migration = std::function<void(int, QList<StoredParameter> *)>;
 
-    OptionsOnlyTransform(const QString &typeName, Factory factory)
-        : m_typeName(typeName)
-        , m_factory(std::move(factory))
-    { }
+    OptionsOnlyTransform(const QString &typeName = QString(), Factory factory = nullptr,
+                         Migration migration = nullptr)
+        : m_factory(std::move(factory))
+        , m_migration(std::move(migration))
+    {
+        m_descriptor.type = 900;
+        m_descriptor.typeName = typeName;
+        m_descriptor.displayName = typeName;
+        m_descriptor.description = QStringLiteral("Options only.");
+        m_descriptor.create = createTransform<OptionsOnlyTransform>;
+    }
 
-    int type() const override { return 900; }
-    int category() const override { return CategoryOther; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override
     {
         Transform::createParameters(inputs, useRemembered);
-        m_factory(this);
+        if (m_factory)
+            m_factory(this);
     }
-    Transform *clone() const override
+    void migrateParameters(int version, QList<StoredParameter> *parameters) const override
     {
-        auto *copy = new OptionsOnlyTransform(m_typeName, m_factory);
-        copy->copyParametersFrom(*this);
-        return copy;
+        if (m_migration)
+            m_migration(version, parameters);
     }
-    QString displayName() const override { return m_typeName; }
-    QString typeName() const override { return m_typeName; }
-    Dataset &process(Dataset &output, const QList<Node *> &, bool &) override { return output; }
-    QString description() const override { return QStringLiteral("Options only."); }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
+
+protected:
+    void copyFrom(const Transform &other) override
+    {
+        Transform::copyFrom(other);
+        const auto &options = static_cast<const OptionsOnlyTransform &>(other);
+        m_descriptor = options.m_descriptor;
+        m_factory = options.m_factory;
+        m_migration = options.m_migration;
+    }
+    Dataset &process(Dataset &output, const TransformInputs &, const RunContext &,
+                     bool &) override
+    {
+        return output;
+    }
 
 private:
-    QString m_typeName;
+    TransformDescriptor m_descriptor;
     Factory m_factory;
+    Migration m_migration;
 };
 
 const QString SavedBy = QStringLiteral("tester_using_Tabulon_v0_1_0_on_Test_x86_64_at_2026-01-02_"
@@ -194,15 +208,25 @@ void TestDocument::initTestCase()
     qputenv("TMPDIR", QFile::encodeName(m_tempFolder.path()));
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
 
-    addTransformPrototype(new OptionsOnlyTransform(QStringLiteral("Random"), [](Transform *t) {
-        t->addParameter(new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
-                                      QStringLiteral("New column name"), "Random"));
-        t->addParameter(new Parameter(ParameterType::Int, QStringLiteral("Minimum_Int"),
-                                      QStringLiteral("Minimum"), 0));
-        t->addParameter(new Parameter(ParameterType::Int, QStringLiteral("Maximum_Int"),
-                                      QStringLiteral("Maximum"), 100));
-    }));
-    addTransformPrototype(new OptionsOnlyTransform(QStringLiteral("Filter"), [](Transform *t) {
+    // Random's maximum became exclusive at version 78: the shape of a migration of its own.
+    const auto lowerMaximum = [](int version, QList<StoredParameter> *parameters) {
+        for (StoredParameter &parameter : *parameters) {
+            if (version < 78 && parameter.key == QLatin1String("Maximum_Int"))
+                ParameterMigration::lowerByOne(&parameter);
+        }
+    };
+    TransformRegistry::addPrototype(new OptionsOnlyTransform(
+        QStringLiteral("Random"),
+        [](Transform *t) {
+            t->addParameter(new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                          QStringLiteral("New column name"), "Random"));
+            t->addParameter(new Parameter(ParameterType::Int, QStringLiteral("Minimum_Int"),
+                                          QStringLiteral("Minimum"), 0));
+            t->addParameter(new Parameter(ParameterType::Int, QStringLiteral("Maximum_Int"),
+                                          QStringLiteral("Maximum"), 100));
+        },
+        lowerMaximum));
+    TransformRegistry::addPrototype(new OptionsOnlyTransform(QStringLiteral("Filter"), [](Transform *t) {
         t->addParameter(new Parameter(ParameterType::FilterColumns, QStringLiteral("Terms"),
                                       QStringLiteral("Terms"), nullptr));
         t->addParameter(new Parameter(ParameterType::If, QStringLiteral("Branches"),
@@ -548,13 +572,6 @@ void TestDocument::migrateParameters_data()
                                  << "Delimiter_Type" << 6 << "Text%20";
     QTest::newRow("Split lengths") << "Split" << 58 << "Delimiter_Type" << 6 << "Lengths"
                                    << "Delimiter_Type" << 6 << "Lengths";
-    QTest::newRow("Calculate Julian day") << "Calculate" << 67 << "Operation" << 6 << "JulianDay"
-                                          << "Operation" << 6 << "DateToJulianDay";
-    QTest::newRow("Calculate at 68") << "Calculate" << 68 << "Operation" << 6 << "JulianDay"
-                                     << "Operation" << 6 << "JulianDay";
-    QTest::newRow("Calculate other operation")
-        << "Calculate" << 50 << "Operation" << 6 << "JulianDayToDate"
-        << "Operation" << 6 << "JulianDayToDate";
 }
 
 void TestDocument::migrateParameters()
@@ -570,7 +587,9 @@ void TestDocument::migrateParameters()
 
     const StoredParameter untouched {QStringLiteral("New_Name"), 7, QStringLiteral("Maximum_Int")};
     QList<StoredParameter> parameters {untouched, {key, type, text}};
-    ::migrateParameters(typeName, version, &parameters);
+    const Transform *prototype = TransformRegistry::prototype(typeName);
+    QVERIFY(prototype);
+    prototype->migrateParameters(version, &parameters);
     QCOMPARE(parameters.size(), 2);
     QCOMPARE(parameters.at(0).key, untouched.key);
     QCOMPARE(parameters.at(0).text, untouched.text);

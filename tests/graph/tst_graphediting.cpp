@@ -21,9 +21,14 @@ class ProbeTransform : public Transform
 {
 public:
     explicit ProbeTransform(int minimum = 1, int maximum = 1)
-        : m_min(minimum)
-        , m_max(maximum)
     {
+        m_descriptor.type = 998;
+        m_descriptor.typeName = QStringLiteral("Probe");
+        m_descriptor.displayName = QStringLiteral("Probe");
+        m_descriptor.minimumInputs = minimum;
+        m_descriptor.maximumInputs = maximum;
+        m_descriptor.description = QStringLiteral("Stacks rows.");
+        m_descriptor.create = createTransform<ProbeTransform>;
         for (int i = 0; i < std::min(maximum, 2); ++i)
             addParameter(new Parameter(ParameterType::SingleColumn,
                                        QStringLiteral("Column_%1").arg(i + 1),
@@ -33,36 +38,28 @@ public:
     bool configures = false;
     int configureCalls = 0;
 
-    int type() const override { return 998; }
-    int category() const override { return CategoryOther; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &, bool) override { }
-    Transform *clone() const override
-    {
-        auto *copy = new ProbeTransform(m_min, m_max);
-        copy->copyParametersFrom(*this);
-        copy->configures = configures;
-        return copy;
-    }
-    QString displayName() const override { return QStringLiteral("Probe"); }
-    QString typeName() const override { return QStringLiteral("Probe"); }
-    QString description() const override { return QStringLiteral("Stacks rows."); }
-    int minimumInputs() const override { return m_min; }
-    int maximumInputs() const override { return m_max; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
-    bool autoConfigure(const QList<Node *> &) override
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
+    void createParameters(const ColumnSources &, bool) override { }
+    bool autoConfigure(const ColumnSources &) override
     {
         ++configureCalls;
         return configures;
     }
 
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &) override
+protected:
+    void copyFrom(const Transform &other) override
     {
-        for (const Node *input : inputs) {
-            const Dataset *data = input->dataset();
+        Transform::copyFrom(other);
+        const auto &probe = static_cast<const ProbeTransform &>(other);
+        m_descriptor = probe.m_descriptor;
+        configures = probe.configures;
+    }
+
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                     bool &) override
+    {
+        for (const TransformInput &input : inputs) {
+            const Dataset *data = input.dataset;
             if (!output.hasColumns()) {
                 output.setColumnCount(data->columnCount());
                 output.setHeader(data->header());
@@ -74,8 +71,7 @@ public:
     }
 
 private:
-    int m_min;
-    int m_max;
+    TransformDescriptor m_descriptor;
 };
 
 TransformNode *addProbe(GraphScene &scene, const QList<Node *> &inputs, const QPointF &pos,
@@ -91,7 +87,7 @@ ProbeTransform *probe(TransformNode *node)
 
 Node *sourceOf(TransformNode *node, int option)
 {
-    return node->transform()->parameters().at(option)->sourceNode();
+    return dynamic_cast<Node *>(node->transform()->parameters().at(option)->sourceNode());
 }
 
 QList<Node *> sortedTargets(const Node *node)

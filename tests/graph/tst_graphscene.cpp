@@ -22,8 +22,14 @@ class RecordingTransform : public Transform
 public:
     explicit RecordingTransform(QStringList *journal = nullptr, const QString &name = "Stack")
         : m_journal(journal)
-        , m_name(name)
-    { }
+    {
+        m_descriptor.type = 999;
+        m_descriptor.typeName = name;
+        m_descriptor.displayName = name;
+        m_descriptor.maximumInputs = 0x7fffffff;
+        m_descriptor.description = "Stacks rows.";
+        m_descriptor.create = createTransform<RecordingTransform>;
+    }
 
     bool requestStop = false;
     bool fail = false;
@@ -32,27 +38,25 @@ public:
     bool take = false;
     QList<bool> owned;
 
-    int type() const override { return 999; }
-    int category() const override { return CategoryOther; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    Transform *clone() const override { return new RecordingTransform(m_journal, m_name); }
-    QString displayName() const override { return m_name; }
-    QString typeName() const override { return m_name; }
-    QString description() const override { return "Stacks rows."; }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 0x7fffffff; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
 
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override
+protected:
+    void copyFrom(const Transform &other) override
+    {
+        Transform::copyFrom(other);
+        const auto &recording = static_cast<const RecordingTransform &>(other);
+        m_journal = recording.m_journal;
+        m_descriptor = recording.m_descriptor;
+    }
+
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                     bool &failed) override
     {
         if (m_journal)
-            m_journal->append(m_name);
+            m_journal->append(m_descriptor.typeName);
         for (int i = 0; i < inputs.size(); ++i) {
             const Dataset taken = take ? inputDataset(inputs, i) : Dataset();
-            const Dataset *data = take ? &taken : inputs.at(i)->dataset();
+            const Dataset *data = take ? &taken : inputs.at(i).dataset;
             if (take)
                 owned.append(taken.rows().isDetached());
             if (!output.hasColumns()) {
@@ -70,7 +74,7 @@ public:
 
 private:
     QStringList *m_journal;
-    QString m_name;
+    TransformDescriptor m_descriptor;
 };
 
 // Collects every log line of a scene in order.

@@ -22,12 +22,23 @@ class ReentrantTransform : public TransformStack
 public:
     std::function<void()> during;
 
-    Transform *clone() const override { return new ReentrantTransform; }
-    Dataset &process(Dataset &output, const QList<Node *> &inputs, bool &failed) override
+    const TransformDescriptor &descriptor() const override
+    {
+        static const TransformDescriptor descriptor = [] {
+            TransformDescriptor d = TransformStack().descriptor();
+            d.create = createTransform<ReentrantTransform>;
+            return d;
+        }();
+        return descriptor;
+    }
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override
     {
         if (during)
             during();
-        return TransformStack::process(output, inputs, failed);
+        return TransformStack::process(output, inputs, context, failed);
     }
 };
 

@@ -5,6 +5,7 @@
 #include "graph/transformnode.h"
 #include "io/commandline.h"
 #include "testutil.h"
+#include "transforms/registry.h"
 #include "transforms/framework/transform.h"
 
 #include <QApplication>
@@ -19,25 +20,28 @@ namespace {
 class FailingTransform : public Transform
 {
 public:
-    int type() const override { return 901; }
-    int category() const override { return CategoryOther; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    Transform *clone() const override { return new FailingTransform; }
-    QString displayName() const override { return QStringLiteral("Failing"); }
-    QString typeName() const override { return QStringLiteral("Failing"); }
-    Dataset &process(Dataset &output, const QList<Node *> &, bool &failed) override
+    const TransformDescriptor &descriptor() const override
+    {
+        static const TransformDescriptor descriptor = [] {
+            TransformDescriptor d;
+            d.type = 901;
+            d.typeName = QStringLiteral("Failing");
+            d.displayName = QStringLiteral("Failing");
+            d.description = QStringLiteral("Fails.");
+            d.create = createTransform<FailingTransform>;
+            return d;
+        }();
+        return descriptor;
+    }
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &, const RunContext &,
+                     bool &failed) override
     {
         addWarning(QStringLiteral("Nothing works"));
         failed = true;
         return output;
     }
-    QString description() const override { return QStringLiteral("Fails."); }
-    int minimumInputs() const override { return 1; }
-    int maximumInputs() const override { return 1; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return false; }
 };
 
 // Lines written through a log, split at line ends.
@@ -114,7 +118,7 @@ private:
 
 void TestCommandLine::initTestCase()
 {
-    addTransformPrototype(new FailingTransform);
+    TransformRegistry::addPrototype(new FailingTransform);
 }
 
 void TestCommandLine::init()

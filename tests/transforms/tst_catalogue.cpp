@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
@@ -190,7 +189,7 @@ void TestCatalogue::rows()
     QVERIFY(!prototype->description().isEmpty());
 
     // Options are made for a one-column input, as when a user adds the transform.
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"a"}, {"1"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"a"}, {"1"}})));
     QScopedPointer<Transform> transform(prototype->clone());
     transform->createParameters({input.data()}, false);
     QStringList actualKeys;

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformcase.h"
@@ -30,13 +29,13 @@ private slots:
     void cloneTransformCopiesInput();
 
 private:
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
     TransformCase *m_case = nullptr;
 };
 
 void TestTransformCase::init()
 {
-    m_input = makeDataNode(makeDataset({{"text", "other"},
+    m_input = makeDataSource(makeDataset({{"text", "other"},
                                         {"hello wORLD", "keep me"},
                                         {"  it's the NASA way", "x"},
                                         {"", "y"}}));
@@ -130,7 +129,7 @@ void TestTransformCase::untouchedColumnsAndRowsStayShared()
     big.setHeader({"a", "b", "c"});
     for (int r = 0; r < 5000; ++r)
         big.appendRow({r % 2 ? "UP" : "down", QString::number(r), "z"}, true);
-    QScopedPointer<Node> input(makeDataNode(big));
+    QScopedPointer<DataSource> input(makeDataSource(big));
     TransformCase transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});
@@ -149,7 +148,7 @@ void TestTransformCase::untouchedColumnsAndRowsStayShared()
 
 void TestTransformCase::wrongInputCountGivesEmptyResult()
 {
-    QScopedPointer<Node> second(makeDataNode(makeDataset({{"a"}, {"b"}})));
+    QScopedPointer<DataSource> second(makeDataSource(makeDataset({{"a"}, {"b"}})));
     Dataset output = runTransform(*m_case, {m_input, second.data()});
     QCOMPARE(output.columnCount(), 0);
     output = runTransform(*m_case, {});
@@ -158,7 +157,7 @@ void TestTransformCase::wrongInputCountGivesEmptyResult()
 
 void TestTransformCase::emptyDatasetReportsNoChanges()
 {
-    QScopedPointer<Node> empty(makeDataNode(makeDataset({{"a", "b"}})));
+    QScopedPointer<DataSource> empty(makeDataSource(makeDataset({{"a", "b"}})));
     TransformCase transform;
     transform.createParameters({empty.data()}, false);
     transform.parameter("Columns")->setColumns({empty->dataset()->columnId(0)});
@@ -175,7 +174,7 @@ void TestTransformCase::progressEveryThousandRows()
     data.setColumnCount(1);
     for (int r = 0; r < 2500; ++r)
         data.appendRow({"x"}, true);
-    QScopedPointer<Node> input(makeDataNode(data));
+    QScopedPointer<DataSource> input(makeDataSource(data));
     TransformCase transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformchop.h"
@@ -33,12 +32,12 @@ private:
     // Runs transform on the column "text" of m_input and returns that column.
     QStringList run(Transform &transform);
 
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 void TestTransformChop::init()
 {
-    m_input = makeDataNode(
+    m_input = makeDataSource(
         makeDataset({{"text", "other"}, {"abcdef", "1"}, {"ab", "2"}, {"", "3"}, {"abc", "4"}}));
 }
 

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
@@ -113,7 +112,7 @@ void TestTransformConcatRows::concat()
     QFETCH(Rows, expected);
     QFETCH(QString, result);
 
-    QScopedPointer<Node> node(makeDataNode(makeDataset(input)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(input)));
     TransformConcatRows concat;
     concat.createParameters({node.data()}, false);
     concat.parameter("Key_Column")->setColumnId(node->dataset()->columnId(0));
@@ -130,7 +129,7 @@ void TestTransformConcatRows::concat()
 
 void TestTransformConcatRows::firstBlockKeepsIds()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a", "b"}, {"1", "2"}, {"3", "4"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a", "b"}, {"1", "2"}, {"3", "4"}})));
     TransformConcatRows concat;
     concat.createParameters({node.data()}, false);
     const Dataset output = runTransform(concat, {node.data()});
@@ -141,7 +140,7 @@ void TestTransformConcatRows::firstBlockKeepsIds()
 
 void TestTransformConcatRows::unsetKeyWarnsOnlyByKey()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a", "b"}, {"1", "2"}, {"1", "4"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a", "b"}, {"1", "2"}, {"1", "4"}})));
     TransformConcatRows concat;
     concat.createParameters({node.data()}, false);
     runTransform(concat, {node.data()});

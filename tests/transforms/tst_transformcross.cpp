@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/transformcross.h"
 
@@ -22,12 +21,12 @@ private slots:
     void crossOverflow();
 
 private:
-    Node *m_people = nullptr; // id, name: two rows
+    DataSource *m_people = nullptr; // id, name: two rows
 };
 
 void TestTransformCross::init()
 {
-    m_people = makeDataNode(makeDataset({{"id", "name"}, {"1", "Ann"}, {"2", "Bob"}}));
+    m_people = makeDataSource(makeDataset({{"id", "name"}, {"1", "Ann"}, {"2", "Bob"}}));
 }
 
 void TestTransformCross::cleanup()
@@ -44,7 +43,7 @@ void TestTransformCross::singleInputIsCopied()
 
 void TestTransformCross::cross()
 {
-    Node *letters = makeDataNode(makeDataset({{"b", "c"}, {"x", "y"}, {"p", "q"}, {"r", "s"}}));
+    DataSource *letters = makeDataSource(makeDataset({{"b", "c"}, {"x", "y"}, {"p", "q"}, {"r", "s"}}));
     TransformCross cross;
     const Dataset output = runTransform(cross, {m_people, letters});
     QCOMPARE(output.header(), QStringList({"id", "name", "b", "c"}));
@@ -63,7 +62,7 @@ void TestTransformCross::cross()
 
 void TestTransformCross::crossLastInputVariesFastest()
 {
-    Node *bits = makeDataNode(makeDataset({{"0"}, {"1"}}, false));
+    DataSource *bits = makeDataSource(makeDataset({{"0"}, {"1"}}, false));
     TransformCross cross;
     const Dataset output = runTransform(cross, {m_people, bits, bits});
     QVERIFY(output.hasHeader());
@@ -82,7 +81,7 @@ void TestTransformCross::crossLastInputVariesFastest()
 
 void TestTransformCross::crossWithEmptyInput()
 {
-    Node *empty = makeDataNode(makeDataset({{"e"}}));
+    DataSource *empty = makeDataSource(makeDataset({{"e"}}));
     TransformCross cross;
     const Dataset output = runTransform(cross, {m_people, empty});
     QCOMPARE(output.rowCount(), 0);
@@ -112,8 +111,8 @@ void TestTransformCross::crossOverflow()
     first.setSize(rows1, 1);
     Dataset second;
     second.setSize(rows2, 1);
-    Node *a = makeDataNode(first);
-    Node *b = makeDataNode(second);
+    DataSource *a = makeDataSource(first);
+    DataSource *b = makeDataSource(second);
     TransformCross cross;
     const Dataset output = runTransform(cross, {a, b});
     QCOMPARE(output.rowCount(), 0);

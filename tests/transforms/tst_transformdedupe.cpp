@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/dedupeengine.h"
 #include "transforms/framework/parameter.h"
@@ -40,7 +39,7 @@ Dataset TestTransformDedupe::dedupe(const Dataset &input, const QList<int> &colu
                                     bool ignoreSpaces, bool ignorePunctuation, QString *result,
                                     QList<ColumnId> *inputIds)
 {
-    QScopedPointer<Node> node(makeDataNode(input));
+    QScopedPointer<DataSource> node(makeDataSource(input));
     if (inputIds)
         *inputIds = node->dataset()->columnIds();
     TransformDedupe transform;
@@ -248,17 +247,18 @@ void TestTransformDedupe::stopKeepsWhatWasFound()
     for (int i = 0; i < 3000; ++i)
         rows.append({QString::number(i % 10)});
     const Dataset input = makeDataset(rows);
+    bool stop = false;
     DedupeOptions options;
     options.columns = {0};
+    options.stopRequested = [&stop] { return stop; };
     DedupeProgress progress;
     QSignalSpy fractions(&progress, qOverload<qreal>(&DedupeProgress::processed));
     connect(&progress, qOverload<qreal, int, int>(&DedupeProgress::processed), this,
-            [](qreal fraction, int, int) {
+            [&stop](qreal fraction, int, int) {
                 if (fraction > 0.5)
-                    DedupeEngine::setStopRequested(true);
+                    stop = true;
             });
     const DedupeResult result = DedupeEngine::findDuplicates(&progress, input, options);
-    DedupeEngine::setStopRequested(false);
     QCOMPARE(result.output.rowCount(), 10);
     QCOMPARE(result.groups + result.duplicates, 2000);
     QCOMPARE(fractions.first().first().toReal(), 0.0);
@@ -267,7 +267,7 @@ void TestTransformDedupe::stopKeepsWhatWasFound()
 
 void TestTransformDedupe::optionsEnableByMatchTypeAndMode()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a"}, {"1"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a"}, {"1"}})));
     TransformDedupe transform;
     transform.createParameters({node.data()}, false);
     QVERIFY(!transform.isParameterEnabled("Fuzziness"));

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformfilldown.h"
@@ -40,7 +39,7 @@ QList<QStringList> TestTransformFillDown::run(AdjacentCellsTransform &transform,
                                               const QString &direction, bool byKey,
                                               const QList<int> &shown)
 {
-    QScopedPointer<Node> input(makeDataNode(data));
+    QScopedPointer<DataSource> input(makeDataSource(data));
     transform.createParameters({input.data()}, false);
     QList<ColumnId> ids;
     for (int c : columns)
@@ -140,7 +139,7 @@ void TestTransformFillDown::fillKeepsUntouchedRowsShared()
     big.setHeader({"a", "b"});
     for (int r = 0; r < 3000; ++r)
         big.appendRow({r % 3 == 0 ? QString::number(r) : QString(), "same"}, true);
-    QScopedPointer<Node> input(makeDataNode(big));
+    QScopedPointer<DataSource> input(makeDataSource(big));
     TransformFillDown transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});
@@ -285,7 +284,7 @@ void TestTransformFillDown::keyRuleOptionsFollowDirection()
 
 void TestTransformFillDown::missingKeyColumnChangesNothingAndWarns()
 {
-    QScopedPointer<Node> input(makeDataNode(fillData()));
+    QScopedPointer<DataSource> input(makeDataSource(fillData()));
     TransformFillDown transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(1)});
@@ -304,8 +303,8 @@ void TestTransformFillDown::missingKeyColumnChangesNothingAndWarns()
 
 void TestTransformFillDown::wrongInputCountGivesEmptyResult()
 {
-    QScopedPointer<Node> a(makeDataNode(fillData()));
-    QScopedPointer<Node> b(makeDataNode(fillData()));
+    QScopedPointer<DataSource> a(makeDataSource(fillData()));
+    QScopedPointer<DataSource> b(makeDataSource(fillData()));
     TransformUnfill transform;
     transform.createParameters({a.data()}, false);
     QCOMPARE(runTransform(transform, {a.data(), b.data()}).columnCount(), 0);

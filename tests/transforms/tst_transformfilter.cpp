@@ -1,5 +1,4 @@
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "testutil.h"
 #include "transformfixtures.h"
 #include "transforms/framework/comparisonoperator.h"
@@ -28,7 +27,7 @@ private slots:
 private:
     QStringList names(const Dataset &dataset) const { return dataset.columnValues(0); }
 
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 void TestTransformFilter::initTestCase()
@@ -38,7 +37,7 @@ void TestTransformFilter::initTestCase()
 
 void TestTransformFilter::init()
 {
-    m_input = makeDataNode(conditionInput());
+    m_input = makeDataSource(conditionInput());
 }
 
 void TestTransformFilter::cleanup()
@@ -155,7 +154,7 @@ void TestTransformFilter::filterDisabled()
 
 void TestTransformFilter::filterEmptyInputKeepsColumns()
 {
-    QScopedPointer<Node> empty(makeDataNode(makeDataset({{"a", "b"}})));
+    QScopedPointer<DataSource> empty(makeDataSource(makeDataset({{"a", "b"}})));
     TransformFilter transform;
     transform.createParameters({empty.data()}, false);
     FilterTerms filter;

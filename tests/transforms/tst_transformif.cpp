@@ -1,5 +1,4 @@
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "testutil.h"
 #include "transformfixtures.h"
 #include "transforms/framework/comparisonoperator.h"
@@ -34,7 +33,7 @@ private:
     QStringList run(TransformIf &transform, const QList<QList<FilterTerm>> &branches,
                     const QStringList &thenValues, const QString &elseValue);
 
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 void TestTransformIf::initTestCase()
@@ -44,7 +43,7 @@ void TestTransformIf::initTestCase()
 
 void TestTransformIf::init()
 {
-    m_input = makeDataNode(conditionInput());
+    m_input = makeDataSource(conditionInput());
 }
 
 void TestTransformIf::cleanup()
@@ -190,7 +189,7 @@ void TestTransformIf::caseOption()
 
 void TestTransformIf::withoutHeaderNamesNoColumn()
 {
-    QScopedPointer<Node> plain(makeDataNode(makeDataset({{"1", "a"}, {"2", "b"}}, false)));
+    QScopedPointer<DataSource> plain(makeDataSource(makeDataset({{"1", "a"}, {"2", "b"}}, false)));
     TransformIf transform;
     transform.createParameters({plain.data()}, false);
     transform.parameter("New_Name")->setValue(QString("Size"));

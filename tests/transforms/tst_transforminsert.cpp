@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transforminsert.h"
@@ -26,12 +25,12 @@ private slots:
     void optionKeysInOrder();
 
 private:
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 void TestTransformInsert::init()
 {
-    m_input = makeDataNode(makeDataset(
+    m_input = makeDataSource(makeDataset(
         {{"id", "name", "Total", "Total Cost"}, {"1", "ann", "10", "99"}, {"2", "", "20", "88"}}));
 }
 
@@ -138,8 +137,8 @@ void TestTransformInsert::substitute()
 void TestTransformInsert::substituteAmbiguousNames()
 {
     // Names first: the column named "2" wins over column number 2 for $(2).
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"a", "b", "a", "2", "b"}, {"1", "2", "3", "4", "5"}})));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"a", "b", "a", "2", "b"}, {"1", "2", "3", "4", "5"}})));
     TransformSubstitute transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Script")->setValue(QString("$(b)$(a)$(2)$(3)"));
@@ -155,7 +154,7 @@ void TestTransformInsert::substituteAmbiguousNames()
 
 void TestTransformInsert::substituteWithoutHeaderAndRows()
 {
-    QScopedPointer<Node> noHeader(makeDataNode(makeDataset({{"x", "y"}, {"z", "w"}}, false)));
+    QScopedPointer<DataSource> noHeader(makeDataSource(makeDataset({{"x", "y"}, {"z", "w"}}, false)));
     TransformSubstitute transform;
     transform.createParameters({noHeader.data()}, false);
     transform.parameter("Script")->setValue(QString("$(2)$(1)"));
@@ -163,7 +162,7 @@ void TestTransformInsert::substituteWithoutHeaderAndRows()
     QCOMPARE(output.columnValues(2), QStringList({"yx", "wz"}));
     QCOMPARE(transform.result(), QString("2 evaluated"));
 
-    QScopedPointer<Node> empty(makeDataNode(makeDataset({{"a"}})));
+    QScopedPointer<DataSource> empty(makeDataSource(makeDataset({{"a"}})));
     TransformSubstitute onEmpty;
     onEmpty.createParameters({empty.data()}, false);
     onEmpty.parameter("Script")->setValue(QString("$(a)"));

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transformfixtures.h"
 #include "transforms/framework/parameter.h"
@@ -22,14 +21,14 @@ private slots:
     void singleInputAsksForSecond();
 
 private:
-    Node *m_top = nullptr;
-    Node *m_bottom = nullptr;
+    DataSource *m_top = nullptr;
+    DataSource *m_bottom = nullptr;
 };
 
 void TestTransformIntersect::init()
 {
-    m_top = makeDataNode(keyedTop());
-    m_bottom = makeDataNode(keyedBottom());
+    m_top = makeDataSource(keyedTop());
+    m_bottom = makeDataSource(keyedBottom());
 }
 
 void TestTransformIntersect::cleanup()

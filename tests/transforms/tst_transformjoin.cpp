@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
@@ -33,21 +32,21 @@ private slots:
 private:
     void setOptions(bool caseSensitive, bool left, bool right);
 
-    Node *m_top = nullptr;
-    Node *m_bottom = nullptr;
+    DataSource *m_top = nullptr;
+    DataSource *m_bottom = nullptr;
     TransformJoin *m_join = nullptr;
 };
 
 void TestTransformJoin::init()
 {
-    m_top = makeDataNode(makeDataset({{"id", "name"},
+    m_top = makeDataSource(makeDataset({{"id", "name"},
                                       {"1", "Ann"},
                                       {"2", "Bob"},
                                       {"2", "Bea"},
                                       {"", "Nil"},
                                       {"A", "Upper"},
                                       {"4 ", "Dan"}}));
-    m_bottom = makeDataNode(makeDataset({{"key", "city"},
+    m_bottom = makeDataSource(makeDataset({{"key", "city"},
                                          {"2", "Paris"},
                                          {"2", "Rome"},
                                          {"3", "Oslo"},
@@ -191,7 +190,7 @@ void TestTransformJoin::byRowNumber()
     QFETCH(QStringList, lastRow);
     QFETCH(QString, result);
 
-    QList<Node *> inputs {m_top, m_bottom};
+    ColumnSources inputs {m_top, m_bottom};
     if (!topIsLonger) {
         std::swap(inputs[0], inputs[1]);
         m_join->connectParameters(inputs);
@@ -277,8 +276,8 @@ void TestTransformJoin::autoConfigure()
                                               : QStringLiteral("X%1").arg(r),
                                    QStringLiteral("n %1").arg(r)};
     }
-    Node *top = makeDataNode(makeDataset(topRows, withHeader));
-    Node *bottom = makeDataNode(makeDataset(bottomRows, withHeader));
+    DataSource *top = makeDataSource(makeDataset(topRows, withHeader));
+    DataSource *bottom = makeDataSource(makeDataset(bottomRows, withHeader));
     TransformJoin join;
     join.createParameters({top, bottom}, false);
     QCOMPARE(join.autoConfigure({top, bottom}), chosen);

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformlookup.h"
@@ -41,8 +40,8 @@ struct Fixture
             bottomRows << QStringList {bottomKeys.at(r),
                                        bottomValues.isEmpty() ? QStringLiteral("v%1").arg(r + 1)
                                                               : bottomValues.at(r)};
-        top = makeDataNode(makeDataset(topRows));
-        bottom = makeDataNode(makeDataset(bottomRows));
+        top = makeDataSource(makeDataset(topRows));
+        bottom = makeDataSource(makeDataset(bottomRows));
         lookup.createParameters({top, bottom}, false);
         lookup.parameter("Top_Lookup_Column")->setColumnId(top->dataset()->columnId(0));
         lookup.parameter("Bottom_Lookup_Column")->setColumnId(bottom->dataset()->columnId(0));
@@ -56,8 +55,8 @@ struct Fixture
     }
     Dataset run() { return runTransform(lookup, {top, bottom}); }
 
-    Node *top;
-    Node *bottom;
+    DataSource *top;
+    DataSource *bottom;
     TransformLookup lookup;
 };
 
@@ -279,7 +278,7 @@ void TestTransformLookup::columnName()
     QCOMPARE(output.columnIds().mid(0, 2), fixture.top->dataset()->columnIds());
 
     // A top dataset without a header gets none for the new column.
-    QScopedPointer<Node> plain(makeDataNode(makeDataset({{"a", "1"}, {"b", "2"}}, false)));
+    QScopedPointer<DataSource> plain(makeDataSource(makeDataset({{"a", "1"}, {"b", "2"}}, false)));
     TransformLookup lookup;
     lookup.createParameters({plain.data(), fixture.bottom}, false);
     lookup.parameter("Top_Lookup_Column")->setColumnId(plain->dataset()->columnId(0));
@@ -315,7 +314,7 @@ void TestTransformLookup::optionsBindToTheirInputs()
     QCOMPARE(lookup.parameter("Bottom_Value_Column")->sourceNode(), fixture.bottom);
     QCOMPARE(lookup.parameter("Bottom_Value_Column")->toColumnIndex(), 1);
     lookup.connectParameters({fixture.top});
-    QCOMPARE(lookup.parameter("Bottom_Value_Column")->sourceNode(), static_cast<Node *>(nullptr));
+    QCOMPARE(lookup.parameter("Bottom_Value_Column")->sourceNode(), static_cast<DataSource *>(nullptr));
 }
 
 void TestTransformLookup::dependentOptions()

@@ -1,5 +1,3 @@
-#include "graph/graphscene.h"
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformconcat.h"
@@ -36,19 +34,19 @@ private slots:
     void stampPositions_data();
     void stampPositions();
     void stampOnEmptyDatasetMakesOneCell();
-    void stampNamesTheDocumentOfTheScene();
+    void stampNamesTheDocumentOfTheRun();
     void wrongInputCountGivesEmptyResult();
 
 private:
-    Node *m_input = nullptr;
-    Node *m_plain = nullptr;
+    DataSource *m_input = nullptr;
+    DataSource *m_plain = nullptr;
 };
 
 void TestTransformNewCol::init()
 {
-    m_input = makeDataNode(
+    m_input = makeDataSource(
         makeDataset({{"a", "b", "c"}, {"1", "x", ""}, {"2", "", " "}, {"3", "z", "w"}}));
-    m_plain = makeDataNode(makeDataset({{"p", "q"}, {"r", "s"}}, false));
+    m_plain = makeDataSource(makeDataset({{"p", "q"}, {"r", "s"}}, false));
 }
 
 void TestTransformNewCol::cleanup()
@@ -87,7 +85,7 @@ void TestTransformNewCol::newCol()
     QFETCH(QStringList, headers);
     QFETCH(QStringList, cells);
 
-    Node *input = withHeader ? m_input : m_plain;
+    DataSource *input = withHeader ? m_input : m_plain;
     TransformNewCol transform;
     transform.createParameters({input}, false);
     QCOMPARE(transform.parameter("New_Name")->toString(), QString("New Col"));
@@ -148,7 +146,7 @@ void TestTransformNewCol::rowNum()
     QList<QStringList> literal {{"name"}};
     for (int r = 0; r < rows; ++r)
         literal.append({QString("row %1").arg(r)});
-    QScopedPointer<Node> input(makeDataNode(makeDataset(literal)));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset(literal)));
     TransformRowNum transform;
     transform.createParameters({input.data()}, false);
     QCOMPARE(transform.parameter("Every")->minimumInt(), 1);
@@ -168,7 +166,7 @@ void TestTransformNewCol::rowNumReportsProgress()
     data.setColumnCount(1);
     for (int r = 0; r < 2001; ++r)
         data.appendRow({"x"}, true);
-    QScopedPointer<Node> input(makeDataNode(data));
+    QScopedPointer<DataSource> input(makeDataSource(data));
     TransformRowNum transform;
     transform.createParameters({input.data()}, false);
     QSignalSpy progress(&transform, &Transform::processed);
@@ -374,7 +372,7 @@ void TestTransformNewCol::stampPositions()
 
 void TestTransformNewCol::stampOnEmptyDatasetMakesOneCell()
 {
-    QScopedPointer<Node> empty(makeDataNode(Dataset()));
+    QScopedPointer<DataSource> empty(makeDataSource(Dataset()));
     TransformStamp transform;
     transform.createParameters({empty.data()}, false);
     transform.parameter("Format")->setValue(QString("!x"));
@@ -384,7 +382,7 @@ void TestTransformNewCol::stampOnEmptyDatasetMakesOneCell()
     QCOMPARE(output.cell(0, 0), QString("x"));
 }
 
-void TestTransformNewCol::stampNamesTheDocumentOfTheScene()
+void TestTransformNewCol::stampNamesTheDocumentOfTheRun()
 {
     TransformStamp transform;
     transform.createParameters({m_input}, false);
@@ -393,12 +391,10 @@ void TestTransformNewCol::stampNamesTheDocumentOfTheScene()
     Dataset output = runTransform(transform, {m_input});
     QCOMPARE(output.cell(3, 0), QString("[]"));
 
-    GraphScene scene;
-    scene.addNode(m_input);
-    scene.setDocumentPath("/some/folder/monthly report.tabulon");
-    output = runTransform(transform, {m_input});
+    RunContext context;
+    context.documentPath = "/some/folder/monthly report.tabulon";
+    output = runTransform(transform, {m_input}, context);
     QCOMPARE(output.cell(3, 0), QString("[monthly report.tabulon]"));
-    scene.removeItem(m_input);
 
     transform.parameter("Format")->setValue(QString("$(c)|$(u)"));
     output = runTransform(transform, {m_input});

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformnewrows.h"
@@ -111,8 +110,8 @@ void TestTransformNewRows::newRows()
     QFETCH(QString, result);
     QFETCH(QStringList, warnings);
 
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"name", "n"}, {"a", "2"}, {"b", "0"}, {"c", "x"}, {"d", "1"}})));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"name", "n"}, {"a", "2"}, {"b", "0"}, {"c", "x"}, {"d", "1"}})));
     TransformNewRows transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Number_Col_Name")->setColumnId(input->dataset()->columnId(1));
@@ -179,7 +178,7 @@ void TestTransformNewRows::sequence()
     QFETCH(QStringList, expected);
     QFETCH(QString, result);
 
-    QScopedPointer<Node> input(makeDataNode(
+    QScopedPointer<DataSource> input(makeDataSource(
         makeDataset({{"id", "v"}, {"3", "c"}, {"x", "X"}, {"1", "a"}, {"", "E"}, {"5", "e"}})));
     TransformSequence transform;
     transform.createParameters({input.data()}, false);
@@ -196,7 +195,7 @@ void TestTransformNewRows::sequence()
 void TestTransformNewRows::sequenceOfDates()
 {
     // Duplicates stay; new dates are written as the column writes them, zeros included.
-    QScopedPointer<Node> input(makeDataNode(makeDataset(
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset(
         {{"day", "v"}, {"2024-02-02", "b"}, {"2024-01-30", "a"}, {"2024-02-02", "c"}})));
     TransformSequence transform;
     transform.createParameters({input.data()}, false);
@@ -212,7 +211,7 @@ void TestTransformNewRows::sequenceOfDates()
     QVERIFY(transform.warnings().isEmpty());
 
     // A column without dates is left alone.
-    QScopedPointer<Node> words(makeDataNode(makeDataset({{"w"}, {"x"}, {"y"}})));
+    QScopedPointer<DataSource> words(makeDataSource(makeDataset({{"w"}, {"x"}, {"y"}})));
     transform.createParameters({words.data()}, false);
     transform.parameter("How_Name")->setValue(QString("Missing dates"));
     const Dataset same = runTransform(transform, {words.data()});

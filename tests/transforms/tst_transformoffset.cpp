@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformoffset.h"
@@ -59,7 +58,7 @@ void TestTransformOffset::offset()
     QList<QStringList> rows {{"v", "other"}};
     for (int r = 0; r < values.size(); ++r)
         rows.append({values.at(r), QString::number(r)});
-    QScopedPointer<Node> input(makeDataNode(makeDataset(rows)));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset(rows)));
     TransformOffset transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});
@@ -76,7 +75,7 @@ void TestTransformOffset::offset()
 
 void TestTransformOffset::newValueDisabledByWraparound()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"v"}, {"1"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"v"}, {"1"}})));
     TransformOffset transform;
     transform.createParameters({input.data()}, false);
     // The only column is chosen without asking.

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformheader.h"
@@ -43,12 +42,12 @@ private:
     // Gives the input a fourth column with an id of its own, as a change upstream would.
     ColumnId addUpstreamColumn();
 
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 void TestTransformRemoveCols::init()
 {
-    m_input = makeDataNode(
+    m_input = makeDataSource(
         makeDataset({{"a", "b", "c"}, {"1", "2", "3"}, {"4", "5", "6"}, {"7", "8", "9"}}));
 }
 
@@ -186,7 +185,7 @@ void TestTransformRemoveCols::removeColsReportsProgress()
     data.setColumnCount(2);
     for (int r = 0; r < 1500; ++r)
         data.appendRow({"x", QString::number(r)}, true);
-    QScopedPointer<Node> input(makeDataNode(data));
+    QScopedPointer<DataSource> input(makeDataSource(data));
     TransformRemoveCols transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(1)});
@@ -375,7 +374,7 @@ void TestTransformRemoveCols::header()
 void TestTransformRemoveCols::headerRowsEqualToTheNamesAreOnlyRemoved()
 {
     // A header line repeated as the first data line, as concatenated exports often have.
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"a", "b"}, {"a", "b"}, {"1", "2"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"a", "b"}, {"a", "b"}, {"1", "2"}})));
     TransformHeader transform;
     transform.createParameters({input.data()}, false);
     QCOMPARE(transform.parameter("Mode")->toString(), QString("Overwrite"));
@@ -387,7 +386,7 @@ void TestTransformRemoveCols::headerRowsEqualToTheNamesAreOnlyRemoved()
 
 void TestTransformRemoveCols::wrongInputCountGivesEmptyResult()
 {
-    QScopedPointer<Node> second(makeDataNode(makeDataset({{"x"}, {"y"}})));
+    QScopedPointer<DataSource> second(makeDataSource(makeDataset({{"x"}, {"y"}})));
     QList<Transform *> transforms {new TransformRemoveCols, new TransformRenameCols,
                                    new TransformReorder, new TransformHeader};
     for (Transform *transform : transforms) {

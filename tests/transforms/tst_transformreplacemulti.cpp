@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformreplacemulti.h"
@@ -109,7 +108,7 @@ void TestTransformReplaceMulti::terms()
     QFETCH(QString, cell);
     QFETCH(QString, expected);
 
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"text", "other"}, {cell, cell}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"text", "other"}, {cell, cell}})));
     TransformReplaceMulti transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});
@@ -125,7 +124,7 @@ void TestTransformReplaceMulti::terms()
 
 void TestTransformReplaceMulti::variablesComeFromTheInputRow()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"code", "name", "Total", "Total Cost"},
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"code", "name", "Total", "Total Cost"},
                                                          {"A", "x-A-y", "1", "9"},
                                                          {"B", "x-A-y", "2", "8"}})));
     TransformReplaceMulti transform;
@@ -146,8 +145,8 @@ void TestTransformReplaceMulti::variablesComeFromTheInputRow()
 
 void TestTransformReplaceMulti::invalidRegexWarnsOnce()
 {
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"p", "q"}, {"a(", "x"}, {"b[", "y"}, {"a(", "z"}})));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"p", "q"}, {"a(", "x"}, {"b[", "y"}, {"a(", "z"}})));
     TransformReplaceMulti transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(1)});

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsample.h"
@@ -30,7 +29,7 @@ private slots:
     void sampleOptionStates();
 
 private:
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 namespace {
@@ -86,7 +85,7 @@ QStringList rowNames(const QList<int> &rows)
 
 void TestTransformSample::init()
 {
-    m_input = makeDataNode(numberedRows(10));
+    m_input = makeDataSource(numberedRows(10));
 }
 
 void TestTransformSample::cleanup()
@@ -175,7 +174,7 @@ void TestTransformSample::randomSamples()
     QFETCH(int, rows);
     QFETCH(int, seed);
 
-    QScopedPointer<Node> input(makeDataNode(numberedRows(rowCount)));
+    QScopedPointer<DataSource> input(makeDataSource(numberedRows(rowCount)));
     TransformSample transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Rows")->setValue(rows);
@@ -195,8 +194,8 @@ void TestTransformSample::randomSamples()
 void TestTransformSample::sampleDependsOnRowCount()
 {
     for (const int spread : {3, 4}) {
-        QScopedPointer<Node> shorter(makeDataNode(numberedRows(200)));
-        QScopedPointer<Node> longer(makeDataNode(numberedRows(300)));
+        QScopedPointer<DataSource> shorter(makeDataSource(numberedRows(200)));
+        QScopedPointer<DataSource> longer(makeDataSource(numberedRows(300)));
         TransformSample transform;
         transform.createParameters({shorter.data()}, false);
         transform.parameter("Rows")->setValue(20);
@@ -212,7 +211,7 @@ void TestTransformSample::qualityNeverDrawsTheLastRemainingRow()
     // The drawn index is ((length - 1) * u) >> 32, below length - 1 for every u: while other
     // rows remain the last one can't be drawn. So 1 row of 2 is always the first, and 9 of 10
     // always leave out the tenth, whatever the seed.
-    QScopedPointer<Node> two(makeDataNode(numberedRows(2)));
+    QScopedPointer<DataSource> two(makeDataSource(numberedRows(2)));
     for (const int seed : {0, 1, 7, 123456, -5}) {
         TransformSample transform;
         transform.createParameters({m_input}, false);

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
@@ -20,7 +19,7 @@ private slots:
     void slice();
 
 private:
-    Node *m_input = nullptr;
+    DataSource *m_input = nullptr;
 };
 
 namespace {
@@ -37,7 +36,7 @@ QStringList numbers(int from, int to)
 
 void TestTransformSlice::init()
 {
-    m_input = makeDataNode(makeDataset({{"n", "tag"},
+    m_input = makeDataSource(makeDataset({{"n", "tag"},
                                         {"1", "a"},
                                         {"2", "start"},
                                         {"3", "b"},

@@ -1,5 +1,4 @@
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsort.h"
@@ -216,8 +215,8 @@ void TestTransformSort::matchesReferenceOnManyRows()
 
 void TestTransformSort::transformSortsAndInforms()
 {
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"name", "amount"}, {"x", "10"}, {"y", "9"}, {"z", "100"}})));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"name", "amount"}, {"x", "10"}, {"y", "9"}, {"z", "100"}})));
     TransformSort transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setSortColumns({{input->dataset()->columnId(1), false}});
@@ -236,8 +235,8 @@ void TestTransformSort::transformSortsAndInforms()
 
 void TestTransformSort::transformAddsRank()
 {
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"v"}, {"b"}, {"a"}, {"b"}, {"c"}}, true)));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"v"}, {"b"}, {"a"}, {"b"}, {"c"}}, true)));
     TransformSort transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setSortColumns({{input->dataset()->columnId(0), true}});
@@ -252,7 +251,7 @@ void TestTransformSort::transformAddsRank()
 
     // Without a header the rank column goes unnamed, as every new column does: a name would
     // turn the numbers of the other columns into names.
-    QScopedPointer<Node> plain(makeDataNode(makeDataset({{"b"}, {"a"}}, false)));
+    QScopedPointer<DataSource> plain(makeDataSource(makeDataset({{"b"}, {"a"}}, false)));
     transform.createParameters({plain.data()}, false);
     transform.parameter("Columns")->setSortColumns({{plain->dataset()->columnId(0), true}});
     transform.parameter("Rank_Add")->setValue(true);
@@ -263,7 +262,7 @@ void TestTransformSort::transformAddsRank()
 
 void TestTransformSort::vanishedKeyLeavesInputUnchanged()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"v"}, {"b"}, {"a"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"v"}, {"b"}, {"a"}})));
     TransformSort transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setSortColumns({{ColumnId(9999, 3), true}});
@@ -274,7 +273,7 @@ void TestTransformSort::vanishedKeyLeavesInputUnchanged()
 
 void TestTransformSort::emptyInput()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"a", "b"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"a", "b"}})));
     TransformSort transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setSortColumns({{input->dataset()->columnId(1), true}});
@@ -286,7 +285,7 @@ void TestTransformSort::emptyInput()
 
 void TestTransformSort::alreadySortedIsNoChange()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"v"}, {"1"}, {"2"}, {"10"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"v"}, {"1"}, {"2"}, {"10"}})));
     TransformSort transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setSortColumns({{input->dataset()->columnId(0), true}});

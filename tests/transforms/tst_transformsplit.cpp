@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsplit.h"
@@ -161,7 +160,7 @@ void TestTransformSplit::split()
     QFETCH(QStringList, warnings);
     QFETCH(QStringList, information);
 
-    QScopedPointer<Node> node(makeDataNode(makeDataset(input)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(input)));
     TransformSplit split;
     split.createParameters({node.data()}, false);
     split.parameter("Columns")->setColumnId(node->dataset()->columnId(input.first().size() - 1));
@@ -179,7 +178,7 @@ void TestTransformSplit::split()
 
 void TestTransformSplit::intoRowsRepeatsOtherCells()
 {
-    QScopedPointer<Node> node(makeDataNode(
+    QScopedPointer<DataSource> node(makeDataSource(
         makeDataset({{"id", "tags", "n"}, {"1", "b,a,,c", "p"}, {"2", "x", "q"}, {"3", "", "r"}})));
     TransformSplit split;
     split.createParameters({node.data()}, false);
@@ -200,7 +199,7 @@ void TestTransformSplit::intoRowsRepeatsOtherCells()
 
 void TestTransformSplit::newColumnsHaveNoIdsAndOldKeepTheirs()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a", "b"}, {"x", "1,2"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a", "b"}, {"x", "1,2"}})));
     TransformSplit split;
     split.createParameters({node.data()}, false);
     split.parameter("Columns")->setColumnId(node->dataset()->columnId(1));
@@ -231,7 +230,7 @@ void TestTransformSplit::nothingToSplitWith()
     QFETCH(QString, type);
     QFETCH(QString, delimiter);
     QFETCH(QStringList, warnings);
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a"}, {"x,y"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a"}, {"x,y"}})));
     TransformSplit split;
     split.createParameters({node.data()}, false);
     split.parameter("Delimiter_Type")->setValue(type);
@@ -272,7 +271,7 @@ void TestTransformSplit::lengthsParsing()
 
 void TestTransformSplit::unsetColumnWarnsAndCopies()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a", "b"}, {"x,y", "z"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a", "b"}, {"x,y", "z"}})));
     TransformSplit split;
     split.createParameters({node.data()}, false);
     const Dataset output = runTransform(split, {node.data()});
@@ -283,7 +282,7 @@ void TestTransformSplit::unsetColumnWarnsAndCopies()
 
 void TestTransformSplit::lengthOptionsOnlyForLengths()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"a"}, {"abc"}})));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"a"}, {"abc"}})));
     TransformSplit split;
     split.createParameters({node.data()}, false);
     // A one-column input needs no choosing.

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsplitrows.h"
@@ -113,7 +112,7 @@ void TestTransformSplitRows::splitRows()
     QFETCH(Rows, expected);
     QFETCH(QString, result);
 
-    QScopedPointer<Node> node(makeDataNode(makeDataset(input)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(input)));
     TransformSplitRows split;
     split.createParameters({node.data()}, false);
     SplitRowsTerms terms;
@@ -134,7 +133,7 @@ void TestTransformSplitRows::splitRows()
 
 void TestTransformSplitRows::keptColumnsKeepTheirIds()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset(quarters)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(quarters)));
     const Dataset &input = *node->dataset();
     TransformSplitRows split;
     split.createParameters({node.data()}, false);
@@ -149,7 +148,7 @@ void TestTransformSplitRows::keptColumnsKeepTheirIds()
 
 void TestTransformSplitRows::unsetEveryWarns()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset(quarters)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(quarters)));
     TransformSplitRows split;
     split.createParameters({node.data()}, false);
     split.parameter("Split_Rows")->setSplitRowsTerms(SplitRowsTerms());

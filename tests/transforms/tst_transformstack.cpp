@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformstack.h"
@@ -25,16 +24,16 @@ private slots:
     void singleInputIsCopied();
 
 private:
-    Node *m_people = nullptr; // id, name: two rows
-    Node *m_ages = nullptr; // name, age: one row
-    Node *m_other = nullptr; // x: one row
+    DataSource *m_people = nullptr; // id, name: two rows
+    DataSource *m_ages = nullptr; // name, age: one row
+    DataSource *m_other = nullptr; // x: one row
 };
 
 void TestTransformStack::init()
 {
-    m_people = makeDataNode(makeDataset({{"id", "name"}, {"1", "Ann"}, {"2", "Bob"}}));
-    m_ages = makeDataNode(makeDataset({{"name", "age"}, {"Cy", "30"}}));
-    m_other = makeDataNode(makeDataset({{"x"}, {"z"}}));
+    m_people = makeDataSource(makeDataset({{"id", "name"}, {"1", "Ann"}, {"2", "Bob"}}));
+    m_ages = makeDataSource(makeDataset({{"name", "age"}, {"Cy", "30"}}));
+    m_other = makeDataSource(makeDataset({{"x"}, {"z"}}));
 }
 
 void TestTransformStack::cleanup()
@@ -171,7 +170,7 @@ void TestTransformStack::longReportsAreCut()
         rows[0].append(QStringLiteral("c%1").arg(c + 1));
         rows[1].append(QString::number(c));
     }
-    QScopedPointer<Node> wide(makeDataNode(makeDataset(rows)));
+    QScopedPointer<DataSource> wide(makeDataSource(makeDataset(rows)));
     TransformStack stack;
     stack.createParameters({m_people, wide.data()}, false);
     const Dataset output = runTransform(stack, {m_people, wide.data()});
@@ -186,7 +185,7 @@ void TestTransformStack::longReportsAreCut()
 
 void TestTransformStack::repeatedNamesWarn()
 {
-    Node *twice = makeDataNode(makeDataset({{"id", "id", "name"}, {"7", "8", "Dee"}}));
+    DataSource *twice = makeDataSource(makeDataset({{"id", "id", "name"}, {"7", "8", "Dee"}}));
     TransformStack stack;
     stack.createParameters({m_people, twice}, false);
     const Dataset output = runTransform(stack, {m_people, twice});

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transformfixtures.h"
 #include "transforms/framework/parameter.h"
@@ -24,14 +23,14 @@ private slots:
     void singleInputAsksForSecond();
 
 private:
-    Node *m_top = nullptr;
-    Node *m_bottom = nullptr;
+    DataSource *m_top = nullptr;
+    DataSource *m_bottom = nullptr;
 };
 
 void TestTransformSubtract::init()
 {
-    m_top = makeDataNode(keyedTop());
-    m_bottom = makeDataNode(keyedBottom());
+    m_top = makeDataSource(keyedTop());
+    m_bottom = makeDataSource(keyedBottom());
 }
 
 void TestTransformSubtract::cleanup()
@@ -100,8 +99,8 @@ void TestTransformSubtract::subtractListsFewRemovedRows()
     QList<QStringList> rows {{"k"}};
     for (int r = 0; r < 12; ++r)
         rows << QStringList {"x"};
-    Node *top = makeDataNode(makeDataset(rows));
-    Node *bottom = makeDataNode(makeDataset({{"k"}, {"x"}}));
+    DataSource *top = makeDataSource(makeDataset(rows));
+    DataSource *bottom = makeDataSource(makeDataset({{"k"}, {"x"}}));
     TransformSubtract subtract;
     subtract.createParameters({top, bottom}, false);
     const Dataset output = runTransform(subtract, {top, bottom});

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformreshape.h"
@@ -63,7 +62,7 @@ void TestTransformTranspose::transpose()
     QFETCH(Rows, expected);
     QFETCH(QString, result);
 
-    QScopedPointer<Node> node(makeDataNode(makeDataset(input, withHeader)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(input, withHeader)));
     TransformTranspose transpose;
     transpose.createParameters({node.data()}, false);
     transpose.parameter("Header")->setValue(headerOption);
@@ -83,14 +82,14 @@ void TestTransformTranspose::transposeTwiceGivesInputBack()
     data.setHeader({"id", "name", "city"});
     for (int r = 0; r < 1500; ++r)
         data.appendRow({QString::number(r), QStringLiteral("n%1").arg(r % 7), "c"}, true);
-    QScopedPointer<Node> first(makeDataNode(data));
+    QScopedPointer<DataSource> first(makeDataSource(data));
     TransformTranspose transpose;
     transpose.createParameters({first.data()}, true);
     QVERIFY(transpose.parameter("Header")->toBool());
     const Dataset once = runTransform(transpose, {first.data()});
     QCOMPARE(once.columnCount(), 1501);
     QCOMPARE(once.rowCount(), 2);
-    QScopedPointer<Node> second(makeDataNode(once));
+    QScopedPointer<DataSource> second(makeDataSource(once));
     const Dataset twice = runTransform(transpose, {second.data()});
     QVERIFY(twice.equals(data));
 }
@@ -130,7 +129,7 @@ void TestTransformTranspose::reshape()
     QFETCH(Rows, expected);
     QFETCH(QString, result);
 
-    QScopedPointer<Node> node(makeDataNode(makeDataset(input)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset(input)));
     TransformReshape reshape;
     reshape.createParameters({node.data()}, false);
     QCOMPARE(reshape.parameter("New_Size")->toInt(), input.first().size());
@@ -144,7 +143,7 @@ void TestTransformTranspose::reshape()
 
 void TestTransformTranspose::reshapeKeepsIdsInPlace()
 {
-    QScopedPointer<Node> node(makeDataNode(makeDataset({{"1", "2", "3"}, {"a", "b", "c"}}, false)));
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"1", "2", "3"}, {"a", "b", "c"}}, false)));
     const Dataset &input = *node->dataset();
     TransformReshape reshape;
     reshape.createParameters({node.data()}, false);

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformwhitespace.h"
@@ -81,7 +80,7 @@ void TestTransformWhitespace::steps()
     QFETCH(QString, cell);
     QFETCH(QString, expected);
 
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"text"}, {cell}, {"plain"}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"text"}, {cell}, {"plain"}})));
     TransformWhitespace transform;
     transform.createParameters({input.data()}, false);
     QCOMPARE(transform.parameter("Columns")->toColumns().size(), 1);
@@ -111,8 +110,8 @@ void TestTransformWhitespace::optionKeysInOrder()
 
 void TestTransformWhitespace::onlySelectedColumnsChange()
 {
-    QScopedPointer<Node> input(
-        makeDataNode(makeDataset({{"a", "b", "c"}, {" x ", " y ", " z "}, {"1", " 2", "3 "}})));
+    QScopedPointer<DataSource> input(
+        makeDataSource(makeDataset({{"a", "b", "c"}, {" x ", " y ", " z "}, {"1", " 2", "3 "}})));
     TransformWhitespace transform;
     transform.createParameters({input.data()}, false);
     const Dataset *source = input->dataset();
@@ -132,7 +131,7 @@ void TestTransformWhitespace::unchangedRowsStayShared()
     big.setHeader({"a", "b"});
     for (int r = 0; r < 3000; ++r)
         big.appendRow({r % 3 == 0 ? " pad " : "tidy", QString::number(r)}, true);
-    QScopedPointer<Node> input(makeDataNode(big));
+    QScopedPointer<DataSource> input(makeDataSource(big));
     TransformWhitespace transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Columns")->setColumns({input->dataset()->columnId(0)});
@@ -153,7 +152,7 @@ void TestTransformWhitespace::progressEveryThousandRows()
     data.setColumnCount(1);
     for (int r = 0; r < 2001; ++r)
         data.appendRow({" x"}, true);
-    QScopedPointer<Node> input(makeDataNode(data));
+    QScopedPointer<DataSource> input(makeDataSource(data));
     TransformWhitespace transform;
     transform.createParameters({input.data()}, false);
     QSignalSpy progress(&transform, &Transform::processed);
@@ -164,7 +163,7 @@ void TestTransformWhitespace::progressEveryThousandRows()
 
 void TestTransformWhitespace::missingOptionFails()
 {
-    QScopedPointer<Node> input(makeDataNode(makeDataset({{"a"}, {" x "}})));
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"a"}, {" x "}})));
     TransformWhitespace transform;
     transform.createParameters({input.data()}, false);
     transform.parameter("Tab")->setKey("Tabs");

@@ -29,9 +29,17 @@
 class ExploringCase : public TransformCase
 {
 public:
-    bool hasKeyColumns() const override { return true; }
-    bool hasDuplicateOptions() const override { return true; }
-    int maximumInputs() const override { return 2; }
+    const TransformDescriptor &descriptor() const override
+    {
+        static const TransformDescriptor descriptor = [] {
+            TransformDescriptor d = TransformCase().descriptor();
+            d.maximumInputs = 2;
+            d.flags |= TransformDescriptor::HasKeyColumns | TransformDescriptor::HasDuplicateOptions;
+            d.create = createTransform<ExploringCase>;
+            return d;
+        }();
+        return descriptor;
+    }
 };
 
 // Runs the scene with every column of the input chosen, which the input knows only once read.

@@ -1,4 +1,3 @@
-#include "graph/node.h"
 #include "shell/settings.h"
 #include "testutil.h"
 #include "transforms/framework/parameter.h"
@@ -15,18 +14,21 @@ namespace {
 class FakeMerge : public Transform
 {
 public:
-    int type() const override { return 998; }
-    QSet<QString> keywords() const override
+    FakeMerge()
     {
-        QSet<QString> words = Transform::keywords();
-        words << "vlookup";
-        return words;
+        m_descriptor.type = 998;
+        m_descriptor.typeName = "Fake_Merge";
+        m_descriptor.displayName = "Fake Merge";
+        m_descriptor.category = CategoryMerge;
+        m_descriptor.minimumInputs = 2;
+        m_descriptor.maximumInputs = 2;
+        m_descriptor.flags = TransformDescriptor::OmitDisabledFromDetails;
+        m_descriptor.description = "Merges.";
+        m_descriptor.keywords = QStringList {"vlookup"};
+        m_descriptor.create = createTransform<FakeMerge>;
     }
-    int category() const override { return CategoryMerge; }
-    bool isAdvanced() const override { return false; }
-    bool changesValuesOnly() const override { return false; }
-    bool keepsSourceRows() const override { return false; }
-    void createParameters(const QList<Node *> &inputs, bool useRemembered) override
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override
     {
         Transform::createParameters(inputs, useRemembered);
         addParameter(
@@ -42,21 +44,23 @@ public:
         applyRememberedValue(useRemembered, delimiter);
         addParameter(delimiter);
     }
-    Transform *clone() const override { return cloneAs<FakeMerge>(); }
-    QString displayName() const override { return "Fake Merge"; }
-    QString typeName() const override { return "Fake_Merge"; }
-    Dataset &process(Dataset &output, const QList<Node *> &, bool &) override { return output; }
-    QString description() const override { return "Merges."; }
-    int minimumInputs() const override { return 2; }
-    int maximumInputs() const override { return m_maximum; }
-    bool usesDateFormats() const override { return false; }
-    bool omitDisabledFromDetails() const override { return true; }
     QList<ParameterState> parameterStates() const override
     {
         return {{"Threshold", parameter("Fuzzy")->toBool()}};
     }
 
-    int m_maximum = 2;
+    TransformDescriptor m_descriptor;
+    int m_processed = 0;
+
+protected:
+    // Passes its first input through, so that a test sees whether process() ran.
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                     bool &) override
+    {
+        ++m_processed;
+        output = *inputs.first().dataset;
+        return output;
+    }
 };
 
 } // namespace
@@ -76,6 +80,8 @@ private slots:
     void rememberedValues();
     void messagesAndResultTexts();
     void registryHasDistinctTypesAndNames();
+    void executeChecksInputsAndOptions_data();
+    void executeChecksInputsAndOptions();
 };
 
 void TestTransform::categoryNames()
@@ -123,7 +129,7 @@ void TestTransform::inputHint()
     QFETCH(int, maximum);
     QFETCH(QString, items);
     FakeMerge transform;
-    transform.m_maximum = maximum;
+    transform.m_descriptor.maximumInputs = maximum;
     QCOMPARE(transform.inputHint(),
              QString("Select %1 in the Center pane\nand then click this button to perform this "
                      "transform.")
@@ -132,20 +138,20 @@ void TestTransform::inputHint()
 
 void TestTransform::columnOptionsBindToInputsInTurn()
 {
-    QScopedPointer<Node> top(makeDataNode(makeDataset({{"a"}, {"1"}})));
-    QScopedPointer<Node> bottom(makeDataNode(makeDataset({{"b"}, {"2"}})));
+    QScopedPointer<DataSource> top(makeDataSource(makeDataset({{"a"}, {"1"}})));
+    QScopedPointer<DataSource> bottom(makeDataSource(makeDataset({{"b"}, {"2"}})));
     FakeMerge transform;
     transform.createParameters({}, false);
     transform.connectParameters({top.data(), bottom.data()});
     QCOMPARE(transform.parameter("Column_1")->sourceNode(), top.data());
     QCOMPARE(transform.parameter("Column_2")->sourceNode(), bottom.data());
     // Inputs ran out: the third column option has no source.
-    QCOMPARE(transform.parameter("Columns")->sourceNode(), static_cast<Node *>(nullptr));
+    QCOMPARE(transform.parameter("Columns")->sourceNode(), static_cast<DataSource *>(nullptr));
     QCOMPARE(transform.parameterForInput(bottom.data()), transform.parameter("Column_2"));
     QCOMPARE(transform.parametersForInput(top.data()).size(), 1);
 
     // A one-input transform binds every column option to its single input.
-    transform.m_maximum = 1;
+    transform.m_descriptor.maximumInputs = 1;
     transform.connectParameters({top.data(), bottom.data()});
     QCOMPARE(transform.parametersForInput(top.data()).size(), 3);
 }
@@ -221,5 +227,46 @@ void TestTransform::registryHasDistinctTypesAndNames()
     qDeleteAll(prototypes);
 }
 
+void TestTransform::executeChecksInputsAndOptions_data()
+{
+    QTest::addColumn<int>("inputCount");
+    QTest::addColumn<QString>("droppedOption");
+    QTest::addColumn<bool>("runs");
+    QTest::addColumn<QString>("result");
+
+    QTest::newRow("no input") << 0 << "" << false << "";
+    QTest::newRow("one input of two") << 1 << "" << true << "";
+    QTest::newRow("two inputs") << 2 << "" << true << "";
+    QTest::newRow("more than the maximum") << 3 << "" << false << "";
+    QTest::newRow("an option missing") << 2 << "Delim" << false << Transform::failureText();
+}
+
+void TestTransform::executeChecksInputsAndOptions()
+{
+    QFETCH(int, inputCount);
+    QFETCH(QString, droppedOption);
+    QFETCH(bool, runs);
+    QFETCH(QString, result);
+
+    QScopedPointer<DataSource> input(makeDataSource(makeDataset({{"a"}, {"1"}})));
+    // Options built as a fresh instance builds them, but for the one dropped, as a
+    // transform made by hand may lack one.
+    FakeMerge complete;
+    complete.createParameters({}, false);
+    FakeMerge transform;
+    for (const Parameter *parameter : complete.parameters()) {
+        if (parameter->key() != droppedOption)
+            transform.addParameter(parameter->clone());
+    }
+    ColumnSources inputs;
+    for (int i = 0; i < inputCount; ++i)
+        inputs.append(input.data());
+    const Dataset output = runTransform(transform, inputs);
+    QCOMPARE(transform.m_processed, runs ? 1 : 0);
+    QCOMPARE(output.rowCount(), runs ? 1 : 0);
+    QCOMPARE(transform.result(), result);
+}
+
 TABULON_TEST_MAIN(TestTransform)
 #include "tst_transform.moc"
+
