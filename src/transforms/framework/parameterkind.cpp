@@ -90,8 +90,24 @@ constexpr bool rowsInTypeOrder()
     return true;
 }
 
+// Every kind is written, read and summarised; the other operations may be left out, but a
+// kind that selects columns must say how its value holds them.
+constexpr bool rowsComplete()
+{
+    for (const ParameterKind &kind : Kinds) {
+        if (!kind.write || !kind.read || !kind.summary)
+            return false;
+        const bool selects
+            = kind.has(ParameterKind::SelectsAll) || kind.has(ParameterKind::SelectsOnly);
+        if (selects && !kind.choose)
+            return false;
+    }
+    return true;
+}
+
 static_assert(std::size(Kinds) == ParameterKindCount, "one row a kind");
 static_assert(rowsInTypeOrder(), "rows in ParameterType order");
+static_assert(rowsComplete(), "every row can be written, read, summarised and chosen");
 
 } // namespace
 

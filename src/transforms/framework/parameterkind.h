@@ -46,7 +46,7 @@ struct ParameterKind
     // Makes the value a choice of exactly these columns, for SelectsAll and SelectsOnly.
     void (*choose)(Parameter &parameter, const QList<ColumnId> &ids);
 
-    bool has(Flag flag) const { return (flags & flag) != 0; }
+    constexpr bool has(Flag flag) const { return (flags & flag) != 0; }
 
     // The row of a kind. Every ParameterType has one.
     static const ParameterKind &of(ParameterType type);
