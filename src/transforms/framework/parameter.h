@@ -165,6 +165,8 @@ ColumnRenames columnRenamesFromVariant(const QVariant &variant);
 QVariant uniqueColumnsToVariant(const UniqueColumns &columns);
 UniqueColumns uniqueColumnsFromVariant(const QVariant &variant);
 
+struct ParameterKind;
+
 // One option of a transform: its kind, key, caption, value and presentation hints. Options
 // that name columns hold ColumnIds of the dataset of sourceNode, so that they follow columns
 // through renames and moves; documents store column numbers instead, which are turned back
@@ -271,7 +273,9 @@ public:
     QString summary() const;
     bool isUnset() const;
     bool isColumnRelated() const { return isColumnRelatedType(m_type); }
-    bool isDisplayed() const { return m_type != ParameterType::Label; }
+    bool isDisplayed() const;
+    // What the kind of this option does; see parameterkind.h.
+    const ParameterKind &kind() const;
 
     bool selectAllColumns();
     bool selectOnlyColumn();
@@ -304,6 +308,12 @@ public:
     QList<int> columnIndexes(bool dropMissing = true) const;
     // Positions and directions of the sort columns that resolve, in the value's order.
     QList<QPair<int, bool>> toSortIndexes() const;
+    // Column references against the source's dataset: the position of an id (-1 when it
+    // doesn't resolve), its one-based number as documents write it (0 when it doesn't
+    // resolve), and the id at a number (null when out of range).
+    int columnPosition(ColumnId id) const;
+    int columnNumber(ColumnId id) const;
+    ColumnId columnAt(int number) const;
 
     // Typed setters
     void setColumnId(ColumnId id) { m_value = columnIdToVariant(id); }
@@ -327,20 +337,6 @@ private:
     Parameter &operator=(const Parameter &) = delete;
 
     void initialiseColumns();
-    int columnPosition(ColumnId id) const;
-    int columnNumber(ColumnId id) const;
-    ColumnId columnAt(int number) const;
-    QString columnListSummary() const;
-    QString textForm() const;
-    void readColumnList(const QStringList &fields);
-    void readSortColumns(const QStringList &fields);
-    void readFilterTerms(const QStringList &fields, int version);
-    void readIfTerms(QStringList fields, int version);
-    void readRenames(const QStringList &fields);
-    void readSplitRows(const QStringList &fields);
-    void readUnique(const QStringList &fields);
-    void readReplaceTerms(const QStringList &fields);
-    bool readTerm(const QStringList &fields, int at, int version, FilterTerm *term) const;
 
     ParameterType m_type;
     QString m_key;

@@ -2,8 +2,11 @@
 
 #include "graph/undo.h"
 #include "transforms/framework/columnwidgets.h"
+#include "transforms/framework/parameterkind.h"
 #include "transforms/framework/parameterwidgets.h"
 #include "transforms/framework/tablewidgets.h"
+
+#include <iterator>
 
 ParameterWidget::ParameterWidget(Parameter *parameter)
     : m_parameter(parameter)
@@ -58,87 +61,79 @@ ParameterWidgetBase::ParameterWidgetBase(Parameter *parameter, QWidget *parent)
     , ParameterWidget(parameter)
 { }
 
+namespace {
+
+template<typename W> ParameterWidget *make(Parameter *parameter, QWidget *parent)
+{
+    return new W(parameter, parent);
+}
+
+struct WidgetKind
+{
+    ParameterType type;
+    ParameterWidgetMaker make;
+};
+
+// In ParameterType order; the other half of a kind's description, next to its row in the
+// kind table of parameterkind.cpp, kept here because the core may not see widgets.
+constexpr WidgetKind WidgetKinds[] = {
+    {ParameterType::SingleColumn, make<SingleColumnFilteredParameterWidget>},
+    {ParameterType::MultipleColumns, make<MultipleColumnsParameterWidget>},
+    {ParameterType::SortColumns, make<SortColumnsParameterWidget>},
+    {ParameterType::FilterColumns, make<FilterColumnsParameterWidget>},
+    {ParameterType::ReorderColumns, make<ReorderColumnsParameterWidget>},
+    {ParameterType::Bool, make<BoolParameterWidget>},
+    {ParameterType::Selection, make<SelectionParameterWidget>},
+    {ParameterType::Text, make<TextParameterWidget>},
+    {ParameterType::Int, make<IntParameterWidget>},
+    {ParameterType::Char, make<CharParameterWidget>},
+    {ParameterType::If, make<IfParameterWidget>},
+    {ParameterType::MultipleColumnsOrdered, make<MultipleColumnsParameterWidget>},
+    {ParameterType::Script, make<ScriptParameterWidget>},
+    {ParameterType::RenameColumns, make<RenameColumnsParameterWidget>},
+    {ParameterType::SplitRows, make<SplitRowsParameterWidget>},
+    {ParameterType::Unique, make<UniqueParameterWidget>},
+    {ParameterType::ReplaceTerms, make<ReplaceTermsParameterWidget>},
+    {ParameterType::Real, make<RealParameterWidget>},
+    {ParameterType::LongText, make<LongTextParameterWidget>},
+    {ParameterType::VerifyRules, make<VerifyRulesParameterWidget>},
+    {ParameterType::Label, make<LabelParameterWidget>},
+    {ParameterType::Date, make<DateParameterWidget>},
+    {ParameterType::SortColumnsOrdered, make<SortColumnsParameterWidget>},
+    {ParameterType::Locale, make<LocaleParameterWidget>},
+};
+
+constexpr bool widgetRowsInTypeOrder()
+{
+    for (int i = 0; i < int(std::size(WidgetKinds)); ++i) {
+        if (int(WidgetKinds[i].type) != i)
+            return false;
+    }
+    return true;
+}
+
+static_assert(std::size(WidgetKinds) == ParameterKindCount, "one widget a kind");
+static_assert(widgetRowsInTypeOrder(), "rows in ParameterType order");
+
+} // namespace
+
+ParameterWidgetMaker parameterWidgetMaker(ParameterType type)
+{
+    const int index = int(type);
+    return index >= 0 && index < ParameterKindCount ? WidgetKinds[index].make : nullptr;
+}
+
 ParameterWidget *createParameterWidget(Parameter *parameter, QWidget *parent)
 {
-    if (!parameter)
+    const ParameterWidgetMaker make = parameter ? parameterWidgetMaker(parameter->type()) : nullptr;
+    if (!make)
         return nullptr;
-    ParameterWidget *widget = nullptr;
-    switch (parameter->type()) {
-    case ParameterType::SingleColumn:
-        widget = new SingleColumnFilteredParameterWidget(parameter, parent);
-        break;
-    case ParameterType::MultipleColumns:
-    case ParameterType::MultipleColumnsOrdered:
-        widget = new MultipleColumnsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::SortColumns:
-    case ParameterType::SortColumnsOrdered:
-        widget = new SortColumnsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::FilterColumns:
-        widget = new FilterColumnsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::ReorderColumns:
-        widget = new ReorderColumnsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Bool:
-        widget = new BoolParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Selection:
-        widget = new SelectionParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Text:
-        widget = new TextParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Int:
-        widget = new IntParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Char:
-        widget = new CharParameterWidget(parameter, parent);
-        break;
-    case ParameterType::If:
-        widget = new IfParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Script:
-        widget = new ScriptParameterWidget(parameter, parent);
-        break;
-    case ParameterType::RenameColumns:
-        widget = new RenameColumnsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::SplitRows:
-        widget = new SplitRowsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Unique:
-        widget = new UniqueParameterWidget(parameter, parent);
-        break;
-    case ParameterType::ReplaceTerms:
-        widget = new ReplaceTermsParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Real:
-        widget = new RealParameterWidget(parameter, parent);
-        break;
-    case ParameterType::LongText:
-        widget = new LongTextParameterWidget(parameter, parent);
-        break;
-    case ParameterType::VerifyRules:
-        widget = new VerifyRulesParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Label:
-        widget = new LabelParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Date:
-        widget = new DateParameterWidget(parameter, parent);
-        break;
-    case ParameterType::Locale:
-        widget = new LocaleParameterWidget(parameter, parent);
-        break;
-    }
-    if (widget)
-        widget->updateValue();
+    ParameterWidget *widget = make(parameter, parent);
+    widget->updateValue();
     return widget;
 }
 
 ParameterLayout parameterLayout(const Parameter *parameter)
 {
-    return Parameter::layoutFor(parameter->type());
+    return parameter->kind().layout;
 }

@@ -64,8 +64,13 @@ protected:
     void emitUserInteraction() override { emit userInteraction(); }
 };
 
-// Builds the widget of the parameter's kind, null for kinds without one. The QWidget has the
-// Qt signals processNow(), parameterValueChanged(bool) and userInteraction().
+// Makes the widget of one kind of option, without showing the value yet.
+using ParameterWidgetMaker = ParameterWidget *(*)(Parameter *parameter, QWidget *parent);
+// The maker of a kind, from the widget table; null for a kind without a widget.
+ParameterWidgetMaker parameterWidgetMaker(ParameterType type);
+
+// Builds the widget of the parameter's kind and shows the value, null for kinds without one. The
+// QWidget has the Qt signals processNow(), parameterValueChanged(bool) and userInteraction().
 ParameterWidget *createParameterWidget(Parameter *parameter, QWidget *parent);
 
 // How the item widget lays the option out: a "%1:" label and the widget in a form row

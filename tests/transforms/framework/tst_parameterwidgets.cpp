@@ -160,6 +160,7 @@ void TestParameterWidgets::everyKindHasItsWidget_data()
     QTest::addColumn<int>("kind");
     QTest::addColumn<QString>("className");
     QTest::addColumn<int>("layout");
+    QTest::addColumn<bool>("columnRelated");
     const char *names[] = {"SingleColumnFilteredParameterWidget",
                            "MultipleColumnsParameterWidget",
                            "SortColumnsParameterWidget",
@@ -185,11 +186,13 @@ void TestParameterWidgets::everyKindHasItsWidget_data()
                            "SortColumnsParameterWidget",
                            "LocaleParameterWidget"};
     const QList<int> rows = {0, 6, 7, 8, 9, 17, 18, 20, 21, 22, 23};
+    const QList<int> columnKinds = {0, 1, 2, 3, 4, 10, 11, 12, 13, 14, 15, 19, 22};
     for (int kind = 0; kind < 24; ++kind) {
         const ParameterLayout layout = kind == 5 ? ParameterLayout::Check
             : rows.contains(kind)                ? ParameterLayout::Row
                                                  : ParameterLayout::Block;
-        QTest::newRow(names[kind]) << kind << QString::fromLatin1(names[kind]) << int(layout);
+        QTest::newRow(names[kind]) << kind << QString::fromLatin1(names[kind]) << int(layout)
+                                   << columnKinds.contains(kind);
     }
 }
 
@@ -198,19 +201,21 @@ void TestParameterWidgets::everyKindHasItsWidget()
     QFETCH(int, kind);
     QFETCH(QString, className);
     QFETCH(int, layout);
+    QFETCH(bool, columnRelated);
 
     std::unique_ptr<Node> node(makeDataNode(makeDataset({{"A", "B"}, {"1", "2"}})));
     const auto type = static_cast<ParameterType>(kind);
+    QCOMPARE(Parameter::isColumnRelatedType(type), columnRelated);
     std::unique_ptr<Parameter> p(
-        Parameter::isColumnRelatedType(type)
-            ? new Parameter(type, QStringLiteral("K"), QStringLiteral("L"), node.get())
-            : new Parameter(type, QStringLiteral("K"), QStringLiteral("L"), QVariant()));
+        columnRelated ? new Parameter(type, QStringLiteral("K"), QStringLiteral("L"), node.get())
+                      : new Parameter(type, QStringLiteral("K"), QStringLiteral("L"), QVariant()));
     ParameterWidget *w = createParameterWidget(p.get(), m_window.get());
     QVERIFY(w);
     QCOMPARE(QString::fromLatin1(w->widget()->metaObject()->className()), className);
     QCOMPARE(w->widget()->parentWidget(), m_window.get());
     QCOMPARE(w->key(), QStringLiteral("K"));
     QCOMPARE(int(parameterLayout(p.get())), layout);
+    QCOMPARE(p->isDisplayed(), kind != int(ParameterType::Label));
     // The panel connects these by name.
     for (const char *signature :
          {"processNow()", "parameterValueChanged(bool)", "userInteraction()"})
