@@ -1,39 +1,25 @@
 #include "graph/inputnode.h"
 
-#include "data/valueinterpretation.h"
 #include "graph/graphscene.h"
 #include "graph/transformnode.h"
 #include "graph/xmlattributes.h"
 #include "io/delimitedtext.h"
 #include "io/filetypes.h"
+#include "io/inputreader.h"
 #include "io/metainfo.h"
-#include "shell/memory.h"
 #include "shell/settings.h"
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
 #include <QFileSystemWatcher>
-#include <QTextCodec>
-#include <QTextStream>
 #include <QTimer>
-
-#include <new>
 
 namespace {
 
 QString yesNo(bool on)
 {
     return on ? QStringLiteral("Yes") : QStringLiteral("No");
-}
-
-// The path of a file without the "[sheet]" part that Excel inputs append.
-QString pathWithoutSheet(const QString &path)
-{
-    if (path.contains(QLatin1Char('[')) && path.contains(QLatin1Char(']')))
-        return path.left(path.indexOf(QLatin1Char('[')));
-    return path;
 }
 
 QString storedPath(const QString &path, const QString &documentFolder)
@@ -106,7 +92,7 @@ QString InputNode::displayName() const
         return QStringLiteral("Clipboard");
     if (path().isEmpty())
         return QStringLiteral("<unset>");
-    const QString name = QFileInfo(pathWithoutSheet(path())).fileName();
+    const QString name = QFileInfo(inputPathWithoutSheet(path())).fileName();
     if (!m_worksheet.isEmpty())
         return QStringLiteral("%1[%2]").arg(name, m_worksheet);
     return name;
@@ -311,9 +297,12 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
 {
     QList<QPair<QString, QString>> lines;
     const int type = fileType();
-    const bool excel = FileTypes::isExcel(type);
+    // A type outside the table has none of the options.
+    static const FileFormat none {};
+    const FileFormat *found = FileFormats::find(type);
+    const FileFormat &format = found ? *found : none;
     lines.append({QStringLiteral("Type"), fileTypeName(type)});
-    if (type == FileTypeDelimited) {
+    if (format.delimiter) {
         lines.append({QStringLiteral("Delimiter"), delimiterName(m_delimiter)});
         lines.append({QStringLiteral("Ignore repeated delim"), yesNo(m_ignoreRepeatedDelimiters)});
         lines.append({QStringLiteral("Quoting"), quotingName(m_quoting)});
@@ -321,23 +310,22 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
     if (type == FileTypeFixedWidth)
         lines.append({QStringLiteral("Columns"),
                       m_autoFixedWidths ? QStringLiteral("Automatic") : QStringLiteral("Manual")});
-    if (m_medium == File && FileTypes::usesEncoding(type))
+    if (m_medium == File && format.encoding)
         lines.append({QStringLiteral("Encoding"), m_encoding});
-    if (type == FileTypeJson || type == FileTypeXml)
+    if (format.arraysAsRows)
         lines.append({QStringLiteral("Format"),
                       m_jsonArraysAsRows ? QStringLiteral("Long (more rows)")
                                          : QStringLiteral("Wide (more columns)")});
-    if (type == FileTypeDelimited || excel || type == FileTypeFixedWidth || type == FileTypeVCard
-        || type == FileTypePlainText)
+    if (format.ignoredRows)
         lines.append(
             {QStringLiteral("Ignore"), QStringLiteral("First %1 row(s)").arg(m_ignoredRows)});
-    if (FileTypes::canHaveHeader(type))
+    if (format.header)
         lines.append({QStringLiteral("Has header"), yesNo(hasHeader())});
     lines.append({QStringLiteral("Trim whitespace"), yesNo(m_trim)});
     lines.append({QStringLiteral("Simplify whitespace"), yesNo(m_simplify)});
     lines.append({QStringLiteral("Ignore empty rows"), yesNo(m_ignoreEmptyRows)});
     lines.append({QStringLiteral("Ignore empty columns"), yesNo(m_ignoreEmptyColumns)});
-    if (excel) {
+    if (format.sheets) {
         lines.append({QStringLiteral("Ignore hidden Excel rows"), yesNo(m_ignoreExcelHiddenRows)});
         lines.append(
             {QStringLiteral("Ignore hidden Excel columns"), yesNo(m_ignoreExcelHiddenColumns)});
@@ -351,185 +339,44 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
 
 // Reading
 
-DelimitedReadOptions InputNode::readOptions() const
+InputReadOptions InputNode::readOptions() const
 {
-    DelimitedReadOptions options;
+    const FileExtensionRules rules = FileTypes::currentExtensionRules();
+    InputReadOptions options;
+    options.medium = m_medium;
+    options.path = path();
+    options.text = m_text;
+    options.fileType = fileType();
+    options.worksheet = m_worksheet;
     options.delimiter = m_delimiter;
     options.customDelimiter = m_customDelimiter;
-    options.quoting = m_quoting;
-    options.ignoredRows = m_ignoredRows;
     options.ignoreRepeatedDelimiters = m_ignoreRepeatedDelimiters;
+    options.quoting = m_quoting;
+    options.autoFixedWidths = m_autoFixedWidths;
+    options.fixedWidths = m_fixedWidths;
+    options.encoding = m_encoding;
+    options.header = m_header;
+    options.ignoredRows = m_ignoredRows;
     options.trim = m_trim;
     options.simplify = m_simplify;
-    options.ignoreEmpty = m_ignoreEmptyRows;
+    options.ignoreEmptyRows = m_ignoreEmptyRows;
+    options.ignoreEmptyColumns = m_ignoreEmptyColumns;
+    options.ignoreExcelHiddenRows = m_ignoreExcelHiddenRows;
+    options.ignoreExcelHiddenColumns = m_ignoreExcelHiddenColumns;
+    options.metaPlace = m_metaPlace;
+    options.metaText = m_metaText;
+    options.metaColumnName = m_metaColumnName;
+    options.jsonArraysAsRows = m_jsonArraysAsRows;
+    options.columnOrigin = id();
+    options.extensionTypes = rules.inputTypes;
+    options.blockedExtensions = rules.blockedInput;
     return options;
 }
 
 QString InputNode::extensionWarning() const
 {
-    const QString file = pathWithoutSheet(path());
-    const QString extension = QFileInfo(file).suffix();
-    const int byExtension = FileTypes::inputTypeForExtension(extension, FileTypeNone);
-    if (byExtension == FileTypeNone || byExtension == fileType())
-        return QString();
-    return QStringLiteral("'%1' extension is '%2' but file type is %3.")
-        .arg(QDir::toNativeSeparators(file), extension, fileTypeName(fileType()));
-}
-
-bool InputNode::readText(QTextStream &stream, qint64 length, const QString &pathForMessages)
-{
-    const int type = fileType();
-    if (type != FileTypeDelimited && type != FileTypePlainText) {
-        addWarning(
-            QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
-        return false;
-    }
-    TextReadReport report;
-    auto progress = [this](double fraction) {
-        onProcessed(fraction);
-    };
-    try {
-        if (type == FileTypePlainText)
-            readPlainText(stream, length, readOptions(), m_dataset, report, progress);
-        else
-            readDelimitedText(stream, length, readOptions(), m_dataset, report, progress);
-    } catch (const MaxMemoryException &) {
-        m_dataset.clear();
-        addWarning(QStringLiteral("'%1' is too big for Tabulon to read.").arg(pathForMessages));
-        return false;
-    } catch (const std::bad_alloc &) {
-        m_dataset.clear();
-        addWarning(QStringLiteral("'%1' is too big for Tabulon to read.").arg(pathForMessages));
-        return false;
-    }
-    m_info += report.info;
-    m_warnings += report.warnings;
-    return true;
-}
-
-bool InputNode::readFile()
-{
-    const int type = fileType();
-    if (FileTypes::isExcel(type)) {
-        addWarning(
-            QStringLiteral("Reading %1 files is not available yet.").arg(fileTypeName(type)));
-        return false;
-    }
-    QFile file(path());
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    QTextStream stream(&file);
-    QString codecName = QStringLiteral("UTF-8");
-    if (m_encoding == QLatin1String("Automatic") || type == FileTypeJson) {
-        stream.setCodec("UTF-8");
-        stream.setAutoDetectUnicode(true);
-        if (FileTypes::usesEncoding(type) && m_encoding == QLatin1String("Automatic"))
-            addInfo(QStringLiteral(
-                        "Encoding=Automatic guesses '%1'. Set 'Encoding' option to change.\n")
-                        .arg(QStringLiteral("UTF-8")));
-    } else {
-        stream.setAutoDetectUnicode(false);
-        if (QTextCodec *codec = QTextCodec::codecForName(m_encoding.toLatin1())) {
-            stream.setCodec(codec);
-            codecName = m_encoding;
-        }
-    }
-    qint64 length = file.size();
-    if (codecName.contains(QLatin1String("-16")))
-        length /= 2;
-    else if (codecName.contains(QLatin1String("-32")))
-        length /= 4;
-    const bool ok = readText(stream, length, QDir::toNativeSeparators(path()));
-    updateWatcher();
-    return ok;
-}
-
-bool InputNode::readSource()
-{
-    if (m_medium == File && !path().isEmpty()) {
-        const QString file = pathWithoutSheet(path());
-        if (!QFileInfo::exists(file)) {
-            addWarning(QStringLiteral("File '%1' not found").arg(QDir::toNativeSeparators(file)));
-            return false;
-        }
-        if (FileTypes::isInputExtensionBlocked(QFileInfo(file).suffix())) {
-            addWarning(
-                QStringLiteral("The extension for this file is blocked in 'Preferences>Input "
-                               "Extensions':\n%1")
-                    .arg(QDir::toNativeSeparators(file)));
-            return false;
-        }
-        const bool ok = readFile();
-        if (fileType() != FileTypeXlsx && fileType() != FileTypeXls) {
-            const QString warning = extensionWarning();
-            if (!warning.isEmpty())
-                addWarning(warning);
-        }
-        return ok;
-    }
-    if (m_medium == Clipboard && !m_text.isEmpty()) {
-        QString text = m_text;
-        QTextStream stream(&text, QIODevice::ReadOnly);
-        return readText(stream, text.size(), QString());
-    }
-    return true;
-}
-
-bool InputNode::guessHasHeader(const Dataset &dataset)
-{
-    if (dataset.hasHeader())
-        return true;
-    if (dataset.rowCount() < 2)
-        return false;
-    const QStringList formats = dateFormats();
-    const QStringList &first = dataset.row(0);
-    for (const QString &cell : first) {
-        if (cell.trimmed().isEmpty())
-            continue;
-        bool number = false;
-        toDouble(cell, false, false, &number);
-        if (number || toDate(cell, formats).isValid())
-            return false;
-    }
-    return true;
-}
-
-void InputNode::decideHeader()
-{
-    if (m_header == GuessHeader)
-        m_header = guessHasHeader(m_dataset) ? HasHeader : NoHeader;
-    m_dataset.setHasHeader(m_header == HasHeader);
-}
-
-void InputNode::addMetaInformation()
-{
-    if (!m_dataset.hasColumns() || m_metaPlace == MetaInfo::NotAdded)
-        return;
-    MetaInfo::Context context;
-    if (m_medium == File)
-        context.path = pathWithoutSheet(path());
-    context.sheetName = m_worksheet;
-    context.rows = m_dataset.rowCount();
-    context.columns = m_dataset.columnCount();
-    const QString text = MetaInfo::expand(
-        m_metaText.isEmpty() ? MetaInfo::defaultText(m_medium == File) : m_metaText, context);
-    if (m_metaPlace == MetaInfo::EveryRow) {
-        m_dataset.appendColumn();
-        const int column = m_dataset.lastColumn();
-        QStringList values;
-        values.reserve(m_dataset.rowCount());
-        for (int r = 0; r < m_dataset.rowCount(); ++r)
-            values.append(text);
-        m_dataset.setColumn(column, values);
-        if (m_dataset.hasHeader())
-            m_dataset.setColumnName(column, m_metaColumnName);
-        return;
-    }
-    QStringList row {text};
-    if (m_metaPlace == MetaInfo::AtStart)
-        m_dataset.insertRow(0, row);
-    else
-        m_dataset.appendRow(row, true);
+    return extensionMismatchWarning(path(), fileType(),
+                                    Settings::instance()->inputFileExtensions());
 }
 
 void InputNode::run(bool recursive, bool freeUpstream)
@@ -545,21 +392,21 @@ void InputNode::run(bool recursive, bool freeUpstream)
         timer.start();
         setFractionProcessed(0.0);
 
-        const bool ok = readSource();
-        // A source that could not be read must not use up the header guess.
-        if (ok || m_header != GuessHeader)
-            decideHeader();
-        if (ok)
-            addMetaInformation();
-        m_dataset.assignColumnIds(id());
-        if (m_dataset.hasColumns() && m_ignoreEmptyColumns) {
-            const int removed = m_dataset.removeEmptyColumns();
-            if (removed > 0)
-                addInfo(QStringLiteral("%1 empty column(s) ignored").arg(removed));
-        }
+        InputReadCallbacks callbacks;
+        callbacks.progress = [this](double fraction) {
+            onProcessed(fraction);
+        };
+        InputReadResult result = readInput(readOptions(), callbacks);
+        m_dataset = std::move(result.dataset);
+        m_header = result.header;
+        m_warnings += result.warnings;
+        m_info += result.info;
+        // Some editors replace the file when saving, so each read builds a new watcher.
+        if (result.fileOpened)
+            updateWatcher();
 
         finishRun(timer.elapsed());
-        setStatus(ok ? UpToDate : Error, false);
+        setStatus(result.ok ? UpToDate : Error, false);
         emit processingEnd(this);
         m_dataset.clearStringPools();
         const QList<Node *> children = downstream(true);
@@ -582,8 +429,7 @@ void InputNode::run(bool recursive, bool freeUpstream)
 
 void InputNode::updateWatcher()
 {
-    const QString file = pathWithoutSheet(path());
-    // Some editors replace the file when saving, so each read builds a new watcher.
+    const QString file = inputPathWithoutSheet(path());
     delete m_watcher;
     m_watcher = nullptr;
     if (!m_watching || m_medium != File || file.isEmpty() || !QFileInfo::exists(file))
@@ -593,21 +439,26 @@ void InputNode::updateWatcher()
     connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &InputNode::onFileChanged);
 }
 
-void InputNode::onFileChanged()
+QTimer *InputNode::importTimer()
 {
     if (!m_importTimer) {
         m_importTimer = new QTimer(this);
         m_importTimer->setSingleShot(true);
         connect(m_importTimer, &QTimer::timeout, this, &InputNode::onDelayedImport);
     }
-    m_importTimer->start(5000);
+    return m_importTimer;
+}
+
+void InputNode::onFileChanged()
+{
+    importTimer()->start(ImportDelayMs);
 }
 
 void InputNode::onDelayedImport()
 {
     GraphScene *graph = graphScene();
     if (graph && graph->isProcessing()) {
-        m_importTimer->start(2000);
+        importTimer()->start(BusyRetryDelayMs);
         return;
     }
     emit sourceChanged(this);

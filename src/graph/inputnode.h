@@ -1,13 +1,12 @@
 #pragma once
 
 #include "graph/ionode.h"
+#include "io/inputreader.h"
 
 #include <QPointer>
 
 class QFileSystemWatcher;
-class QTextStream;
 class QTimer;
-struct DelimitedReadOptions;
 
 // The item that brings data into a document, from a file or from text held in the document
 // (a clipboard import). It has no arrow coming in. It owns the reading options, decides the
@@ -17,8 +16,12 @@ class InputNode : public IONode
     Q_OBJECT
 
 public:
-    enum Medium { File = 0, Clipboard = 1 };
-    enum Header { NoHeader = 0, HasHeader = 1, GuessHeader = 2 };
+    enum Medium { File = InputReadOptions::File, Clipboard = InputReadOptions::Clipboard };
+    enum Header {
+        NoHeader = InputReadOptions::NoHeader,
+        HasHeader = InputReadOptions::HasHeader,
+        GuessHeader = InputReadOptions::GuessHeader
+    };
 
     explicit InputNode(int id = -1);
     ~InputNode() override;
@@ -111,8 +114,15 @@ public:
     // The file's type stated by its extension differs from the chosen type: the warning text,
     // or empty.
     QString extensionWarning() const;
-    // First row cells all text and none a number or date: the header guess on a read dataset.
-    static bool guessHasHeader(const Dataset &dataset);
+    // The options of a read, as plain values.
+    InputReadOptions readOptions() const;
+
+    // A change of the watched file waits this long for further changes before it is read,
+    // and again for the retry while the scene is busy with a run.
+    static constexpr int ImportDelayMs = 5000;
+    static constexpr int BusyRetryDelayMs = 2000;
+    // The single-shot timer of the delayed re-read, made on first use; tests fire it.
+    QTimer *importTimer();
 
 signals:
     void sourceChanged(Node *node);
@@ -121,20 +131,10 @@ public slots:
     void onFileChanged();
     void onDelayedImport();
 
-protected:
-    // Fills m_dataset from the source and returns whether the read succeeded.
-    virtual bool readSource();
-
 private:
     void markChanged();
     // Sets an option and marks the item for a run when the value differs.
-    template<typename T>
-    void change(T &member, const T &value);
-    bool readFile();
-    bool readText(QTextStream &stream, qint64 length, const QString &pathForMessages);
-    DelimitedReadOptions readOptions() const;
-    void decideHeader();
-    void addMetaInformation();
+    template<typename T> void change(T &member, const T &value);
     void updateWatcher();
     void copyOptionsInto(InputNode *copy) const;
 

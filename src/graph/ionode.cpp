@@ -3,35 +3,6 @@
 #include <QDir>
 #include <QFileInfo>
 
-QString fileTypeName(int fileType)
-{
-    switch (fileType) {
-    case FileTypeDelimited:
-        return QStringLiteral("Delimited text");
-    case FileTypeXlsx:
-        return QStringLiteral("Excel XLSX");
-    case FileTypeXls:
-        return QStringLiteral("Excel XLS");
-    case FileTypeFixedWidth:
-        return QStringLiteral("Fixed width");
-    case FileTypeJson:
-        return QStringLiteral("JSON");
-    case FileTypeXml:
-        return QStringLiteral("XML");
-    case FileTypeVCard:
-        return QStringLiteral("vCard");
-    case FileTypeYaml:
-        return QStringLiteral("YAML");
-    case FileTypeHtml:
-        return QStringLiteral("HTML");
-    case FileTypeMarkdown:
-        return QStringLiteral("Markdown");
-    case FileTypePlainText:
-        return QStringLiteral("Plain text");
-    }
-    return QString();
-}
-
 QString IONode::displayName() const
 {
     if (m_path.isEmpty())

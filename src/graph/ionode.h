@@ -1,26 +1,9 @@
 #pragma once
 
 #include "graph/node.h"
+#include "io/fileformats.h"
 
 class QDomElement;
-
-// File types, stored by number in documents.
-enum FileType {
-    FileTypeDelimited = 0,
-    FileTypeXlsx = 1,
-    FileTypeXls = 2,
-    FileTypeFixedWidth = 3,
-    FileTypeJson = 4,
-    FileTypeXml = 5,
-    FileTypeVCard = 6,
-    FileTypeYaml = 7,
-    FileTypeHtml = 8,
-    FileTypeMarkdown = 9,
-    FileTypePlainText = 10,
-    FileTypeNone = 11
-};
-
-QString fileTypeName(int fileType);
 
 // What inputs and outputs share: a file path and the type of the file.
 class IONode : public Node
@@ -28,7 +11,9 @@ class IONode : public Node
     Q_OBJECT
 
 public:
-    explicit IONode(int id = -1) : Node(id) { }
+    explicit IONode(int id = -1)
+        : Node(id)
+    { }
 
     QString path() const { return m_path; }
     virtual void setPath(const QString &path) { m_path = path; }
@@ -45,7 +30,8 @@ public:
     // against it on reading, so that a document and its data can move together.
     virtual void writeAttributes(QDomElement &element, const QString &documentFolder) const = 0;
     virtual void readAttributes(const QDomElement &element, int version,
-                                const QString &documentFolder) = 0;
+                                const QString &documentFolder)
+        = 0;
 
 protected:
     void copyIOInto(IONode *copy) const;

@@ -1,10 +1,11 @@
 #include "graph/outputnode.h"
 
-#include "data/valueinterpretation.h"
 #include "graph/graphscene.h"
 #include "graph/inputnode.h"
 #include "graph/xmlattributes.h"
 #include "io/delimitedtext.h"
+#include "io/filetypes.h"
+#include "io/outputpipeline.h"
 #include "io/pathvariables.h"
 #include "shell/settings.h"
 
@@ -12,8 +13,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QHash>
-#include <QMap>
 #include <QMessageBox>
 
 #include <algorithm>
@@ -22,34 +21,6 @@ bool OutputNode::s_interactive = true;
 OutputNode::ConfirmHandler OutputNode::s_confirmHandler;
 
 namespace {
-
-// Row problems of a multi-file run can number as many as the rows; the user gets the first
-// thousand and a mark that more were left out.
-constexpr int MaxListedMessages = 1000;
-
-class CappedList
-{
-public:
-    explicit CappedList(QStringList &target)
-        : m_target(target)
-    { }
-
-    void add(const QString &text)
-    {
-        if (m_count < MaxListedMessages) {
-            m_target.append(text);
-        } else if (!m_closed) {
-            m_target.append(QStringLiteral("\n...etc"));
-            m_closed = true;
-        }
-        ++m_count;
-    }
-
-private:
-    QStringList &m_target;
-    int m_count = 0;
-    bool m_closed = false;
-};
 
 QString yesNo(bool on)
 {
@@ -106,15 +77,6 @@ bool askWithMessageBox(const QString &title, const QString &text)
                                  QMessageBox::Ok)
         == QMessageBox::Ok;
 }
-
-// One target of a multi-file run, or the problem that a value of the Files column has.
-struct ResolvedTarget
-{
-    enum Problem { None, NoFileName, RelativeUnsaved, NotValid, NoFolder, Blocked };
-    Problem problem = None;
-    QString path;
-    QString sheet;
-};
 
 } // namespace
 
@@ -242,7 +204,7 @@ QVariantList OutputNode::stateList() const
 
 bool OutputNode::isExcel() const
 {
-    return fileType() == FileTypeXlsx || fileType() == FileTypeXls;
+    return FileTypes::isExcel(fileType());
 }
 
 QList<QPair<QString, QString>> OutputNode::optionsList() const
@@ -555,6 +517,22 @@ OutputFileOptions OutputNode::fileOptions() const
     return options;
 }
 
+OutputRunOptions OutputNode::runOptions() const
+{
+    const FileExtensionRules rules = FileTypes::currentExtensionRules();
+    OutputRunOptions options;
+    options.file = fileOptions();
+    options.file.extensionTypes = rules.outputTypes;
+    options.path = path();
+    options.sheet = m_worksheet;
+    options.fileComment = m_fileComment;
+    options.multipleFiles = m_singleOrMulti == MultipleFiles;
+    options.filesColumn
+        = m_multiFileColumn.isNull() ? -1 : m_dataset.columnIndex(m_multiFileColumn);
+    options.blockedExtensions = rules.blockedOutput;
+    return options;
+}
+
 void OutputNode::run(bool, bool freeUpstream)
 {
     if (GraphScene::isStopRequested() || status() == UpToDate || !isUpstreamUpToDate())
@@ -572,13 +550,12 @@ void OutputNode::run(bool, bool freeUpstream)
     }
 
     if (m_singleOrMulti == SingleFile) {
-        const QString target = expandPathVariables(path(), m_worksheet).first;
-        const QString extension = QFileInfo(target).suffix().trimmed().toLower();
-        if (Settings::instance()->blockedOutputExtensionSet().contains(extension)) {
+        const QString blocked
+            = blockedOutputWarning(expandPathVariables(path(), m_worksheet).first,
+                                   Settings::instance()->blockedOutputExtensionSet());
+        if (!blocked.isEmpty()) {
             setStatus(Error, true);
-            addWarning(QStringLiteral("The extension for this file is blocked in "
-                                      "'Preferences>Output Extensions':\n%1")
-                           .arg(nativePath(target)));
+            addWarning(blocked);
             update();
             return;
         }
@@ -591,217 +568,31 @@ void OutputNode::run(bool, bool freeUpstream)
     QElapsedTimer timer;
     timer.start();
     setFractionProcessed(0.0);
-    bool ok = true;
-    if (!outputEnabled())
-        addInfo(QStringLiteral("Write mode='%1'").arg(writeModeName(m_writeMode)));
-    else
-        ok = write();
+    ConfirmTargets confirm;
+    if (m_multiFileConfirm && s_interactive) {
+        confirm = [](const QString &title, const QString &text) {
+            return s_confirmHandler ? s_confirmHandler(title, text)
+                                    : askWithMessageBox(title, text);
+        };
+    }
+    const OutputRunResult result = writeOutput(
+        m_dataset, runOptions(), pathVariables(),
+        [this](double fraction) { onProcessed(fraction); }, confirm);
+    m_warnings += result.warnings;
+    m_info += result.info;
+    m_noFilesColumn = result.noFilesColumn;
+    if (result.targetExpanded) {
+        m_pathWithoutSheetVarsReplaced = result.expandedPath;
+        m_sheetVarsReplaced = result.expandedSheet;
+    }
     m_dataset.assignColumnIds(id());
     finishRun(timer.elapsed());
-    setStatus(ok ? UpToDate : Error, false);
+    setStatus(result.ok ? UpToDate : Error, false);
     emit processingEnd(this);
     m_dataset.clearStringPools();
     update();
     if (freeUpstream)
         freeUpstreamData();
-}
-
-bool OutputNode::write()
-{
-    if (!isExcel() && m_lineEndings == LineEndingAutomatic) {
-        addInfo(QStringLiteral("Line endings=Automatic sets line endings as %1. Set 'Line endings' "
-                               "option to change.\n")
-                    .arg(lineEndingName(LineEndingWindows)));
-    }
-    if (m_singleOrMulti == MultipleFiles)
-        return writeMultipleFiles();
-    return writeFile(path(), m_worksheet, m_dataset);
-}
-
-bool OutputNode::writeFile(const QString &path, const QString &sheet, const Dataset &dataset,
-                           bool expand, double progressStart, double progressSpan, bool *written)
-{
-    const PathVariables variables = pathVariables();
-    QString target = path;
-    QString targetSheet = sheet;
-    if (expand) {
-        variables.expand(target, targetSheet);
-        m_pathWithoutSheetVarsReplaced = target;
-        m_sheetVarsReplaced = targetSheet;
-    }
-    OutputFileOptions options = fileOptions();
-    options.comment = variables.expand(m_fileComment);
-    WriteReport report;
-    const bool ok = writeOutputFile(target, dataset, options, report,
-                                    [this, progressStart, progressSpan](double fraction) {
-                                        onProcessed(progressStart + fraction * progressSpan);
-                                    });
-    m_warnings += report.warnings;
-    m_info += report.info;
-    if (written)
-        *written = report.written;
-    return ok;
-}
-
-bool OutputNode::writeMultipleFiles()
-{
-    const int column = m_multiFileColumn.isNull() ? -1 : m_dataset.columnIndex(m_multiFileColumn);
-    if (column < 0) {
-        m_noFilesColumn = true;
-        addWarning(QStringLiteral("No column set for 'Files column'.\n"));
-        return false;
-    }
-
-    const QSet<QString> blocked = Settings::instance()->blockedOutputExtensionSet();
-    const PathVariables variables = pathVariables();
-    const QString document = documentPath();
-    const QString documentFolder
-        = document.isEmpty() ? QString() : QFileInfo(document).absolutePath();
-    // Files columns repeat their values, so each distinct value is looked at once.
-    QHash<QString, ResolvedTarget> resolved;
-    auto resolve = [&](const QString &value) {
-        ResolvedTarget target;
-        QString file;
-        PathVariables::splitSheet(value, file, target.sheet);
-        variables.expand(file, target.sheet);
-        if (QDir::isRelativePath(file)) {
-            if (documentFolder.isEmpty()) {
-                target.problem = ResolvedTarget::RelativeUnsaved;
-                return target;
-            }
-            file = QDir(documentFolder).absoluteFilePath(file);
-        }
-        if (QDir::isRelativePath(file)) {
-            target.problem = ResolvedTarget::NotValid;
-            return target;
-        }
-        const QFileInfo info(file);
-        if (!info.absoluteDir().exists())
-            target.problem = ResolvedTarget::NoFolder;
-        else if (info.fileName().isEmpty())
-            target.problem = ResolvedTarget::NoFileName;
-        else if (blocked.contains(info.suffix().trimmed().toLower()))
-            target.problem = ResolvedTarget::Blocked;
-        target.path = QDir::cleanPath(info.absoluteFilePath());
-        return target;
-    };
-
-    CappedList warnings(m_warnings);
-    QMap<QPair<QString, QString>, QList<int>> targets;
-    const int rowCount = m_dataset.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        const QString value = m_dataset.cell(r, column).trimmed();
-        const QString row = QString::number(r + 1);
-        if (value.isEmpty()) {
-            warnings.add(QStringLiteral("Empty value for row %1").arg(row));
-            continue;
-        }
-        if (value.endsWith(QLatin1Char('/')) || value.endsWith(QLatin1Char('\\'))) {
-            warnings.add(QStringLiteral("No file name for '%1' at row %2").arg(value, row));
-            continue;
-        }
-        auto it = resolved.find(value);
-        if (it == resolved.end())
-            it = resolved.insert(value, resolve(value));
-        switch (it->problem) {
-        case ResolvedTarget::None:
-            targets[{it->path, it->sheet}].append(r);
-            break;
-        case ResolvedTarget::RelativeUnsaved:
-            warnings.add(QStringLiteral("Relative file path for '%1' at row %2, but .tabulon not "
-                                        "saved for it to be relative to.")
-                             .arg(value, row));
-            break;
-        case ResolvedTarget::NotValid:
-            warnings.add(QStringLiteral("File path not valid for '%1' at row %2").arg(value, row));
-            break;
-        case ResolvedTarget::NoFolder:
-            warnings.add(
-                QStringLiteral("Folder does not exist for '%1' at row %2").arg(value, row));
-            break;
-        case ResolvedTarget::NoFileName:
-            warnings.add(QStringLiteral("No file name for '%1' at row %2").arg(value, row));
-            break;
-        case ResolvedTarget::Blocked:
-            warnings.add(
-                QStringLiteral("Extension for '%1' is blocked in 'Preferences>Output Extensions'.")
-                    .arg(value));
-            break;
-        }
-    }
-
-    if (m_multiFileConfirm && s_interactive && !targets.isEmpty()
-        && !confirmTargets(targets.keys())) {
-        addWarning(QStringLiteral("Output cancelled by user"));
-        return true;
-    }
-
-    // Each target's dataset lives only while it is written.
-    QStringList header = m_dataset.header();
-    if (column < header.size())
-        header.removeAt(column);
-    CappedList writtenLines(m_info);
-    const double span = 1.0 / std::max(1, targets.size());
-    int writtenCount = 0;
-    int done = 0;
-    bool ok = true;
-    for (auto it = targets.constBegin(); it != targets.constEnd(); ++it, ++done) {
-        Dataset part;
-        part.setColumnCount(m_dataset.columnCount() - 1);
-        if (m_dataset.hasHeader())
-            part.setHeader(header);
-        part.reserveRows(it->size());
-        // With the Files column as the only column there is nothing left to write but the file.
-        const QList<int> &rows = it.value();
-        for (int i = 0; part.hasColumns() && i < rows.size(); ++i) {
-            QStringList cells = m_dataset.row(rows.at(i));
-            cells.removeAt(column);
-            part.appendRow(cells, true);
-        }
-        bool written = false;
-        if (!writeFile(it.key().first, it.key().second, part, false, done * span, span, &written))
-            ok = false;
-        if (written) {
-            ++writtenCount;
-            writtenLines.add(QStringLiteral("Written to '%1'").arg(nativePath(it.key().first)));
-        }
-    }
-    if (writtenCount > 0)
-        addInfo(QStringLiteral("%1 file(s) written").arg(formatCount(writtenCount)));
-    else
-        addWarning(QStringLiteral("0 files written"));
-    return ok;
-}
-
-bool OutputNode::confirmTargets(const QList<QPair<QString, QString>> &targets)
-{
-    QStringList existing;
-    QStringList created;
-    for (const auto &target : targets) {
-        const QString shown = target.second.isEmpty()
-            ? nativePath(target.first)
-            : QStringLiteral("%1[%2]").arg(nativePath(target.first), target.second);
-        (QFileInfo::exists(target.first) ? existing : created).append(shown);
-    }
-    const QString word
-        = isExcel() ? QStringLiteral("file(s)/sheets(s)") : QStringLiteral("file(s)");
-    QString text;
-    if (!existing.isEmpty()) {
-        QString pattern = QStringLiteral("%1 existing %2 to be overwritten:\n%3\n");
-        if (m_writeMode == WriteAppend)
-            pattern = QStringLiteral("%1 existing %2 to be appended to:\n%3\n");
-        else if (m_writeMode == WriteNew)
-            pattern = QStringLiteral("%1 existing %2 will not be overwritten:\n%3\n");
-        text += pattern.arg(formatCount(existing.size()), word, existing.join(QLatin1Char('\n')));
-    }
-    if (!created.isEmpty()) {
-        text += QStringLiteral("%1 new %2 to be created:\n%3\n")
-                    .arg(formatCount(created.size()), word, created.join(QLatin1Char('\n')));
-    }
-    const int toWrite = m_writeMode == WriteNew ? created.size() : targets.size();
-    text += QStringLiteral("%1 %2 will be written").arg(formatCount(toWrite), word);
-    const QString title = QStringLiteral("Multi file output");
-    return s_confirmHandler ? s_confirmHandler(title, text) : askWithMessageBox(title, text);
 }
 
 void OutputNode::setSourcePaths(const QString &documentFolder)

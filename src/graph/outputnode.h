@@ -1,7 +1,7 @@
 #pragma once
 
 #include "graph/ionode.h"
-#include "io/outputwriters.h"
+#include "io/outputpipeline.h"
 
 #include <QList>
 #include <QPair>
@@ -147,18 +147,6 @@ public:
     // Path and sheet with every variable replaced.
     QPair<QString, QString> expandPathVariables(const QString &path, const QString &sheet) const;
 
-    // Writes dataset to one file with this item's options; false on failure, the reasons in
-    // the warnings. Path and sheet are expanded first when expand is set, and the results kept
-    // on the item. Progress goes from progressStart over progressSpan; written tells whether a
-    // file was actually written (Write mode New leaves an existing file alone).
-    bool writeFile(const QString &path, const QString &sheet, const Dataset &dataset,
-                   bool expand = true, double progressStart = 0.0, double progressSpan = 1.0,
-                   bool *written = nullptr);
-
-protected:
-    // Writes m_dataset to the target; false on failure with the reason in the warnings.
-    virtual bool write();
-
 private:
     template<typename T> void change(T &member, const T &value)
     {
@@ -168,9 +156,9 @@ private:
         setStatus(NeedsUpdate, true);
     }
 
-    bool writeMultipleFiles();
-    bool confirmTargets(const QList<QPair<QString, QString>> &targets);
     OutputFileOptions fileOptions() const;
+    // Everything the write needs, as plain values.
+    OutputRunOptions runOptions() const;
     bool isExcel() const;
     // The .tabulon file of the scene; empty while the document is unsaved.
     QString documentPath() const;

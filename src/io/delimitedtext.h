@@ -1,5 +1,7 @@
 #pragma once
 
+#include "io/fileformats.h"
+
 #include <QChar>
 #include <QList>
 #include <QMap>
@@ -75,8 +77,6 @@ struct TextReadReport
 
     void resetCounts();
 };
-
-using ReadProgress = std::function<void(double)>;
 
 // Counts the candidate delimiters in the first 4096 characters and takes the most frequent,
 // the earlier candidate on a tie. infoEntry, when given, receives the message that tells

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include "io/fileformats.h"
 
-// The table of file types: names, descriptions, default extensions, which can be read and
-// written, the mapping of extensions to types kept in the settings, and the guess of the type
-// of text taken from the clipboard. The type numbers are those of the FileType enumeration.
+#include <QString>
+
+// Questions about file types answered from the table of formats, and the extension rules of
+// the user's preferences as the settings hold them now. The only part of io/ that reads the
+// settings store: readers and writers take the rules in their options instead.
 namespace FileTypes {
 
 QString description(int fileType);
@@ -18,6 +19,8 @@ bool canHaveHeader(int fileType);
 // Types for which the Encoding option applies (for a file source).
 bool usesEncoding(int fileType);
 
+// The extension maps and blocked lists of the settings.
+FileExtensionRules currentExtensionRules();
 // The input type for an extension, from the settings map `input_file_extensions` with its
 // defaults; the given default when the extension is unknown or maps to no type.
 int inputTypeForExtension(const QString &extension, int defaultType);
@@ -26,6 +29,12 @@ int inputTypeForExtension(const QString &extension, int defaultType);
 bool isInputExtensionBlocked(const QString &extension);
 
 // The type of text pasted or imported from the clipboard.
-int guessTextFileType(const QString &text);
+inline int guessTextFileType(const QString &text)
+{
+    return FileFormats::guessTextFileType(text);
+}
 
 } // namespace FileTypes
+
+// The file type that output_file_extensions gives the extension of path, or defaultType.
+int outputFileTypeForPath(const QString &path, int defaultType);

@@ -3,8 +3,8 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
-#include <QHostInfo>
 #include <QLocale>
+#include <QSysInfo>
 
 namespace MetaInfo {
 
@@ -55,7 +55,7 @@ static QString valueOf(const QString &variable, const Context &context, const QF
     if (variable == QLatin1String("CurrentDate"))
         return QDate::currentDate().toString(Qt::ISODate);
     if (variable == QLatin1String("ComputerName"))
-        return QHostInfo::localHostName();
+        return QSysInfo::machineHostName();
     if (variable == QLatin1String("UserName"))
         return userName();
     if (variable == QLatin1String("DataRows"))

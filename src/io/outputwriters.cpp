@@ -1,46 +1,11 @@
 #include "io/outputwriters.h"
 
-#include "graph/ionode.h"
-#include "shell/settings.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
 
 namespace {
-
-struct WriterEntry
-{
-    int fileType;
-    TextWriter writer;
-    bool hasComment;
-    bool hasHeaderOption;
-};
-
-// Every output type once. A type without a writer fails with a clear message, so a writer
-// added later only fills in its slot here.
-const WriterEntry Writers[] = {
-    {FileTypeDelimited, writeDelimitedText, false, true},
-    {FileTypeXlsx, nullptr, false, true},
-    {FileTypeXls, nullptr, false, true},
-    {FileTypeJson, nullptr, false, false},
-    {FileTypeXml, nullptr, true, false},
-    {FileTypeVCard, nullptr, false, false},
-    {FileTypeYaml, nullptr, true, false},
-    {FileTypeHtml, writeHtml, true, true},
-    {FileTypeMarkdown, writeMarkdown, true, true},
-    {FileTypePlainText, writePlainText, false, true},
-};
-
-const WriterEntry *writerEntry(int fileType)
-{
-    for (const WriterEntry &entry : Writers) {
-        if (entry.fileType == fileType)
-            return &entry;
-    }
-    return nullptr;
-}
 
 bool isUtfEncoding(const QString &encoding)
 {
@@ -142,20 +107,20 @@ void ChunkedTextWriter::makeRoom(int count)
 
 TextWriter textWriterFor(int fileType)
 {
-    const WriterEntry *entry = writerEntry(fileType);
-    return entry ? entry->writer : nullptr;
+    const FileFormat *format = FileFormats::find(fileType);
+    return format ? format->writeText : nullptr;
 }
 
 bool fileTypeHasComment(int fileType)
 {
-    const WriterEntry *entry = writerEntry(fileType);
-    return entry && entry->hasComment;
+    const FileFormat *format = FileFormats::find(fileType);
+    return format && format->comment;
 }
 
 bool fileTypeHasHeaderOption(int fileType)
 {
-    const WriterEntry *entry = writerEntry(fileType);
-    return entry && entry->hasHeaderOption;
+    const FileFormat *format = FileFormats::find(fileType);
+    return format && format->headerOption;
 }
 
 QString writerUnavailableMessage(int fileType)
@@ -183,13 +148,6 @@ bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size)
         return true;
     // Up to 3 bytes leaves room for nothing but a byte-order mark.
     return !exists || size <= 3;
-}
-
-int outputFileTypeForPath(const QString &path, int defaultType)
-{
-    const QString extension = QFileInfo(path).suffix().trimmed().toLower();
-    const int type = Settings::instance()->outputFileExtensions().value(extension, FileTypeNone);
-    return type == FileTypeNone ? defaultType : type;
 }
 
 bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFileOptions &options,
@@ -254,7 +212,8 @@ bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFi
         return false;
     report.written = true;
 
-    const int extensionType = outputFileTypeForPath(path, FileTypeNone);
+    const int extensionType = FileExtensionRules::typeFor(options.extensionTypes,
+                                                          QFileInfo(path).suffix(), FileTypeNone);
     if (extensionType != FileTypeNone && extensionType != options.fileType) {
         report.warnings.append(
             QStringLiteral("'%1' extension is '%2' but file type is %3.")

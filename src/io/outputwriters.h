@@ -1,19 +1,23 @@
 #pragma once
 
+#include "io/fileformats.h"
+// outputFileTypeForPath, for callers that had it from here.
+#include "io/filetypes.h"
+
 #include <QChar>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
 #include <cstring>
-#include <functional>
 
 class Dataset;
 class QTextStream;
 
 // Writing a Dataset to a file: the write modes, the per-file rules (how the file is opened,
-// when a byte-order mark and a header go in) and the text writers of each output file type,
-// found through one table. Free of widgets and items: callers pass the options and a progress
-// callback, and receive the messages for the user in a WriteReport.
+// when a byte-order mark and a header go in) and the text writers of the output file types,
+// found through the table of formats. Free of widgets and items: callers pass the options and a
+// progress callback, and receive the messages for the user in a WriteReport.
 
 // Stored by number in documents under `enable_output`.
 enum WriteMode { WriteDisabled = 0, WriteOverwrite = 1, WriteAppend = 2, WriteNew = 3 };
@@ -59,11 +63,6 @@ struct WriteReport
     // Whether a file was actually written; a New write onto an existing file succeeds without.
     bool written = false;
 };
-
-using WriteProgress = std::function<void(double)>;
-using TextWriter
-    = bool (*)(QTextStream &stream, const Dataset &dataset, const TextWriteOptions &options,
-               WriteReport &report, const WriteProgress &progress);
 
 // Sets the codec by name (an unknown name keeps the stream's own) and whether a byte-order
 // mark is generated: the first thing every writer does.
@@ -153,15 +152,15 @@ struct OutputFileOptions
     bool htmlEncode = true;
     // With its variables already replaced.
     QString comment;
+    // The `output_file_extensions` map in force, for the warning about an extension that
+    // stands for another type; empty for no such check.
+    QMap<QString, int> extensionTypes;
 };
 
 // Byte-order mark and header of one write, given the state of the target before it is
 // opened (exists, size in bytes).
 bool byteOrderMarkWanted(const OutputFileOptions &options, bool exists, qint64 size);
 bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size);
-
-// The file type that output_file_extensions gives the extension of path, or defaultType.
-int outputFileTypeForPath(const QString &path, int defaultType);
 
 // Writes the dataset to path, opened directly in the way of the write mode. Returns false on
 // failure with the reason in report.warnings. With mode New and an existing file nothing is

@@ -9,6 +9,7 @@
 
 #include <QApplication>
 #include <QDomDocument>
+#include <QFileSystemWatcher>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -42,6 +43,7 @@ private slots:
     void clipboardTypeGuess_data();
     void clipboardTypeGuess();
     void fileChangedTwiceReadsOnce();
+    void importWaitsForARunningScene();
     void tooBigToRead();
 
 private:
@@ -71,8 +73,8 @@ InputNode *TestInputNode::addFileInput(GraphScene &scene, const QString &path, i
 {
     auto *input = new InputNode;
     input->setPath(path);
-    input->setInputFileType(FileTypes::inputTypeForExtension(QFileInfo(path).suffix(),
-                                                             FileTypeDelimited));
+    input->setInputFileType(
+        FileTypes::inputTypeForExtension(QFileInfo(path).suffix(), FileTypeDelimited));
     input->setHeader(header);
     scene.addNode(input);
     return input;
@@ -85,14 +87,15 @@ void TestInputNode::headerDecision_data()
     QTest::addColumn<bool>("hasHeader");
     QTest::addColumn<int>("rows");
 
-    QTest::newRow("guess: text first row") << QByteArray("name,city\nAnn,Paris\n") << 2 << true << 1;
-    QTest::newRow("guess: number in first row") << QByteArray("name,12\nAnn,Paris\n") << 2 << false
-                                                << 2;
+    QTest::newRow("guess: text first row")
+        << QByteArray("name,city\nAnn,Paris\n") << 2 << true << 1;
+    QTest::newRow("guess: number in first row")
+        << QByteArray("name,12\nAnn,Paris\n") << 2 << false << 2;
     QTest::newRow("guess: ISO date in first row")
         << QByteArray("name,2024-01-31\nAnn,Paris\n") << 2 << false << 2;
     QTest::newRow("guess: one row") << QByteArray("name,city\n") << 2 << false << 1;
-    QTest::newRow("guess: empty cells don't count") << QByteArray("name,,city\nAnn,1,Paris\n") << 2
-                                                    << true << 1;
+    QTest::newRow("guess: empty cells don't count")
+        << QByteArray("name,,city\nAnn,1,Paris\n") << 2 << true << 1;
     QTest::newRow("forced header") << QByteArray("1,2\n3,4\n") << 1 << true << 1;
     QTest::newRow("no header") << QByteArray("name,city\nAnn,Paris\n") << 0 << false << 2;
 }
@@ -166,9 +169,8 @@ void TestInputNode::extensionWarning_data()
 
     QTest::newRow("tsv as delimited") << "data.tsv" << int(FileTypeDelimited) << QString();
     QTest::newRow("unknown extension") << "data.dat" << int(FileTypeDelimited) << QString();
-    QTest::newRow("csv as fixed width")
-        << "data.csv" << int(FileTypeFixedWidth)
-        << "'%1' extension is 'csv' but file type is Fixed width.";
+    QTest::newRow("csv as fixed width") << "data.csv" << int(FileTypeFixedWidth)
+                                        << "'%1' extension is 'csv' but file type is Fixed width.";
     QTest::newRow("log as delimited") << "data.log" << int(FileTypeDelimited)
                                       << "'%1' extension is 'log' but file type is Delimited text.";
 }
@@ -197,8 +199,8 @@ void TestInputNode::encodingAutomaticAndLatin1()
     GraphScene scene;
     InputNode *utf8 = addFileInput(scene, writeFile("utf8.csv", "\xEF\xBB\xBFname\ncaf\xC3\xA9\n"),
                                    InputNode::HasHeader);
-    InputNode *latin1 = addFileInput(scene, writeFile("latin1.csv", "name\ncaf\xE9\n"),
-                                     InputNode::HasHeader);
+    InputNode *latin1
+        = addFileInput(scene, writeFile("latin1.csv", "name\ncaf\xE9\n"), InputNode::HasHeader);
     latin1->setPos(0, 200);
     latin1->setEncoding("ISO-8859-1");
     scene.process(GraphScene::RunAll);
@@ -219,17 +221,18 @@ void TestInputNode::metaInformation_data()
     QTest::addColumn<QStringList>("headers");
 
     QTest::newRow("at start") << int(MetaInfo::AtStart) << int(InputNode::HasHeader)
-                              << QStringList{"2 rows", ""} << QStringList{"3", "4"}
-                              << QStringList{"a", "b"};
+                              << QStringList {"2 rows", ""} << QStringList {"3", "4"}
+                              << QStringList {"a", "b"};
     QTest::newRow("at end") << int(MetaInfo::AtEnd) << int(InputNode::HasHeader)
-                            << QStringList{"1", "2"} << QStringList{"2 rows", ""}
-                            << QStringList{"a", "b"};
+                            << QStringList {"1", "2"} << QStringList {"2 rows", ""}
+                            << QStringList {"a", "b"};
     QTest::newRow("every row") << int(MetaInfo::EveryRow) << int(InputNode::HasHeader)
-                               << QStringList{"1", "2", "2 rows"} << QStringList{"3", "4", "2 rows"}
-                               << QStringList{"a", "b", "Source"};
+                               << QStringList {"1", "2", "2 rows"}
+                               << QStringList {"3", "4", "2 rows"}
+                               << QStringList {"a", "b", "Source"};
     QTest::newRow("every row, no header")
-        << int(MetaInfo::EveryRow) << int(InputNode::NoHeader) << QStringList{"a", "b", "3 rows"}
-        << QStringList{"3", "4", "3 rows"} << QStringList{"1", "2", "3"};
+        << int(MetaInfo::EveryRow) << int(InputNode::NoHeader) << QStringList {"a", "b", "3 rows"}
+        << QStringList {"3", "4", "3 rows"} << QStringList {"1", "2", "3"};
 }
 
 void TestInputNode::metaInformation()
@@ -263,7 +266,8 @@ void TestInputNode::metaVariables()
     QCOMPARE(MetaInfo::expand("$(FileName): $(DataRows) x $(DataColumns) = $(DataValues)", context),
              QString("sales.csv: 12,345 x 2 = 24,690"));
     QCOMPARE(MetaInfo::expand("$(FilePath)", context), QDir::toNativeSeparators(path));
-    QCOMPARE(MetaInfo::expand("$(CurrentDate)", context), QDate::currentDate().toString(Qt::ISODate));
+    QCOMPARE(MetaInfo::expand("$(CurrentDate)", context),
+             QDate::currentDate().toString(Qt::ISODate));
     QCOMPARE(MetaInfo::expand("$(Unknown) stays", context), QString("$(Unknown) stays"));
     context.path = m_dir->filePath("gone.csv");
     QCOMPARE(MetaInfo::expand("$(FileName)", context), QString("(file not found)"));
@@ -286,11 +290,12 @@ void TestInputNode::ignoreEmptyColumns()
 void TestInputNode::duplicateNamesKept()
 {
     GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("data.csv", "x,x\n1,2\n"), InputNode::HasHeader);
+    InputNode *input
+        = addFileInput(scene, writeFile("data.csv", "x,x\n1,2\n"), InputNode::HasHeader);
     scene.process(GraphScene::RunAll);
     QCOMPARE(input->dataset()->header(), QStringList({"x", "x"}));
     QCOMPARE(input->dataset()->columnIds(),
-             (QList<ColumnId>{ColumnId(input->id(), 1), ColumnId(input->id(), 2)}));
+             (QList<ColumnId> {ColumnId(input->id(), 1), ColumnId(input->id(), 2)}));
 }
 
 void TestInputNode::plainTextReadsLines()
@@ -420,15 +425,48 @@ void TestInputNode::fileChangedTwiceReadsOnce()
     input->setWatching(true);
     scene.process(GraphScene::RunAll);
     QCOMPARE(input->dataset()->rowCount(), 1);
+    auto *watcher = input->findChild<QFileSystemWatcher *>();
+    QVERIFY(watcher);
+    QCOMPARE(watcher->files(), QStringList {path});
 
+    // The watcher's signals and the timer's end are fired by hand: no waiting on the clock,
+    // and no real notice of the writes below that an event loop could deliver.
+    watcher->removePath(path);
     QSignalSpy changes(input, &InputNode::sourceChanged);
     writeFile("watched.csv", "a\n1\n2\n");
-    QTest::qWait(300);
+    QVERIFY(QMetaObject::invokeMethod(watcher, "fileChanged", Q_ARG(QString, path)));
     writeFile("watched.csv", "a\n1\n2\n3\n");
-    QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, 9000);
-    QTest::qWait(300);
+    QVERIFY(QMetaObject::invokeMethod(watcher, "fileChanged", Q_ARG(QString, path)));
+    QTimer *timer = input->importTimer();
+    QVERIFY(timer->isActive());
+    QVERIFY(timer->isSingleShot());
+    QCOMPARE(timer->interval(), int(InputNode::ImportDelayMs));
+    QCOMPARE(changes.count(), 0);
+
+    timer->stop();
+    QVERIFY(QMetaObject::invokeMethod(timer, "timeout"));
     QCOMPARE(changes.count(), 1);
     QCOMPARE(input->dataset()->rowCount(), 3);
+    QVERIFY(!timer->isActive());
+}
+
+void TestInputNode::importWaitsForARunningScene()
+{
+    GraphScene scene;
+    InputNode *input = addFileInput(scene, writeFile("busy.csv", "a\n1\n"), InputNode::HasHeader);
+    QSignalSpy changes(input, &InputNode::sourceChanged);
+    // A transform's run that lasts while the timer ends: the re-read waits for it.
+    connect(input, &Node::processingEnd, input, [input] {
+        if (input->importTimer()->isActive())
+            return;
+        input->onFileChanged();
+        input->importTimer()->stop();
+        input->onDelayedImport();
+    });
+    scene.process(GraphScene::RunAll);
+    QCOMPARE(changes.count(), 0);
+    QVERIFY(input->importTimer()->isActive());
+    QCOMPARE(input->importTimer()->interval(), int(InputNode::BusyRetryDelayMs));
 }
 
 void TestInputNode::tooBigToRead()

@@ -301,6 +301,7 @@ void TestOutputWriters::extensionMismatch()
     QFETCH(QString, warning);
     OutputFileOptions options;
     options.fileType = fileType;
+    options.extensionTypes = FileFormats::defaultOutputExtensionTypes();
     WriteReport report;
     const QString path = pathOf(name);
     QVERIFY(writeOutputFile(path, makeDataset({{"h"}, {"1"}}), options, report, {}));
