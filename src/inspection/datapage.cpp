@@ -5,6 +5,7 @@
 #include "graph/node.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
+#include "workbench/delaytimer.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -18,7 +19,6 @@
 #include <QPainterPath>
 #include <QScrollBar>
 #include <QSignalBlocker>
-#include <QTimer>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -119,7 +119,7 @@ bool s_showInvisibles = false;
 DataPage::DataPage(QWidget *parent)
     : QWidget(parent)
     , m_view(new DataTableView(this))
-    , m_filterTimer(new QTimer(this))
+    , m_filterTimer(new DelayTimer(this))
 {
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
@@ -233,13 +233,12 @@ DataPage::DataPage(QWidget *parent)
     layout->addWidget(m_filterRow);
     layout->addWidget(m_view, 1);
 
-    m_filterTimer->setSingleShot(true);
     m_filterTimer->setInterval(FilterDelayMs);
-    connect(m_filterTimer, &QTimer::timeout, this, &DataPage::applyFilters);
+    connect(m_filterTimer, &DelayTimer::timeout, this, &DataPage::applyFilters);
     connect(m_rowFilterEdit, &QLineEdit::textEdited, m_filterTimer,
-            QOverload<>::of(&QTimer::start));
+            QOverload<>::of(&DelayTimer::start));
     connect(m_columnFilterEdit, &QLineEdit::textEdited, m_filterTimer,
-            QOverload<>::of(&QTimer::start));
+            QOverload<>::of(&DelayTimer::start));
     // The clear button changes the text without an edit signal.
     connect(m_rowFilterEdit, &QLineEdit::textChanged, this, [this](const QString &text) {
         if (text.isEmpty())

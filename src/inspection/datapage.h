@@ -9,7 +9,7 @@ class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
-class QTimer;
+class DelayTimer;
 class QToolButton;
 
 // The "Data" tab of an item: the data table under a row of tool buttons (copy the dataset,
@@ -84,6 +84,6 @@ private:
     QCheckBox *m_matchCase = nullptr;
     QLabel *m_filterCount = nullptr;
     QToolButton *m_closeFilterButton = nullptr;
-    QTimer *m_filterTimer = nullptr;
+    DelayTimer *m_filterTimer = nullptr;
     QStringList m_columnNames;
 };

@@ -7,6 +7,7 @@
 #include "inspection/datatablemodel.h"
 #include "shell/guards.h"
 #include "shell/settings.h"
+#include "workbench/messageboxes.h"
 
 #include <QAction>
 #include <QApplication>
@@ -15,7 +16,6 @@
 #include <QKeyEvent>
 #include <QLocale>
 #include <QMenu>
-#include <QMessageBox>
 #include <QMetaMethod>
 #include <QMimeData>
 #include <QPainter>
@@ -23,18 +23,6 @@
 #include <limits>
 
 namespace {
-
-DataTableView::QuestionHook &questionHook()
-{
-    static DataTableView::QuestionHook hook;
-    return hook;
-}
-
-DataTableView::MessageHook &messageHook()
-{
-    static DataTableView::MessageHook hook;
-    return hook;
-}
 
 // Three decimals at most, group separators, no trailing zeros: "1,234.5", "-0.333", "7".
 QString figureText(double value)
@@ -659,30 +647,15 @@ void DataTableView::requestValue(int datasetRow, int datasetColumn)
 
 // Questions and messages
 
-void DataTableView::setQuestionHook(QuestionHook hook)
-{
-    questionHook() = std::move(hook);
-}
-
-void DataTableView::setMessageHook(MessageHook hook)
-{
-    messageHook() = std::move(hook);
-}
-
 bool DataTableView::ask(QWidget *parent, const QString &question)
 {
-    if (questionHook())
-        return questionHook()(parent, question);
-    return QMessageBox::question(parent, QGuiApplication::applicationDisplayName(), question,
-                                 QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
+    return MessageBoxes::show(parent, QMessageBox::Question,
+                              QGuiApplication::applicationDisplayName(), question,
+                              QMessageBox::Yes | QMessageBox::No, QMessageBox::No)
         == QMessageBox::Yes;
 }
 
 void DataTableView::tell(QWidget *parent, const QString &message)
 {
-    if (messageHook()) {
-        messageHook()(parent, message);
-        return;
-    }
-    QMessageBox::information(parent, QGuiApplication::applicationDisplayName(), message);
+    MessageBoxes::information(parent, QGuiApplication::applicationDisplayName(), message);
 }

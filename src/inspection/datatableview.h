@@ -66,12 +66,8 @@ public:
     // The menu of one kind at a place in the viewport or header; the caller owns it.
     QMenu *createContextMenu(MenuKind kind, const QPoint &pos);
 
-    // How the table asks and tells; tests install their own so that nothing blocks. A null
-    // function restores the message boxes.
-    using QuestionHook = std::function<bool(QWidget *parent, const QString &question)>;
-    using MessageHook = std::function<void(QWidget *parent, const QString &message)>;
-    static void setQuestionHook(QuestionHook hook);
-    static void setMessageHook(MessageHook hook);
+    // How the table asks (Yes or No, No the default) and tells, through the message boxes of
+    // the workbench.
     static bool ask(QWidget *parent, const QString &question);
     static void tell(QWidget *parent, const QString &message);
 

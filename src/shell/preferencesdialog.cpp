@@ -4,7 +4,6 @@
 #include "shell/application.h"
 #include "shell/colors.h"
 #include "shell/settings.h"
-#include "workbench/mainwindow.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -351,11 +350,11 @@ bool PreferencesDialog::moveStore()
     const bool moved = wantIni ? application->movePreferencesToIni()
                                : application->movePreferencesToUserSettings();
     if (!moved) {
-        MainWindow::message(this, QMessageBox::Warning, QStringLiteral("Preferences"),
-                            QStringLiteral("Cannot write to '%1'.\nEnsure the file and folder "
-                                           "have write permission or move the executable to a "
-                                           "folder with write permission.")
-                                .arg(application->settingsFilePath()));
+        emit warningRaised(QStringLiteral("Preferences"),
+                           QStringLiteral("Cannot write to '%1'.\nEnsure the file and folder "
+                                          "have write permission or move the executable to a "
+                                          "folder with write permission.")
+                               .arg(application->settingsFilePath()));
     }
     return moved;
 }

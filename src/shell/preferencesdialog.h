@@ -32,6 +32,11 @@ public:
     // Store choices of "Store these preferences in:".
     enum Store { UserSettings = 0, IniFile = 1 };
 
+signals:
+    // Something the user must hear about; the window shows it in its message box, so that the
+    // dialog needs no knowledge of the window.
+    void warningRaised(const QString &title, const QString &text);
+
 public slots:
     void accept() override;
 

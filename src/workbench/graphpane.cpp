@@ -10,13 +10,13 @@
 #include "shell/colors.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
+#include "workbench/messageboxes.h"
 #include "workbench/typeablemenu.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QKeyEvent>
 #include <QLocale>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QScrollBar>
 #include <QTextStream>
@@ -239,8 +239,8 @@ void GraphPane::onCopyDataSelected()
     const qint64 columns = dataset.columnCount();
     if (rows * columns >= LargeCopyCells) {
         const QLocale locale;
-        const auto answer = QMessageBox::question(
-            this, QStringLiteral("Copy"),
+        const auto answer = MessageBoxes::show(
+            this, QMessageBox::Question, QStringLiteral("Copy"),
             QStringLiteral("Are you sure you want to copy %1 rows x %2 cols into the clipboard?")
                 .arg(locale.toString(rows), locale.toString(columns)),
             QMessageBox::Yes | QMessageBox::No);

@@ -10,19 +10,19 @@
 #include "inspection/datatableview.h"
 #include "shell/guards.h"
 #include "shell/settings.h"
+#include "workbench/delaytimer.h"
 #include "workbench/inputitemwidget.h"
 #include "workbench/itemwidget.h"
+#include "workbench/messageboxes.h"
 #include "workbench/noteitemwidget.h"
 #include "workbench/outputitemwidget.h"
 #include "workbench/transformitemwidget.h"
-#include "workbench/widgets.h"
 
 #include <QApplication>
 #include <QCloseEvent>
 #include <QMainWindow>
 #include <QPainter>
 #include <QStatusBar>
-#include <QTimer>
 #include <QVBoxLayout>
 
 // The window whose status bar carries the selection sums: the pane's own, or, when the pane
@@ -40,14 +40,13 @@ static QMainWindow *statusWindow(QWidget *pane)
 
 ItemPane::ItemPane(QWidget *parent)
     : QWidget(parent)
-    , m_timer(new QTimer(this))
+    , m_timer(new DelayTimer(this))
 {
     setObjectName(QStringLiteral("ItemPane"));
     setMinimumWidth(510);
     m_layout = new QVBoxLayout(this);
     m_layout->setContentsMargins(1, 1, 1, 1);
-    m_timer->setSingleShot(true);
-    connect(m_timer, &QTimer::timeout, this, &ItemPane::onProcessChanges);
+    connect(m_timer, &DelayTimer::timeout, this, &ItemPane::onProcessChanges);
 }
 
 ItemPane::~ItemPane()

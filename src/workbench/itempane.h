@@ -4,9 +4,9 @@
 #include <QPointer>
 #include <QWidget>
 
+class DelayTimer;
 class ItemWidget;
 class Node;
-class QTimer;
 class QVBoxLayout;
 
 // The Right pane: the page of the one selected item, and the timer that holds back a run
@@ -31,6 +31,8 @@ public:
     static ItemWidget *createWidget(Node *node, QWidget *parent);
     bool isRunWaiting() const { return m_runWaiting; }
     bool isTimerActive() const;
+    // The pause between an edit and its run, to be fired by hand under a manual clock.
+    DelayTimer *delayTimer() const { return m_timer; }
     int rememberedTab() const { return m_tab; }
 
 signals:
@@ -63,7 +65,7 @@ private:
 
     QVBoxLayout *m_layout = nullptr;
     QPointer<ItemWidget> m_widget;
-    QTimer *m_timer = nullptr;
+    DelayTimer *m_timer = nullptr;
     bool m_runWaiting = false;
     bool m_interactionAllowed = true;
     int m_tab = 0;

@@ -1,6 +1,7 @@
 #include "workbench/widgets.h"
 
 #include "shell/settings.h"
+#include "workbench/delaytimer.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -15,43 +16,6 @@
 #include <QPointer>
 #include <QTimer>
 #include <QVBoxLayout>
-
-MessageBoxes::Handler MessageBoxes::s_handler;
-
-void MessageBoxes::setHandler(const Handler &handler)
-{
-    s_handler = handler;
-}
-
-QMessageBox::StandardButton MessageBoxes::show(QWidget *parent, QMessageBox::Icon icon,
-                                               const QString &title, const QString &text,
-                                               QMessageBox::StandardButtons buttons,
-                                               QMessageBox::StandardButton defaultButton)
-{
-    if (s_handler)
-        return s_handler(icon, title, text, buttons, defaultButton);
-    QMessageBox box(icon, title, text, buttons, parent);
-    if (defaultButton != QMessageBox::NoButton)
-        box.setDefaultButton(defaultButton);
-    return static_cast<QMessageBox::StandardButton>(box.exec());
-}
-
-bool MessageBoxes::askYesNo(QWidget *parent, const QString &title, const QString &text)
-{
-    return show(parent, QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No,
-                QMessageBox::Yes)
-        == QMessageBox::Yes;
-}
-
-void MessageBoxes::warning(QWidget *parent, const QString &title, const QString &text)
-{
-    show(parent, QMessageBox::Warning, title, text);
-}
-
-void MessageBoxes::information(QWidget *parent, const QString &title, const QString &text)
-{
-    show(parent, QMessageBox::Information, title, text);
-}
 
 DesktopHooks::FileHandler DesktopHooks::s_openFile;
 DesktopHooks::FileHandler DesktopHooks::s_saveFile;
@@ -107,12 +71,11 @@ bool DesktopHooks::openUrl(const QUrl &url)
 
 DelayedFilterEdit::DelayedFilterEdit(QWidget *parent)
     : QLineEdit(parent)
-    , m_timer(new QTimer(this))
+    , m_timer(new DelayTimer(this))
 {
-    m_timer->setSingleShot(true);
     m_timer->setInterval(500);
     setClearButtonEnabled(true);
-    connect(m_timer, &QTimer::timeout, this, &DelayedFilterEdit::report);
+    connect(m_timer, &DelayTimer::timeout, this, &DelayedFilterEdit::report);
     connect(this, &QLineEdit::textChanged, this, [this] { m_timer->start(); });
     connect(this, &QLineEdit::returnPressed, this, &DelayedFilterEdit::report);
 }
@@ -140,11 +103,10 @@ void DelayedFilterEdit::report()
 
 DelayedPlainTextEdit::DelayedPlainTextEdit(QWidget *parent)
     : QPlainTextEdit(parent)
-    , m_timer(new QTimer(this))
+    , m_timer(new DelayTimer(this))
 {
-    m_timer->setSingleShot(true);
     m_timer->setInterval(1000);
-    connect(m_timer, &QTimer::timeout, this, &DelayedPlainTextEdit::delayedTextChanged);
+    connect(m_timer, &DelayTimer::timeout, this, &DelayedPlainTextEdit::delayedTextChanged);
     connect(this, &QPlainTextEdit::textChanged, this, [this] {
         if (!m_quiet)
             m_timer->start();

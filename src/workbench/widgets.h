@@ -1,9 +1,11 @@
 #pragma once
 
+// The message boxes moved to their own unit; code that still finds them here keeps building.
+#include "workbench/messageboxes.h"
+
 #include <QColor>
 #include <QComboBox>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPainterPath>
 #include <QPlainTextEdit>
 #include <QToolButton>
@@ -12,34 +14,11 @@
 
 #include <functional>
 
+class DelayTimer;
 class QLabel;
-class QTimer;
 
-// Every question and message of the panes goes through here, so that the window can style
-// them and tests can answer them without a modal loop.
-class MessageBoxes
-{
-public:
-    using Handler = std::function<QMessageBox::StandardButton(
-        QMessageBox::Icon icon, const QString &title, const QString &text,
-        QMessageBox::StandardButtons buttons, QMessageBox::StandardButton defaultButton)>;
-
-    // Null restores the real message boxes.
-    static void setHandler(const Handler &handler);
-
-    static QMessageBox::StandardButton
-    show(QWidget *parent, QMessageBox::Icon icon, const QString &title, const QString &text,
-         QMessageBox::StandardButtons buttons = QMessageBox::Ok,
-         QMessageBox::StandardButton defaultButton = QMessageBox::NoButton);
-    static bool askYesNo(QWidget *parent, const QString &title, const QString &text);
-    static void warning(QWidget *parent, const QString &title, const QString &text);
-    static void information(QWidget *parent, const QString &title, const QString &text);
-
-private:
-    static Handler s_handler;
-};
-
-// File dialogs and the desktop's "open with" of the panes, replaceable for the same reason.
+// File dialogs and the desktop's "open with" of the panes, replaceable so that tests can answer
+// them without a modal loop.
 class DesktopHooks
 {
 public:
@@ -83,7 +62,7 @@ signals:
 private:
     void report();
 
-    QTimer *m_timer;
+    DelayTimer *m_timer;
 };
 
 // A plain text edit that reports its text only after a pause in typing, or when flushed.
@@ -108,7 +87,7 @@ protected:
     void focusOutEvent(QFocusEvent *event) override;
 
 private:
-    QTimer *m_timer;
+    DelayTimer *m_timer;
     bool m_quiet = false;
 };
 

@@ -5,6 +5,7 @@
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "shell/settings.h"
+#include "workbench/messageboxes.h"
 
 #include <QAction>
 #include <QApplication>
@@ -54,12 +55,15 @@ private:
 void TestDataTableView::initTestCase()
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    DataTableView::setQuestionHook([this](QWidget *, const QString &question) {
-        m_questions << question;
-        return m_answer;
+    MessageBoxes::setHandler([this](QMessageBox::Icon icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons, QMessageBox::StandardButton) {
+        if (icon != QMessageBox::Question) {
+            m_messages << text;
+            return QMessageBox::Ok;
+        }
+        m_questions << text;
+        return m_answer ? QMessageBox::Yes : QMessageBox::No;
     });
-    DataTableView::setMessageHook(
-        [this](QWidget *, const QString &message) { m_messages << message; });
 }
 
 void TestDataTableView::init()

@@ -8,6 +8,7 @@
 #include "transforms/framework/parameterwidgets.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformnewcol.h"
+#include "workbench/delaytimer.h"
 #include "workbench/itempane.h"
 #include "workbench/itemwidget.h"
 #include "workbench/transformitemwidget.h"
@@ -50,6 +51,8 @@ class TestItemPane : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase();
+    void cleanupTestCase();
     void init();
     void pageFollowsSelection();
     void caseChangeRunsTheItem();
@@ -68,6 +71,17 @@ private:
     static QLineEdit *newValueEdit(ItemPane &pane);
     static QString lastColumn(const Node *node, int row);
 };
+
+void TestItemPane::initTestCase()
+{
+    // The pause before a run ends when a test fires it, never on the wall clock.
+    DelayTimer::setManualClock(true);
+}
+
+void TestItemPane::cleanupTestCase()
+{
+    DelayTimer::setManualClock(false);
+}
 
 void TestItemPane::init()
 {
@@ -135,11 +149,15 @@ void TestItemPane::caseChangeRunsTheItem()
     caseWidget->comboBox()->setFocus();
     QTest::keyClick(caseWidget->comboBox(), Qt::Key_Down);
     QCOMPARE(caseWidget->comboBox()->currentText(), QStringLiteral("Upper case"));
+    QCOMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ann"));
 
-    QTRY_COMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ANN"));
+    QVERIFY(pane.delayTimer()->isActive());
+    QCOMPARE(pane.delayTimer()->interval(), 50);
+    pane.delayTimer()->fire();
+    QCOMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ANN"));
     QCOMPARE(graph.node->dataset()->cell(1, 1), QStringLiteral("ROME"));
     QCOMPARE(graph.node->status(), int(Node::UpToDate));
-    QTRY_COMPARE(page->statusLabel()->text(), graph.node->transform()->result());
+    QCOMPARE(page->statusLabel()->text(), graph.node->transform()->result());
 }
 
 void TestItemPane::typingHoldsBackTheRun()
@@ -154,15 +172,17 @@ void TestItemPane::typingHoldsBackTheRun()
     QVERIFY(edit);
     edit->setFocus();
 
+    // Each key starts the whole pause again; until it ends nothing runs.
     QTest::keyClick(edit, Qt::Key_X);
     QVERIFY(pane.isTimerActive());
-    QTest::qWait(700);
+    QCOMPARE(pane.delayTimer()->interval(), 1500);
     QTest::keyClick(edit, Qt::Key_Y);
-    QTest::qWait(900);
-    // 1.6 seconds after the first key, but only 0.9 after the last: nothing ran yet.
+    QVERIFY(pane.isTimerActive());
+    QCOMPARE(pane.delayTimer()->interval(), 1500);
     QCOMPARE(lastColumn(graph.node, 0), QString());
     QVERIFY(pane.isRunWaiting());
-    QTRY_COMPARE(lastColumn(graph.node, 0), QStringLiteral("xy"));
+    pane.delayTimer()->fire();
+    QCOMPARE(lastColumn(graph.node, 0), QStringLiteral("xy"));
     QCOMPARE(lastColumn(graph.node, 1), QStringLiteral("xy"));
     QVERIFY(!pane.isRunWaiting());
 }
@@ -308,7 +328,8 @@ void TestItemPane::commentReachesItsItem()
     page->commentEdit()->setFocus();
     QTest::keyClicks(page->commentEdit(), QStringLiteral("check"));
     QCOMPARE(graph.node->comment(), QString());
-    QTRY_COMPARE(graph.node->comment(), QStringLiteral("check"));
+    QCOMPARE(DelayTimer::firePending(), 1);
+    QCOMPARE(graph.node->comment(), QStringLiteral("check"));
     QCOMPARE(commented.count(), 1);
 
     // A comment still being typed goes with the page.

@@ -13,10 +13,14 @@
 #include "transforms/framework/transform.h"
 #include "transforms/transformclone.h"
 #include "workbench/actionpane.h"
+#include "workbench/delaytimer.h"
 #include "workbench/graphpane.h"
 #include "workbench/itempane.h"
 #include "workbench/logpane.h"
 #include "workbench/mainwindow.h"
+#include "workbench/mainwindowactions.h"
+#include "workbench/messageboxes.h"
+#include "workbench/scenehost.h"
 #include "workbench/statusbar.h"
 // graphpane.h hands out its menu inline, which needs the full type.
 #include "workbench/typeablemenu.h"
@@ -155,9 +159,9 @@ void TestMainWindow::initTestCase()
     qputenv("TMPDIR", QFile::encodeName(m_dir->filePath(QStringLiteral("tmp"))));
     m_settings = new Settings(m_dir->filePath(QStringLiteral("tabulon.ini")));
     Settings::setInstance(m_settings);
-    MainWindow::setMessageHook([this](QMessageBox::Icon, const QString &, const QString &text,
-                                      QMessageBox::StandardButtons buttons,
-                                      QMessageBox::StandardButton defaultButton) {
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton defaultButton) {
         m_asked.append({text, buttons});
         if (!m_answers.isEmpty())
             return m_answers.takeFirst();
@@ -184,6 +188,7 @@ void TestMainWindow::init()
 
 void TestMainWindow::cleanup()
 {
+    DelayTimer::setManualClock(false);
     m_window->setWindowModified(false);
     delete m_window;
     m_window = nullptr;
@@ -191,7 +196,7 @@ void TestMainWindow::cleanup()
 
 void TestMainWindow::cleanupTestCase()
 {
-    MainWindow::setMessageHook({});
+    MessageBoxes::setHandler(nullptr);
     MainWindow::setFileDialogHook({});
     Settings::setInstance(nullptr);
     delete m_settings;
@@ -303,12 +308,12 @@ void TestMainWindow::saveAsThenReopenGivesTheSameGraph()
     // Saved without an extension: the flow adds it.
     const QString copy = m_dir->filePath(QStringLiteral("copy"));
     m_chosenFiles = QStringList {copy};
-    m_window->action(QStringLiteral("FileSaveAsAction"))->trigger();
+    m_window->windowActions()[MainWindowActions::FileSaveAs]->trigger();
     const QString saved = copy + QStringLiteral(".tabulon");
     QVERIFY(QFile::exists(saved));
     QCOMPARE(m_window->documentPath(), saved);
 
-    m_window->action(QStringLiteral("FileNewAction"))->trigger();
+    m_window->windowActions()[MainWindowActions::FileNew]->trigger();
     QCOMPARE(m_window->graphScene()->nodes().size(), 0);
     QVERIFY(m_window->open(saved));
     QCOMPARE(canonicalText(*m_window->graphScene(), example), before);
@@ -334,7 +339,7 @@ void TestMainWindow::openRecordsRecentDocument()
     QVERIFY(m_window->open(example));
     QCOMPARE(m_settings->recentDocs().value(0),
              QDir::toNativeSeparators(QFileInfo(example).absoluteFilePath()));
-    QVERIFY(m_window->action(QStringLiteral("FileOpenRecentAction"))->isEnabled());
+    QVERIFY(m_window->windowActions()[MainWindowActions::FileOpenRecent]->isEnabled());
 }
 
 void TestMainWindow::openOfHeldDocumentAsks_data()
@@ -537,13 +542,13 @@ void TestMainWindow::pasteOfUnknownDataIsRefused()
     auto *mime = new QMimeData;
     mime->setData(QStringLiteral("application/x-unknown"), "\x01\x02");
     QGuiApplication::clipboard()->setMimeData(mime);
-    m_window->action(QStringLiteral("EditPaste"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditPaste]->trigger();
     QCOMPARE(m_asked.size(), 1);
     QCOMPARE(m_asked.first().text, QStringLiteral("Data type pasted not recognized."));
     QCOMPARE(m_window->graphScene()->nodes().size(), 0);
 
     QGuiApplication::clipboard()->setText(QStringLiteral("a,b\n1,2\n"));
-    m_window->action(QStringLiteral("EditPaste"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditPaste]->trigger();
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add clipboard"));
 }
@@ -583,8 +588,8 @@ void TestMainWindow::clickedTransformTakesSelectionInCanvasOrder()
     QVERIFY(bottom->pos().y() < top->pos().y());
     QCOMPARE(stack->upstream(true), QList<Node *>({bottom, top}));
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("move item(s)"));
-    m_window->action(QStringLiteral("RunEverythingAction"))->setEnabled(true);
-    m_window->onRunEverythingAction();
+    m_window->windowActions()[MainWindowActions::RunEverything]->setEnabled(true);
+    m_window->windowActions()[MainWindowActions::RunEverything]->trigger();
     QTRY_COMPARE(stack->status(), int(Node::UpToDate));
     QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
 
@@ -631,12 +636,12 @@ void TestMainWindow::draggingFromHandleConnects()
     QVERIFY(empty->isConnectedFrom(input));
     QCOMPARE(input->connections(ConnectionDirection::Out).size(), 2);
     QVERIFY(!ConnectionMaker::isActive(scene));
-    QCOMPARE(m_window->action(QStringLiteral("EditUndo"))->text(),
+    QCOMPARE(m_window->windowActions()[MainWindowActions::EditUndo]->text(),
              QStringLiteral("&Undo add connection"));
     QVERIFY(m_window->isWindowModified());
     QCOMPARE(empty->status(), int(Node::NeedsUpdate));
 
-    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
     Node *restored = m_window->graphScene()->nodeById(empty->id());
     QVERIFY(restored);
     QVERIFY(restored->connections(ConnectionDirection::In).isEmpty());
@@ -662,7 +667,8 @@ void TestMainWindow::deleteKeyBridgesTransform()
     QCOMPARE(source->downstream(true), QList<Node *>({upper, lower}));
     QCOMPARE(upper->status(), int(Node::NeedsUpdate));
     QCOMPARE(lower->status(), int(Node::NeedsUpdate));
-    QCOMPARE(m_window->action(QStringLiteral("EditUndo"))->text(), QStringLiteral("&Undo delete"));
+    QCOMPARE(m_window->windowActions()[MainWindowActions::EditUndo]->text(),
+             QStringLiteral("&Undo delete"));
 }
 
 void TestMainWindow::disconnectAsksAboutColumnOptions_data()
@@ -687,7 +693,7 @@ void TestMainWindow::disconnectAsksAboutColumnOptions()
     QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({input}));
 
     m_answers = {QMessageBox::StandardButton(answer)};
-    m_window->action(QStringLiteral("DisconnectFromSelected"))->trigger();
+    m_window->windowActions()[MainWindowActions::DisconnectFromSelected]->trigger();
     QCOMPARE(m_asked.size(), 1);
     QVERIFY2(m_asked.first().text.startsWith(QStringLiteral("This disconnection may reset ")),
              qPrintable(m_asked.first().text));
@@ -746,6 +752,7 @@ void TestMainWindow::undoRunsAfterDelay()
 {
     m_settings->setOpenAutoRun(0);
     m_settings->setProcessingDelay(0.05);
+    DelayTimer::setManualClock(true);
     m_window->newDocument();
     m_window->addClipboardText(QStringLiteral("n\n1\n2\n"), QPointF(0, 0));
     GraphScene *scene = m_window->graphScene();
@@ -754,12 +761,12 @@ void TestMainWindow::undoRunsAfterDelay()
     input->setSelected(true);
     // The snapshot of this step holds the input before any run.
     m_window->onTransformClicked(transformButton(QStringLiteral("Clone"))->prototype());
-    m_window->action(QStringLiteral("RunAutoToggled"))->trigger();
+    m_window->windowActions()[MainWindowActions::RunAuto]->trigger();
     Node *clone = scene->nodesOfType(Node::TransformType).first();
     QTRY_COMPARE(clone->status(), int(Node::UpToDate));
 
     const int logLines = m_window->logPane()->lines().size();
-    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
     GraphScene *live = m_window->graphScene();
     QVERIFY(live != scene);
     QCOMPARE(m_window->graphPane()->scene(), live);
@@ -767,7 +774,11 @@ void TestMainWindow::undoRunsAfterDelay()
     Node *restored = live->nodesOfType(Node::InputType).first();
     // Not at once: a quick series of undos runs once, after the delay.
     QCOMPARE(restored->status(), int(Node::NeedsUpdate));
-    QTRY_COMPARE(restored->status(), int(Node::UpToDate));
+    DelayTimer *delay = m_window->sceneHost()->undoRunDelay();
+    QVERIFY(delay->isActive());
+    QCOMPARE(delay->interval(), 50);
+    delay->fire();
+    QCOMPARE(restored->status(), int(Node::UpToDate));
     QCOMPARE(restored->rowCount(), 2);
     // The swapped-in scene talks to the window: its run reached the log.
     QVERIFY(m_window->logPane()->lines().size() > logLines);
@@ -781,8 +792,8 @@ void TestMainWindow::elevenEditsLeaveTenUndos()
         m_window->addClipboardText(QStringLiteral("n\n%1\n").arg(i), QPointF(0, 130.0 * i));
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 11);
 
-    QAction *undo = m_window->action(QStringLiteral("EditUndo"));
-    QAction *redo = m_window->action(QStringLiteral("EditRedo"));
+    QAction *undo = m_window->windowActions()[MainWindowActions::EditUndo];
+    QAction *redo = m_window->windowActions()[MainWindowActions::EditRedo];
     QCOMPARE(undo->text(), QStringLiteral("&Undo add clipboard"));
     QVERIFY(!redo->isEnabled());
     QCOMPARE(redo->text(), QStringLiteral("&Redo"));
@@ -807,17 +818,17 @@ void TestMainWindow::undoAfterUndoPushesNothing()
         m_window->addClipboardText(QStringLiteral("n\n%1\n").arg(i), QPointF(0, 130.0 * i));
     UndoHistory *history = m_window->undoHistory();
     QCOMPARE(history->count(), 3);
-    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
     // The live state joins the list once, so that redo can come back to it.
     QCOMPARE(history->count(), 4);
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 2);
-    m_window->action(QStringLiteral("EditUndo"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
     QCOMPARE(history->count(), 4);
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
-    m_window->action(QStringLiteral("EditRedo"))->trigger();
-    m_window->action(QStringLiteral("EditRedo"))->trigger();
+    m_window->windowActions()[MainWindowActions::EditRedo]->trigger();
+    m_window->windowActions()[MainWindowActions::EditRedo]->trigger();
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 3);
-    QVERIFY(!m_window->action(QStringLiteral("EditRedo"))->isEnabled());
+    QVERIFY(!m_window->windowActions()[MainWindowActions::EditRedo]->isEnabled());
 }
 
 void TestMainWindow::changeAfterUndoDropsRedo()
@@ -826,12 +837,13 @@ void TestMainWindow::changeAfterUndoDropsRedo()
     m_window->newDocument();
     m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
     m_window->addClipboardText(QStringLiteral("n\n2\n"), QPointF(0, 130));
-    m_window->action(QStringLiteral("EditUndo"))->trigger();
-    QVERIFY(m_window->action(QStringLiteral("EditRedo"))->isEnabled());
+    m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
+    QVERIFY(m_window->windowActions()[MainWindowActions::EditRedo]->isEnabled());
 
     m_window->addClipboardText(QStringLiteral("n\n3\n"), QPointF(0, 260));
-    QVERIFY(!m_window->action(QStringLiteral("EditRedo"))->isEnabled());
-    QCOMPARE(m_window->action(QStringLiteral("EditRedo"))->text(), QStringLiteral("&Redo"));
+    QVERIFY(!m_window->windowActions()[MainWindowActions::EditRedo]->isEnabled());
+    QCOMPARE(m_window->windowActions()[MainWindowActions::EditRedo]->text(),
+             QStringLiteral("&Redo"));
     QCOMPARE(countOfType(m_window->graphScene(), Node::InputType), 2);
     // The window follows the swapped scene: the canvas shows the live one.
     QCOMPARE(m_window->graphPane()->scene(), m_window->graphScene());
@@ -860,7 +872,7 @@ void TestMainWindow::newAsksToSaveChanges()
     QFile::remove(target);
     m_chosenFiles = QStringList {target};
     m_answers = {QMessageBox::StandardButton(answer)};
-    m_window->action(QStringLiteral("FileNewAction"))->trigger();
+    m_window->windowActions()[MainWindowActions::FileNew]->trigger();
 
     QCOMPARE(m_asked.size(), 1);
     QCOMPARE(m_asked.first().text, QStringLiteral("Save changes?"));

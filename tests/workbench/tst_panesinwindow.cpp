@@ -12,9 +12,12 @@
 #include "transforms/framework/parameterwidgets.h"
 #include "transforms/framework/transform.h"
 #include "workbench/actionpane.h"
+#include "workbench/delaytimer.h"
 #include "workbench/itempane.h"
 #include "workbench/itemwidget.h"
 #include "workbench/mainwindow.h"
+#include "workbench/mainwindowactions.h"
+#include "workbench/messageboxes.h"
 #include "workbench/transformitemwidget.h"
 #include "workbench/widgets.h"
 
@@ -74,16 +77,17 @@ void TestPanesInWindow::initTestCase()
     QVERIFY(recoveryFilePath().startsWith(m_dir->path()));
     m_settings = new Settings(m_dir->filePath(QStringLiteral("tabulon.ini")));
     Settings::setInstance(m_settings);
-    MainWindow::setMessageHook([this](QMessageBox::Icon, const QString &, const QString &text,
-                                      QMessageBox::StandardButtons,
-                                      QMessageBox::StandardButton defaultButton) {
+    // The user agrees to every Yes or No question, and takes the default anywhere else.
+    MessageBoxes::setHandler([this](QMessageBox::Icon, const QString &, const QString &text,
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton defaultButton) {
         m_asked.append(text);
+        if (buttons == (QMessageBox::Yes | QMessageBox::No))
+            return QMessageBox::Yes;
         return defaultButton == QMessageBox::NoButton ? QMessageBox::Ok : defaultButton;
     });
-    DataTableView::setQuestionHook([this](QWidget *, const QString &question) {
-        m_asked << question;
-        return true;
-    });
+    // Pauses before runs and filters end when the test says so, not on the wall clock.
+    DelayTimer::setManualClock(true);
 
     QFile file(m_dir->filePath(QStringLiteral("sales.csv")));
     QVERIFY(file.open(QIODevice::WriteOnly));
@@ -101,7 +105,6 @@ void TestPanesInWindow::init()
     m_window->resize(1400, 900);
     m_window->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_window));
-    m_window->actionPane()->filterEdit()->setDelay(150);
 }
 
 void TestPanesInWindow::cleanup()
@@ -113,8 +116,8 @@ void TestPanesInWindow::cleanup()
 
 void TestPanesInWindow::cleanupTestCase()
 {
-    MainWindow::setMessageHook({});
-    DataTableView::setQuestionHook({});
+    MessageBoxes::setHandler(nullptr);
+    DelayTimer::setManualClock(false);
     Settings::setInstance(nullptr);
     delete m_settings;
     delete m_dir;
@@ -130,7 +133,7 @@ Node *TestPanesInWindow::addSalesInput()
     if (inputs.size() != 1)
         return nullptr;
     Node *input = inputs.first();
-    if (!QTest::qWaitFor([input] { return input->status() == Node::UpToDate; }, 5000))
+    if (input->status() != Node::UpToDate)
         return nullptr;
     selectOnly({input});
     return input;
@@ -169,7 +172,9 @@ TransformNode *TestPanesInWindow::addByKeyword(const QString &keyword, const QSt
     QTest::keyClicks(pane->filterEdit(), keyword);
     if (pane->shownTransforms() != before)
         return nullptr; // narrowed at a key press, not after the pause
-    QTest::qWait(400);
+    if (!pane->filterEdit()->isPending())
+        return nullptr;
+    DelayTimer::firePending();
     const QList<const Transform *> after = pane->shownTransforms();
     if (after.isEmpty() || after.size() >= before.size())
         return nullptr;
@@ -220,6 +225,7 @@ void TestPanesInWindow::optionChangeRunsAfterThePause()
         page()->parameterWidget(QStringLiteral("Columns")));
     QVERIFY(columns);
     QTest::mouseClick(columns->allButton(), Qt::LeftButton);
+    m_window->itemPane()->delayTimer()->fire();
     auto *caseWidget
         = dynamic_cast<SelectionParameterWidget *>(page()->parameterWidget(QStringLiteral("Case")));
     QVERIFY(caseWidget && caseWidget->comboBox());
@@ -235,7 +241,9 @@ void TestPanesInWindow::optionChangeRunsAfterThePause()
     // The edit is marked on the page, and the table changes only after the pause.
     QVERIFY(m_window->itemPane()->isRunWaiting());
     QCOMPARE(shownCell(0, 0), QStringLiteral("ann"));
-    QTRY_COMPARE(shownCell(0, 0), QStringLiteral("ANN"));
+    QCOMPARE(m_window->itemPane()->delayTimer()->interval(), 300);
+    m_window->itemPane()->delayTimer()->fire();
+    QCOMPARE(shownCell(0, 0), QStringLiteral("ANN"));
     QCOMPARE(shownCell(1, 1), QStringLiteral("ROME"));
     QCOMPARE(node->status(), int(Node::UpToDate));
     QCOMPARE(page()->statusLabel()->text(), node->transform()->result());
@@ -255,14 +263,17 @@ void TestPanesInWindow::typingWithoutAPauseRunsOnce()
                      [&runs] { ++runs; });
 
     value->widget()->setFocus();
+    // Every key starts the whole second's pause again: while typing goes on, nothing runs.
+    DelayTimer *delay = m_window->itemPane()->delayTimer();
     for (const char key : QByteArray("abcdef")) {
         QTest::keyClick(value->widget(), key);
-        QTest::qWait(300);
+        QVERIFY(delay->isActive());
+        QCOMPARE(delay->interval(), 1000);
     }
-    // 1.8 seconds of typing, never a pause of a whole second: nothing ran.
     QCOMPARE(runs, 0);
     QCOMPARE(shownCell(0, 3), QString());
-    QTRY_COMPARE(shownCell(0, 3), QStringLiteral("abcdef"));
+    delay->fire();
+    QCOMPARE(shownCell(0, 3), QStringLiteral("abcdef"));
     QCOMPARE(runs, 1);
 }
 
