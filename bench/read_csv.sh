@@ -1,7 +1,7 @@
 #!/bin/bash
 # Times reading the benchmark CSV into a Dataset in both "Optimize processing for" modes.
 # Usage: bench/read_csv.sh [rows]   (default 1000000; the file is kept in /tmp between runs)
-# TABULON_BUILD_DIR names the build directory whose tabulon_lib is measured.
+# TABULON_BUILD_DIR names the build directory whose tabulon_core is measured.
 set -euo pipefail
 
 here="$(cd "$(dirname "$0")" && pwd)"

@@ -5,39 +5,19 @@
 
 #include <algorithm>
 
-UndoHistory *UndoHistory::s_current = nullptr;
-
-namespace {
-
-// One step open at a time, process-wide: an edit made of smaller edits is one undo.
-bool s_stepOpen = false;
-// Whether the open step came from beginUndoStep, so that a stray endUndoStep cannot close a
-// guard's step.
-bool s_pairOpen = false;
-QPointer<UndoHistory> s_pairHistory;
-
-} // namespace
-
 UndoHistory::UndoHistory(QObject *parent)
-    : QObject(parent)
+    : UndoRecorder(parent)
 { }
 
 UndoHistory::~UndoHistory()
 {
-    if (s_current == this)
-        s_current = nullptr;
     for (const Entry &entry : qAsConst(m_entries))
         deleteEntry(entry);
 }
 
 UndoHistory *UndoHistory::current()
 {
-    return s_current;
-}
-
-void UndoHistory::setCurrent(UndoHistory *history)
-{
-    s_current = history;
+    return qobject_cast<UndoHistory *>(UndoRecorder::current());
 }
 
 GraphScene *UndoHistory::liveScene() const
@@ -168,51 +148,4 @@ void UndoHistory::deleteEntry(const Entry &entry)
 {
     if (entry.scene && entry.scene != m_live)
         delete entry.scene.data();
-}
-
-UndoStep::UndoStep(const QString &hint)
-{
-    UndoHistory *history = UndoHistory::current();
-    if (!history || s_stepOpen)
-        return;
-    s_stepOpen = true;
-    m_owner = true;
-    m_history = history;
-    history->prepare(hint);
-}
-
-UndoStep::~UndoStep()
-{
-    if (!m_owner)
-        return;
-    s_stepOpen = false;
-    if (m_history)
-        m_history->finish();
-}
-
-void beginUndoStep(const QString &hint)
-{
-    UndoHistory *history = UndoHistory::current();
-    if (!history || s_stepOpen)
-        return;
-    s_stepOpen = true;
-    s_pairOpen = true;
-    s_pairHistory = history;
-    history->prepare(hint);
-}
-
-void endUndoStep()
-{
-    if (!s_pairOpen)
-        return;
-    s_pairOpen = false;
-    s_stepOpen = false;
-    if (s_pairHistory)
-        s_pairHistory->finish();
-    s_pairHistory = nullptr;
-}
-
-bool isUndoStepOpen()
-{
-    return s_stepOpen;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/undostep.h"
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -11,7 +13,7 @@ class GraphScene;
 // with the name of the edit, to the front of the list; undo makes a copy live and keeps the
 // scene it replaces so that redo can bring it back. Copies share their rows with the live
 // scene, so a snapshot costs the items, not the data.
-class UndoHistory : public QObject
+class UndoHistory : public UndoRecorder
 {
     Q_OBJECT
 
@@ -23,16 +25,16 @@ public:
 
     // The history UndoStep talks to; null when nobody keeps one (the command line).
     static UndoHistory *current();
-    static void setCurrent(UndoHistory *history);
+    static void setCurrent(UndoHistory *history) { UndoRecorder::setCurrent(history); }
 
     GraphScene *liveScene() const;
     // A new or opened document: forgets every snapshot and follows scene from now on.
     void setLiveScene(GraphScene *scene);
 
     // Copies the live scene under hint before an edit changes it.
-    void prepare(const QString &hint);
+    void prepare(const QString &hint) override;
     // The edit is done: labels and the modified mark may change.
-    void finish();
+    void finish() override;
     // Ignored while the live scene runs.
     void undo();
     void redo();
@@ -74,27 +76,3 @@ private:
     QList<Entry> m_entries;
     int m_index = -1;
 };
-
-// Records one user edit for the current history: the snapshot is taken on construction and
-// the edit finished on destruction. Inner guards of an edit made of smaller ones do nothing,
-// so one edit is one undo step.
-class UndoStep
-{
-public:
-    explicit UndoStep(const QString &hint);
-    ~UndoStep();
-
-    UndoStep(const UndoStep &) = delete;
-    UndoStep &operator=(const UndoStep &) = delete;
-
-private:
-    bool m_owner = false;
-    QPointer<UndoHistory> m_history;
-};
-
-// The plain pair, for edits that span several events (a drag of items on the canvas: begun
-// when the press first moves, ended on release).
-void beginUndoStep(const QString &hint);
-void endUndoStep();
-// Whether an edit is being recorded now.
-bool isUndoStepOpen();

@@ -5,7 +5,7 @@
 #include "graph/node.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 
 #include <QCheckBox>
 #include <QComboBox>

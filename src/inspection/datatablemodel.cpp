@@ -3,6 +3,7 @@
 #include "data/dataset.h"
 #include "data/valueinterpretation.h"
 #include "graph/node.h"
+#include "shell/appearancesettings.h"
 #include "shell/colors.h"
 #include "shell/guards.h"
 #include "shell/settings.h"
@@ -267,14 +268,14 @@ void DataTableModel::loadBrushes()
     };
     m_highlightBrush = pick(QColor(), QColor(255, 250, 160), QColor(96, 90, 30));
     m_rowHighlightBrush = pick(QColor(), QColor(255, 226, 170), QColor(110, 80, 30));
-    m_severityBrushes[Information]
-        = pick(settings->verifyFailInfoColor(), QColor(205, 228, 255), QColor(40, 64, 104));
-    m_severityBrushes[Warning]
-        = pick(settings->verifyFailWarningColor(), QColor(255, 222, 150), QColor(112, 84, 24));
-    m_severityBrushes[Error]
-        = pick(settings->verifyFailErrorColor(), QColor(255, 176, 176), QColor(122, 40, 40));
-    m_differenceBrush
-        = pick(settings->changedDataColor(), QColor(176, 232, 255), QColor(30, 84, 112));
+    m_severityBrushes[Information] = pick(AppearanceSettings(settings).verifyFailInfoColor(),
+                                          QColor(205, 228, 255), QColor(40, 64, 104));
+    m_severityBrushes[Warning] = pick(AppearanceSettings(settings).verifyFailWarningColor(),
+                                      QColor(255, 222, 150), QColor(112, 84, 24));
+    m_severityBrushes[Error] = pick(AppearanceSettings(settings).verifyFailErrorColor(),
+                                    QColor(255, 176, 176), QColor(122, 40, 40));
+    m_differenceBrush = pick(AppearanceSettings(settings).changedDataColor(), QColor(176, 232, 255),
+                             QColor(30, 84, 112));
     m_rowOnlyBackground = pick(QColor(), QColor(222, 250, 222), QColor(30, 76, 30));
     m_rowOnlyForeground = pick(QColor(), QColor(0, 96, 0), QColor(170, 235, 170));
 }

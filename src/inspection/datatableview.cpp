@@ -5,9 +5,10 @@
 #include "graph/graphscene.h"
 #include "graph/node.h"
 #include "inspection/datatablemodel.h"
+#include "shell/appearancesettings.h"
 #include "shell/guards.h"
+#include "shell/messageboxes.h"
 #include "shell/settings.h"
-#include "workbench/messageboxes.h"
 
 #include <QAction>
 #include <QApplication>
@@ -159,7 +160,7 @@ bool DataTableView::showInvisibles() const
 void DataTableView::applyPreferences()
 {
     const Settings *settings = Settings::instance();
-    const QFont font = settings->dataFont();
+    const QFont font = AppearanceSettings(settings).dataFont();
     setFont(font);
     const int height = QFontMetrics(font).height() + settings->dataFontVerticalPadding();
     verticalHeader()->setMinimumSectionSize(qMin(height, verticalHeader()->minimumSectionSize()));

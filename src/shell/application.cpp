@@ -6,8 +6,6 @@
 #include "shell/insufficientmemorydialog.h"
 #include "shell/memory.h"
 #include "shell/settings.h"
-#include "transforms/framework/transform.h"
-#include "transforms/registry.h"
 
 #include <QDialog>
 #include <QFile>
@@ -59,7 +57,6 @@ Application::Application(int &argc, char **argv)
     setAttribute(Qt::AA_UseHighDpiPixmaps);
     setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     chooseSettings();
-    createPrototypes();
     gatherCodecNames();
 
     setMemoryLimitHandler([this](double limitGiB, double useGiB, double *newLimitGiB) {
@@ -75,7 +72,6 @@ Application::~Application()
     delete m_outOfMemoryDialog;
     // The store uninstalls itself as it goes.
     delete m_settings;
-    qDeleteAll(m_transforms);
     for (const QString &path : qAsConst(m_temporaryFiles))
         QFile::remove(path);
 }
@@ -88,11 +84,6 @@ Application *Application::instance()
 QString Application::supportAddress()
 {
     return QStringLiteral("support@velmora.example");
-}
-
-Transform *Application::transform(const QString &typeName) const
-{
-    return m_transformsByType.value(typeName, nullptr);
 }
 
 QString Application::folderOfFile(const QString &filePath)
@@ -341,21 +332,6 @@ void Application::takeSystemFont()
             }
         }
     }
-}
-
-void Application::createPrototypes()
-{
-    m_transforms = createTransformPrototypes();
-    QHash<const Transform *, QString> sortKeys;
-    sortKeys.reserve(m_transforms.size());
-    for (Transform *transform : qAsConst(m_transforms)) {
-        sortKeys.insert(transform, transform->displayName().toLower());
-        m_transformsByType.insert(transform->typeName(), transform);
-    }
-    std::stable_sort(m_transforms.begin(), m_transforms.end(),
-                     [&sortKeys](const Transform *a, const Transform *b) {
-                         return sortKeys.value(a) < sortKeys.value(b);
-                     });
 }
 
 void Application::gatherCodecNames()

@@ -13,12 +13,10 @@
 class QDialog;
 class QWidget;
 class Settings;
-class Transform;
 
 // The process's frame around the window: it owns the settings store, the application and
-// fixed-width fonts, one prototype of every transform, the list of text codecs, the last
-// folders of the file dialogs, the temporary files to delete at exit and a small memory
-// reserve. It is also the last line of defence: notify() turns an exception that escapes an
+// fixed-width fonts, the list of text codecs, the last folders of the file dialogs, the
+// temporary files to delete at exit and a small memory reserve. It is also the last line of defence: notify() turns an exception that escapes an
 // event handler into a message and an orderly exit.
 class Application : public QApplication
 {
@@ -40,11 +38,6 @@ public:
     const QFont &fixedWidthFont() const { return m_fixedWidthFont; }
     // The family of fixedWidthFont(), for style sheets.
     QString fixedWidthFontFamily() const { return m_fixedWidthFont.family(); }
-
-    // The prototypes, sorted by display name regardless of case.
-    const QList<Transform *> &transforms() const { return m_transforms; }
-    // The prototype with this typeName; null when there is none.
-    Transform *transform(const QString &typeName) const;
 
     // Every codec once, under one of its names and never under an alias, sorted.
     const QStringList &codecNames() const { return m_codecNames; }
@@ -98,7 +91,6 @@ private:
     void chooseSettings();
     void replaceSettings(Settings *store);
     void readLastFolders();
-    void createPrototypes();
     void gatherCodecNames();
     void fail(int exitCode, const QString &warning, const QString &message);
     bool askToRaiseMemoryLimit(double limitGiB, double useGiB, double *newLimitGiB);
@@ -108,8 +100,6 @@ private:
     Settings *m_settings = nullptr;
     QFont m_applicationFont;
     QFont m_fixedWidthFont;
-    QList<Transform *> m_transforms;
-    QHash<QString, Transform *> m_transformsByType;
     QStringList m_codecNames;
     QString m_lastDocumentFolder;
     QString m_lastDataFolder;

@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "shell/colors.h"
 
 #include "shell/settings.h"
@@ -91,10 +92,10 @@ QColor Colors::color(int scheme, int role) const
     if (!validScheme(scheme))
         scheme = Light;
     if (scheme == Custom) {
-        const QColor custom = Settings::instance()->customColor(role);
+        const QColor custom = AppearanceSettings().customColor(role);
         if (custom.isValid())
             return custom;
-        scheme = Settings::isSystemDark() ? Dark : Light;
+        scheme = AppearanceSettings::isSystemDark() ? Dark : Light;
     }
     return QColor(s_schemes[scheme][role]);
 }
@@ -106,13 +107,13 @@ QColor Colors::color(int role) const
 
 int Colors::scheme() const
 {
-    const int scheme = Settings::instance()->colorScheme();
+    const int scheme = AppearanceSettings().colorScheme();
     return validScheme(scheme) ? scheme : Light;
 }
 
 void Colors::setScheme(int scheme)
 {
-    Settings::instance()->setColorScheme(validScheme(scheme) ? scheme : Light);
+    AppearanceSettings().setColorScheme(validScheme(scheme) ? scheme : Light);
 }
 
 bool Colors::isDarkScheme(int scheme)

@@ -1,4 +1,4 @@
-#include "io/commandline.h"
+#include "graph/documentrun.h"
 #include "shell/application.h"
 #include "workbench/mainwindow.h"
 

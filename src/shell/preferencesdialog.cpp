@@ -1,4 +1,5 @@
 #include "shell/preferencesdialog.h"
+#include "shell/appearancesettings.h"
 
 #include "data/dataset.h"
 #include "shell/application.h"
@@ -297,7 +298,7 @@ QWidget *PreferencesDialog::buildColorsTab()
 
 void PreferencesDialog::load()
 {
-    const Settings *settings = Settings::instance();
+    Settings *settings = Settings::instance();
     m_grayButtons->setChecked(settings->grayLeftPaneButtons());
     m_nativeDialogs->setChecked(settings->useNativeFileDialogs());
     m_beep->setChecked(settings->beepAfterProcessing());
@@ -314,9 +315,9 @@ void PreferencesDialog::load()
     m_wheel->setCurrentIndex(qBound(0, settings->mouseWheelBehaviour(), 3));
     m_store->setCurrentIndex(settings->isIniFile() ? IniFile : UserSettings);
     m_uiFontSet = settings->hasUiFont();
-    m_uiFont = m_uiFontSet ? settings->uiFont() : QApplication::font();
+    m_uiFont = m_uiFontSet ? AppearanceSettings(settings).uiFont() : QApplication::font();
     m_dataFontSet = settings->hasDataFont();
-    m_dataFont = m_dataFontSet ? settings->dataFont() : QApplication::font();
+    m_dataFont = m_dataFontSet ? AppearanceSettings(settings).dataFont() : QApplication::font();
     updateFontLabels();
     const int locale = m_locale->findText(settings->locale().name());
     m_locale->setCurrentIndex(qMax(0, locale));
@@ -325,7 +326,7 @@ void PreferencesDialog::load()
     m_blockedInput->setText(settings->blockedInputExtensions());
     m_blockedOutput->setText(settings->blockedOutputExtensions());
 
-    const int scheme = settings->colorScheme();
+    const int scheme = AppearanceSettings(settings).colorScheme();
     for (int role = 0; role < Colors::RoleCount; ++role)
         m_customColors[role] = Colors::instance()->color(Colors::Custom, role);
     {
@@ -400,8 +401,8 @@ void PreferencesDialog::save()
     store(s, &Settings::mouseWheelBehaviour, &Settings::setMouseWheelBehaviour,
           m_wheel->currentIndex());
     if (m_uiFontSet) {
-        if (!s->hasUiFont() || s->uiFont() != m_uiFont)
-            s->setUiFont(m_uiFont);
+        if (!s->hasUiFont() || AppearanceSettings(s).uiFont() != m_uiFont)
+            AppearanceSettings(s).setUiFont(m_uiFont);
         QApplication::setFont(m_uiFont);
     } else if (s->hasUiFont()) {
         s->clearUiFont();
@@ -409,8 +410,8 @@ void PreferencesDialog::save()
             QApplication::setFont(application->applicationFont());
     }
     if (m_dataFontSet) {
-        if (!s->hasDataFont() || s->dataFont() != m_dataFont)
-            s->setDataFont(m_dataFont);
+        if (!s->hasDataFont() || AppearanceSettings(s).dataFont() != m_dataFont)
+            AppearanceSettings(s).setDataFont(m_dataFont);
     } else if (s->hasDataFont()) {
         s->clearDataFont();
     }
@@ -431,15 +432,15 @@ void PreferencesDialog::save()
     const int scheme = m_scheme->currentIndex();
     if (scheme == Colors::Custom) {
         for (int role = 0; role < Colors::RoleCount; ++role) {
-            if (s->customColor(role) != m_customColors.at(role))
-                s->setCustomColor(role, m_customColors.at(role));
+            if (AppearanceSettings(s).customColor(role) != m_customColors.at(role))
+                AppearanceSettings(s).setCustomColor(role, m_customColors.at(role));
         }
         store(s, &Settings::customGradientEffect, &Settings::setCustomGradientEffect,
               m_gradient->value());
         if (qAbs(s->customConnectionThickness() - m_thickness->value()) >= 0.05)
             s->setCustomConnectionThickness(m_thickness->value());
     }
-    if (scheme != s->colorScheme())
+    if (scheme != AppearanceSettings(s).colorScheme())
         Colors::instance()->setScheme(scheme);
 }
 

@@ -1,10 +1,6 @@
 #include "shell/settings.h"
 
 #include "data/valueinterpretation.h"
-#include "shell/application.h"
-
-#include <QGuiApplication>
-#include <QPalette>
 
 #include <memory>
 
@@ -22,11 +18,6 @@ const QString &storeApplication()
 {
     static const QString name = QStringLiteral("Tabulon");
     return name;
-}
-
-QString customColorKey(int role)
-{
-    return QStringLiteral("custom_color_%1").arg(role);
 }
 
 QString transformDefaultKey(const QString &typeName, const QString &key)
@@ -87,13 +78,6 @@ void Settings::setInstance(Settings *store)
     s_installed = store;
 }
 
-bool Settings::isSystemDark()
-{
-    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        return false;
-    return QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
-}
-
 void Settings::setValue(const QString &key, const QVariant &value)
 {
     QSettings::setValue(key, value);
@@ -148,27 +132,6 @@ QDate Settings::totalRowsProcessedStartDate() const
 void Settings::setTotalRowsProcessedStartDate(const QDate &date)
 {
     setValue(QStringLiteral("total_rows_processed_start_date"), date.toString(Qt::ISODate));
-}
-
-int Settings::colorScheme() const
-{
-    const QString key = QStringLiteral("color_scheme");
-    if (const QVariant *parsed = cached(key))
-        return parsed->toInt();
-    // The default follows the system's look at the time of asking, so it is never cached.
-    if (!contains(key))
-        return isSystemDark() ? 7 : 1;
-    return readInt(key, 1);
-}
-
-QColor Settings::customColor(int role) const
-{
-    return readColor(customColorKey(role));
-}
-
-void Settings::setCustomColor(int role, const QColor &color)
-{
-    writeColor(customColorKey(role), color);
 }
 
 QLocale Settings::locale() const
@@ -464,33 +427,6 @@ QList<int> Settings::readIntList(const QString &key) const
     return result;
 }
 
-QColor Settings::readColor(const QString &key) const
-{
-    if (const QVariant *parsed = cached(key))
-        return parsed->value<QColor>();
-    const QVariant stored = value(key);
-    QColor result;
-    if (stored.userType() == QMetaType::QColor)
-        result = stored.value<QColor>();
-    else if (stored.isValid())
-        result = QColor(stored.toString().trimmed());
-    remember(key, result);
-    return result;
-}
-
-QFont Settings::readFont(const QString &key) const
-{
-    QFont font;
-    const QVariant stored = value(key);
-    if (stored.isValid() && font.fromString(stored.toString()))
-        return font;
-    if (Application *app = Application::instance())
-        return app->applicationFont();
-    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        return QGuiApplication::font();
-    return QFont();
-}
-
 void Settings::write(const QString &key, const QVariant &value)
 {
     QSettings::setValue(key, value);
@@ -505,14 +441,4 @@ void Settings::writeIntList(const QString &key, const QList<int> &list)
         parts.append(QString::number(number));
     QSettings::setValue(key, parts);
     remember(key, QVariant::fromValue(list));
-}
-
-void Settings::writeColor(const QString &key, const QColor &color)
-{
-    if (!color.isValid()) {
-        remove(key);
-        return;
-    }
-    QSettings::setValue(key, color.name(QColor::HexArgb));
-    remember(key, color);
 }

@@ -1,10 +1,8 @@
 #pragma once
 
 #include <QByteArray>
-#include <QColor>
 #include <QDate>
 #include <QDateTime>
-#include <QFont>
 #include <QHash>
 #include <QList>
 #include <QLocale>
@@ -41,10 +39,6 @@ public:
     static Settings *instance();
     // Installs store as the one in force without taking ownership; null uninstalls.
     static void setInstance(Settings *store);
-
-    // Whether the system looks dark: a GUI application exists and its palette's window
-    // colour has a lightness below 128.
-    static bool isSystemDark();
 
     // These hide the QSettings functions of the same names so that writes through a
     // Settings pointer never leave a stale parsed value behind.
@@ -369,10 +363,6 @@ public:
 
     // Colours. The custom scheme's colours and the data colours are invalid until set;
     // whoever draws falls back on its scheme.
-    int colorScheme() const;
-    void setColorScheme(int scheme) { write(QStringLiteral("color_scheme"), scheme); }
-    QColor customColor(int role) const;
-    void setCustomColor(int role, const QColor &color);
     int customGradientEffect() const
     {
         return readInt(QStringLiteral("custom_gradient_effect"), 0);
@@ -389,43 +379,10 @@ public:
     {
         write(QStringLiteral("custom_connection_thickness"), thickness);
     }
-    QColor changedDataColor() const { return readColor(QStringLiteral("changed_data_color")); }
-    void setChangedDataColor(const QColor &color)
-    {
-        writeColor(QStringLiteral("changed_data_color"), color);
-    }
-    QColor verifyFailErrorColor() const
-    {
-        return readColor(QStringLiteral("verify_fail_error_color"));
-    }
-    void setVerifyFailErrorColor(const QColor &color)
-    {
-        writeColor(QStringLiteral("verify_fail_error_color"), color);
-    }
-    QColor verifyFailWarningColor() const
-    {
-        return readColor(QStringLiteral("verify_fail_warning_color"));
-    }
-    void setVerifyFailWarningColor(const QColor &color)
-    {
-        writeColor(QStringLiteral("verify_fail_warning_color"), color);
-    }
-    QColor verifyFailInfoColor() const
-    {
-        return readColor(QStringLiteral("verify_fail_info_color"));
-    }
-    void setVerifyFailInfoColor(const QColor &color)
-    {
-        writeColor(QStringLiteral("verify_fail_info_color"), color);
-    }
 
     // Fonts: the application's font until one is chosen; clearing returns to that.
-    QFont uiFont() const { return readFont(QStringLiteral("ui_font")); }
-    void setUiFont(const QFont &font) { write(QStringLiteral("ui_font"), font.toString()); }
     void clearUiFont() { remove(QStringLiteral("ui_font")); }
     bool hasUiFont() const { return contains(QStringLiteral("ui_font")); }
-    QFont dataFont() const { return readFont(QStringLiteral("data_font")); }
-    void setDataFont(const QFont &font) { write(QStringLiteral("data_font"), font.toString()); }
     void clearDataFont() { remove(QStringLiteral("data_font")); }
     bool hasDataFont() const { return contains(QStringLiteral("data_font")); }
 
@@ -517,20 +474,20 @@ public:
                       const QString &key, const QVariant &value);
 
 private:
+    // Colours and fonts are read and written through the same cache.
+    friend class AppearanceSettings;
+
     bool readBool(const QString &key, bool defaultValue) const;
     int readInt(const QString &key, int defaultValue) const;
     qint64 readLongLong(const QString &key, qint64 defaultValue) const;
     double readDouble(const QString &key, double defaultValue) const;
     QString readText(const QString &key, const QString &defaultValue) const;
     QList<int> readIntList(const QString &key) const;
-    QColor readColor(const QString &key) const;
-    QFont readFont(const QString &key) const;
     QMap<QString, int> readExtensionMap(const QString &key,
                                         const QMap<QString, int> &defaultValue) const;
     // Writes through and replaces the parsed value in the cache.
     void write(const QString &key, const QVariant &value);
     void writeIntList(const QString &key, const QList<int> &list);
-    void writeColor(const QString &key, const QColor &color);
     const QVariant *cached(const QString &key) const;
     void remember(const QString &key, const QVariant &value) const;
     static QSet<QString> extensionSet(const QString &list);

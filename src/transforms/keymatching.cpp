@@ -1,7 +1,6 @@
 #include "transforms/keymatching.h"
 
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
 #include "transforms/framework/parameter.h"
 
 #include <QSet>

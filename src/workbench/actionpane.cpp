@@ -24,25 +24,9 @@ const QString CountKey = QStringLiteral("all_transforms_added_count");
 const QString AdvancedText = QStringLiteral("show advanced");
 constexpr int MaximumRecent = 30;
 
-// Without an Application (tools, tests) the pane still needs prototypes; they live as long
-// as the process.
-const QList<Transform *> &fallbackPrototypes()
-{
-    static const QList<Transform *> prototypes = [] {
-        QList<Transform *> list = createTransformPrototypes();
-        std::stable_sort(list.begin(), list.end(), [](const Transform *a, const Transform *b) {
-            return a->displayName().compare(b->displayName(), Qt::CaseInsensitive) < 0;
-        });
-        return list;
-    }();
-    return prototypes;
-}
-
 const QList<Transform *> &applicationPrototypes()
 {
-    if (Application *application = Application::instance())
-        return application->transforms();
-    return fallbackPrototypes();
+    return TransformRegistry::prototypes();
 }
 
 bool countsAsSource(const QGraphicsItem *item)

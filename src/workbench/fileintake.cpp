@@ -9,7 +9,7 @@
 #include "shell/settings.h"
 #include "workbench/mainwindow.h"
 #include "workbench/mainwindowactions.h"
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 
 #include <QAction>
 #include <QClipboard>

@@ -9,8 +9,9 @@
 #include "shell/application.h"
 #include "shell/colors.h"
 #include "shell/settings.h"
+#include "transforms/registry.h"
 #include "transforms/framework/transform.h"
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 #include "workbench/typeablemenu.h"
 
 #include <QApplication>
@@ -130,9 +131,7 @@ QList<Transform *> GraphPane::prototypes() const
 {
     if (m_prototypesSet)
         return m_prototypes;
-    if (Application *application = Application::instance())
-        return application->transforms();
-    return {};
+    return TransformRegistry::prototypes();
 }
 
 void GraphPane::onAutoZoom()

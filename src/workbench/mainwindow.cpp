@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "workbench/mainwindow.h"
 
 #include "graph/graphscene.h"
@@ -18,7 +19,7 @@
 #include "workbench/itempane.h"
 #include "workbench/logpane.h"
 #include "workbench/mainwindowactions.h"
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 #include "workbench/runcontrol.h"
 #include "workbench/scenehost.h"
 #include "workbench/selectionnavigator.h"
@@ -367,8 +368,8 @@ void MainWindow::startUp(const QStringList &arguments)
 {
     Settings *settings = Settings::instance();
     QLocale::setDefault(settings->locale());
-    if (settings->hasUiFont() && settings->uiFont() != QApplication::font())
-        QApplication::setFont(settings->uiFont());
+    if (settings->hasUiFont() && AppearanceSettings(settings).uiFont() != QApplication::font())
+        QApplication::setFont(AppearanceSettings(settings).uiFont());
 
     QString documentArgument;
     bool newWindow = false;

@@ -8,7 +8,7 @@
 #include "shell/colors.h"
 #include "shell/settings.h"
 #include "workbench/actionpane.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 #include "workbench/documentflows.h"
 #include "workbench/graphpane.h"
 #include "workbench/itempane.h"

@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "workbench/themeswitcher.h"
 
 #include "graph/graphscene.h"
@@ -24,7 +25,7 @@ ThemeSwitcher::ThemeSwitcher(MainWindow *window)
     : QObject(window)
     , m_window(window)
     , m_timer(new QTimer(this))
-    , m_systemDark(Settings::isSystemDark())
+    , m_systemDark(AppearanceSettings::isSystemDark())
 {
     connect(m_timer, &QTimer::timeout, this, &ThemeSwitcher::onUpdateUITheme);
     connect(window->windowActions()[MainWindowActions::ToggleUITheme], &QAction::triggered, this,
@@ -95,7 +96,7 @@ void ThemeSwitcher::onToggleUITheme()
 
 void ThemeSwitcher::onUpdateUITheme()
 {
-    const bool systemDark = Settings::isSystemDark();
+    const bool systemDark = AppearanceSettings::isSystemDark();
     if (systemDark == m_systemDark)
         return;
     m_systemDark = systemDark;

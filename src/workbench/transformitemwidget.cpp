@@ -1,4 +1,5 @@
 #include "workbench/transformitemwidget.h"
+#include "shell/appearancesettings.h"
 
 #include "graph/transformnode.h"
 #include "inspection/datapage.h"
@@ -172,7 +173,7 @@ void TransformItemWidget::buildTools()
         = toolButton(QStringLiteral(">"),
                      QStringLiteral("Next change. Skips changes hidden by data table filtering."),
                      optionsArea());
-    QColor changed = Settings::instance()->changedDataColor();
+    QColor changed = AppearanceSettings().changedDataColor();
     if (!changed.isValid())
         changed = QColor(0xFF, 0xD8, 0x80);
     m_changesColor = new ColorButton(changed, optionsArea());
@@ -195,21 +196,23 @@ void TransformItemWidget::buildTools()
         {
             const char *label;
             QColor color;
-            void (Settings::*set)(const QColor &);
+            void (AppearanceSettings::*set)(const QColor &);
         } verify[] = {
-            {"Error:", Settings::instance()->verifyFailErrorColor(),
-             &Settings::setVerifyFailErrorColor},
-            {"Warning:", Settings::instance()->verifyFailWarningColor(),
-             &Settings::setVerifyFailWarningColor},
-            {"Info:", Settings::instance()->verifyFailInfoColor(),
-             &Settings::setVerifyFailInfoColor},
+            {"Error:", AppearanceSettings().verifyFailErrorColor(),
+             &AppearanceSettings::setVerifyFailErrorColor},
+            {"Warning:", AppearanceSettings().verifyFailWarningColor(),
+             &AppearanceSettings::setVerifyFailWarningColor},
+            {"Info:", AppearanceSettings().verifyFailInfoColor(),
+             &AppearanceSettings::setVerifyFailInfoColor},
         };
         for (const auto &entry : verify) {
             row->addWidget(new QLabel(QString::fromLatin1(entry.label), optionsArea()));
             auto *button = new ColorButton(entry.color, optionsArea());
             const auto set = entry.set;
-            connect(button, &ColorButton::colorChanged, this,
-                    [set](const QColor &color) { (Settings::instance()->*set)(color); });
+            connect(button, &ColorButton::colorChanged, this, [set](const QColor &color) {
+                AppearanceSettings appearance;
+                (appearance.*set)(color);
+            });
             row->addWidget(button);
         }
     }
@@ -240,7 +243,7 @@ void TransformItemWidget::buildTools()
     connect(m_nextChange, &QToolButton::clicked, this, [this] { moveToChange(1); });
     connect(m_previousChange, &QToolButton::clicked, this, [this] { moveToChange(-1); });
     connect(m_changesColor, &ColorButton::colorChanged, this, [this](const QColor &color) {
-        Settings::instance()->setChangedDataColor(color);
+        AppearanceSettings().setChangedDataColor(color);
         applyComparison();
     });
 }

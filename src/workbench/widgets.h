@@ -1,7 +1,7 @@
 #pragma once
 
 // The message boxes moved to their own unit; code that still finds them here keeps building.
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 
 #include <QColor>
 #include <QComboBox>

@@ -2,7 +2,7 @@
 
 #include "shell/application.h"
 #include "shell/settings.h"
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 
 #include <QLocale>
 

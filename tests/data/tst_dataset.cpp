@@ -1,5 +1,5 @@
 #include "data/dataset.h"
-#include "testutil.h"
+#include "testdata.h"
 
 #include <QMimeData>
 #include <QtTest>

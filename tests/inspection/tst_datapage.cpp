@@ -7,8 +7,8 @@
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "shell/settings.h"
-#include "workbench/delaytimer.h"
-#include "workbench/messageboxes.h"
+#include "shell/delaytimer.h"
+#include "shell/messageboxes.h"
 
 #include <QApplication>
 #include <QCheckBox>

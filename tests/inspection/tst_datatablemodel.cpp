@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "testutil.h"
 
 #include "graph/node.h"
@@ -41,7 +42,7 @@ const QColor TestDataTableModel::Changed(0x12, 0x34, 0x56);
 void TestDataTableModel::initTestCase()
 {
     QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
-    Settings::instance()->setChangedDataColor(Changed);
+    AppearanceSettings().setChangedDataColor(Changed);
 }
 
 void TestDataTableModel::invisibleCharacters_data()

@@ -5,7 +5,7 @@
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "shell/settings.h"
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 
 #include <QAction>
 #include <QApplication>

@@ -3,7 +3,7 @@
 #include "graph/inputnode.h"
 #include "graph/outputnode.h"
 #include "graph/transformnode.h"
-#include "io/commandline.h"
+#include "graph/documentrun.h"
 #include "testutil.h"
 #include "transforms/registry.h"
 #include "transforms/framework/transform.h"

@@ -1,4 +1,4 @@
-#include "testutil.h"
+#include "testdata.h"
 
 #include <QDirIterator>
 #include <QProcess>

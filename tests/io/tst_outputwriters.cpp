@@ -1,6 +1,6 @@
 #include "data/dataset.h"
 #include "io/outputwriters.h"
-#include "testutil.h"
+#include "testdata.h"
 
 #include <QStandardPaths>
 #include <QTemporaryDir>

@@ -1,9 +1,8 @@
+#include "shell/appearancesettings.h"
 #include "shell/application.h"
 #include "shell/insufficientmemorydialog.h"
 #include "shell/memory.h"
 #include "shell/settings.h"
-#include "transforms/framework/transform.h"
-#include "transforms/registry.h"
 
 #include <QDoubleSpinBox>
 #include <QFile>
@@ -95,7 +94,6 @@ private slots:
     void init();
     void instanceAndSupportAddress();
     void codecNamesHaveNoAliases();
-    void transformsSortedByDisplayName();
     void fontsAndStyle();
     void iniBesideProgramIsChosen();
     void movePreferencesToIniAndBack();
@@ -166,29 +164,6 @@ void TestApplication::codecNamesHaveNoAliases()
         QVERIFY2(listedCodecs.contains(QTextCodec::codecForName(name)), name.constData());
 }
 
-void TestApplication::transformsSortedByDisplayName()
-{
-    const QList<Transform *> transforms = app()->transforms();
-    QVERIFY(!transforms.isEmpty());
-    QStringList lowered;
-    for (const Transform *transform : transforms)
-        lowered.append(transform->displayName().toLower());
-    QVERIFY(std::is_sorted(lowered.begin(), lowered.end()));
-
-    // One prototype of every class that the registry makes, each found by its typeName.
-    const QList<Transform *> made = createTransformPrototypes();
-    QCOMPARE(transforms.size(), made.size());
-    for (const Transform *transform : made) {
-        Transform *prototype = app()->transform(transform->typeName());
-        QVERIFY2(prototype, qPrintable(transform->typeName()));
-        QVERIFY(transforms.contains(prototype));
-        QCOMPARE(prototype->typeName(), transform->typeName());
-    }
-    qDeleteAll(made);
-    QCOMPARE(app()->transform(QStringLiteral("NoSuchTransform")), nullptr);
-    QCOMPARE(app()->transform(QString()), nullptr);
-}
-
 void TestApplication::fontsAndStyle()
 {
     const QFont system = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
@@ -229,7 +204,7 @@ void TestApplication::movePreferencesToIniAndBack()
     user->setRecentDocs({QStringLiteral("/a.tabulon"), QStringLiteral("/b.tabulon")});
     user->setTransformDefault(QStringLiteral("Case"), QStringLiteral("Case_Type"), 2);
     user->setGeometry(QByteArray("\x00\x01\x02", 3));
-    user->setUiFont(QFont(QStringLiteral("Serif"), 13));
+    AppearanceSettings(user).setUiFont(QFont(QStringLiteral("Serif"), 13));
     const QStringList keys = user->allKeys();
 
     QVERIFY(app()->movePreferencesToIni());

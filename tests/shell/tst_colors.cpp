@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "testutil.h"
 
 #include "shell/colors.h"
@@ -107,15 +108,15 @@ void TestColors::builtInSchemesAreLegible()
 void TestColors::customSchemeFallsBackPerRole()
 {
     const Colors *colors = Colors::instance();
-    m_settings->setCustomColor(Colors::Connection, QColor(0x12, 0x34, 0x56));
+    AppearanceSettings(m_settings).setCustomColor(Colors::Connection, QColor(0x12, 0x34, 0x56));
     QCOMPARE(colors->color(Colors::Custom, Colors::Connection), QColor(0x12, 0x34, 0x56));
-    const int fallback = Settings::isSystemDark() ? Colors::Dark : Colors::Light;
+    const int fallback = AppearanceSettings::isSystemDark() ? Colors::Dark : Colors::Light;
     QCOMPARE(colors->color(Colors::Custom, Colors::TransformText),
              colors->color(fallback, Colors::TransformText));
 
-    m_settings->setCustomColor(Colors::CenterBackground, QColor(0x10, 0x10, 0x10));
+    AppearanceSettings(m_settings).setCustomColor(Colors::CenterBackground, QColor(0x10, 0x10, 0x10));
     QVERIFY(Colors::isDarkScheme(Colors::Custom));
-    m_settings->setCustomColor(Colors::CenterBackground, QColor(0xF0, 0xF0, 0xF0));
+    AppearanceSettings(m_settings).setCustomColor(Colors::CenterBackground, QColor(0xF0, 0xF0, 0xF0));
     QVERIFY(!Colors::isDarkScheme(Colors::Custom));
 }
 
@@ -136,13 +137,13 @@ void TestColors::schemeInForceFollowsSettings()
     QFETCH(int, stored);
     QFETCH(int, inForce);
     Colors *colors = Colors::instance();
-    m_settings->setColorScheme(stored);
+    AppearanceSettings(m_settings).setColorScheme(stored);
     QCOMPARE(colors->scheme(), inForce);
     QCOMPARE(colors->color(Colors::OutputBackground),
              colors->color(inForce, Colors::OutputBackground));
 
     colors->setScheme(stored);
-    QCOMPARE(m_settings->colorScheme(), inForce);
+    QCOMPARE(AppearanceSettings(m_settings).colorScheme(), inForce);
 }
 
 void TestColors::outOfRangeRoleHasNoColour()

@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "testutil.h"
 
 #include "shell/colors.h"
@@ -177,9 +178,9 @@ void TestPreferencesDialog::customColoursKeptWhenCustomSchemeChosen()
     scheme->setCurrentIndex(Colors::Dark);
     scheme->setCurrentIndex(Colors::Custom);
     QTest::mouseClick(dialog.buttons()->button(QDialogButtonBox::Ok), Qt::LeftButton);
-    QCOMPARE(m_settings->colorScheme(), int(Colors::Custom));
+    QCOMPARE(AppearanceSettings(m_settings).colorScheme(), int(Colors::Custom));
     for (int role = 0; role < Colors::RoleCount; ++role)
-        QCOMPARE(m_settings->customColor(role), Colors::instance()->color(Colors::Dark, role));
+        QCOMPARE(AppearanceSettings(m_settings).customColor(role), Colors::instance()->color(Colors::Dark, role));
 }
 
 TABULON_TEST_MAIN(TestPreferencesDialog)

@@ -1,4 +1,5 @@
 #include "data/valueinterpretation.h"
+#include "shell/appearancesettings.h"
 #include "shell/settings.h"
 
 #include <QApplication>
@@ -79,6 +80,13 @@ QVariant toVariant(const QList<int> &list)
     QTest::newRow(key) << QStringLiteral(key)                                                      \
                        << Getter([](const Settings &s) { return toVariant(s.getter()); })          \
                        << toVariant(def) << Setter([](Settings &s) { s.setter(other); })           \
+                       << toVariant(other)
+// The same for a colour, font or scheme, which AppearanceSettings reads from the same store.
+#define LOOK(key, getter, def, setter, other)                                                      \
+    QTest::newRow(key) << QStringLiteral(key) << Getter([](const Settings &s) {                    \
+        return toVariant(AppearanceSettings(&s).getter());                                         \
+    }) << toVariant(def)                                                                           \
+                       << Setter([](Settings &s) { AppearanceSettings(&s).setter(other); })        \
                        << toVariant(other)
 
 void TestSettings::keyTable()
@@ -177,19 +185,21 @@ void TestSettings::keyTable()
     KEY("first_help_show", firstHelpShow, true, setFirstHelpShow, false);
     KEY("show_advanced_transforms", showAdvancedTransforms, false, setShowAdvancedTransforms, true);
     KEY("show_getting_started", showGettingStarted, true, setShowGettingStarted, false);
-    KEY("color_scheme", colorScheme, 1, setColorScheme, 7);
-    KEY("changed_data_color", changedDataColor, QColor(), setChangedDataColor,
-        QColor(10, 20, 30, 40));
-    KEY("verify_fail_error_color", verifyFailErrorColor, QColor(), setVerifyFailErrorColor,
-        QColor(Qt::red));
-    KEY("verify_fail_warning_color", verifyFailWarningColor, QColor(), setVerifyFailWarningColor,
-        QColor(Qt::yellow));
-    KEY("verify_fail_info_color", verifyFailInfoColor, QColor(), setVerifyFailInfoColor,
-        QColor(Qt::blue));
+    LOOK("color_scheme", colorScheme, 1, setColorScheme, 7);
+    LOOK("changed_data_color", changedDataColor, QColor(), setChangedDataColor,
+         QColor(10, 20, 30, 40));
+    LOOK("verify_fail_error_color", verifyFailErrorColor, QColor(), setVerifyFailErrorColor,
+         QColor(Qt::red));
+    LOOK("verify_fail_warning_color", verifyFailWarningColor, QColor(), setVerifyFailWarningColor,
+         QColor(Qt::yellow));
+    LOOK("verify_fail_info_color", verifyFailInfoColor, QColor(), setVerifyFailInfoColor,
+         QColor(Qt::blue));
     QTest::newRow("custom_color_6")
-        << QStringLiteral("custom_color_6")
-        << Getter([](const Settings &s) { return toVariant(s.customColor(6)); })
-        << toVariant(QColor()) << Setter([](Settings &s) { s.setCustomColor(6, Qt::green); })
+        << QStringLiteral("custom_color_6") << Getter([](const Settings &s) {
+               return toVariant(AppearanceSettings(&s).customColor(6));
+           })
+        << toVariant(QColor())
+        << Setter([](Settings &s) { AppearanceSettings(&s).setCustomColor(6, Qt::green); })
         << toVariant(QColor(Qt::green));
     KEY("locale", locale, QLocale::system(), setLocale, QLocale(QLocale::German, QLocale::Austria));
     KEY("blocked_input_extensions", blockedInputExtensions, Settings::defaultBlockedExtensions(),
@@ -208,9 +218,9 @@ void TestSettings::keyTable()
         setTotalRowsProcessedStartDate, QDate(2024, 2, 29));
     KEY("last_updated_check", lastUpdatedCheck, QDateTime(), setLastUpdatedCheck,
         QDateTime(QDate(2025, 1, 2), QTime(3, 4, 5), Qt::UTC));
-    KEY("ui_font", uiFont, QGuiApplication::font(), setUiFont, QFont(QStringLiteral("Serif"), 17));
-    KEY("data_font", dataFont, QGuiApplication::font(), setDataFont,
-        QFont(QStringLiteral("Monospace"), 9));
+    LOOK("ui_font", uiFont, QGuiApplication::font(), setUiFont, QFont(QStringLiteral("Serif"), 17));
+    LOOK("data_font", dataFont, QGuiApplication::font(), setDataFont,
+         QFont(QStringLiteral("Monospace"), 9));
 }
 
 void TestSettings::freshStoreHasNoKeys()
@@ -276,16 +286,16 @@ void TestSettings::colorSchemeFollowsSystemLook()
 {
     auto store = newStore();
     QGuiApplication::setPalette(QPalette(QColor(30, 30, 30)));
-    QVERIFY(Settings::isSystemDark());
-    QCOMPARE(store->colorScheme(), 7);
+    QVERIFY(AppearanceSettings::isSystemDark());
+    QCOMPARE(AppearanceSettings(store.get()).colorScheme(), 7);
     QGuiApplication::setPalette(QPalette(QColor(240, 240, 240)));
-    QVERIFY(!Settings::isSystemDark());
-    QCOMPARE(store->colorScheme(), 1);
-    store->setColorScheme(4);
+    QVERIFY(!AppearanceSettings::isSystemDark());
+    QCOMPARE(AppearanceSettings(store.get()).colorScheme(), 1);
+    AppearanceSettings(store.get()).setColorScheme(4);
     QGuiApplication::setPalette(QPalette(QColor(30, 30, 30)));
-    QCOMPARE(store->colorScheme(), 4);
+    QCOMPARE(AppearanceSettings(store.get()).colorScheme(), 4);
     store->remove(QStringLiteral("color_scheme"));
-    QCOMPARE(store->colorScheme(), 7);
+    QCOMPARE(AppearanceSettings(store.get()).colorScheme(), 7);
 }
 
 void TestSettings::cacheFollowsWritesThroughSettings()
@@ -349,7 +359,7 @@ void TestSettings::handEditedIniValues()
     QCOMPARE(store.blockedInputExtensionSet(),
              QSet<QString>({QStringLiteral("exe"), QStringLiteral("bat"), QStringLiteral("zip")}));
     QCOMPARE(store.itemSummaryColWidths(), QList<int>());
-    QCOMPARE(store.changedDataColor(), QColor(Qt::red));
+    QCOMPARE(AppearanceSettings(&store).changedDataColor(), QColor(Qt::red));
 }
 
 void TestSettings::blockedExtensionSets()

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "data/dataset.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 
 #include <QList>

@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 #include "transforms/registry.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Every registered transform against its catalogue row: type number, names, and its option
@@ -211,5 +211,5 @@ void TestCatalogue::everyPrototypeIsListed()
         QVERIFY2(m_checked.contains(prototype->typeName()), qPrintable(prototype->typeName()));
 }
 
-TABULON_TEST_MAIN(TestCatalogue)
+QTEST_GUILESS_MAIN(TestCatalogue)
 #include "tst_catalogue.moc"

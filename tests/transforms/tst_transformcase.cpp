@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformclone.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -225,5 +225,5 @@ void TestTransformCase::cloneTransformCopiesInput()
     QVERIFY(clone.warnings().isEmpty());
 }
 
-TABULON_TEST_MAIN(TestTransformCase)
+QTEST_GUILESS_MAIN(TestTransformCase)
 #include "tst_transformcase.moc"

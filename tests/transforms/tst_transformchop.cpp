@@ -1,10 +1,10 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformchop.h"
 #include "transforms/transformextract.h"
 #include "transforms/transformpad.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // The transforms that cut or lengthen cells by position: Chop, Pad and Extract.
@@ -244,5 +244,5 @@ void TestTransformChop::optionKeysInOrder()
                  {"Columns", "Using", "Length", "From", "Offset", "Matching", "Case_Sensitive"}));
 }
 
-TABULON_TEST_MAIN(TestTransformChop)
+QTEST_GUILESS_MAIN(TestTransformChop)
 #include "tst_transformchop.moc"

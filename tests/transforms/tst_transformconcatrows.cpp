@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformconcatrows.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 using Rows = QList<QStringList>;
@@ -152,5 +152,5 @@ void TestTransformConcatRows::unsetKeyWarnsOnlyByKey()
     QCOMPARE(concat.warnings(), QStringList({"1 option not set ('Key column')"}));
 }
 
-TABULON_TEST_MAIN(TestTransformConcatRows)
+QTEST_GUILESS_MAIN(TestTransformConcatRows)
 #include "tst_transformconcatrows.moc"

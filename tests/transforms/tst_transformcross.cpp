@@ -1,7 +1,7 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/transformcross.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Cross: every combination of the rows of its inputs, the last input varying fastest.
@@ -122,5 +122,5 @@ void TestTransformCross::crossOverflow()
     delete b;
 }
 
-TABULON_TEST_MAIN(TestTransformCross)
+QTEST_GUILESS_MAIN(TestTransformCross)
 #include "tst_transformcross.moc"

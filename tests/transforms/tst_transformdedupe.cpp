@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/dedupeengine.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformdedupe.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -281,5 +281,5 @@ void TestTransformDedupe::optionsEnableByMatchTypeAndMode()
     QCOMPARE(transform.parameter("Columns")->toColumns().size(), 1); // the only column
 }
 
-TABULON_TEST_MAIN(TestTransformDedupe)
+QTEST_GUILESS_MAIN(TestTransformDedupe)
 #include "tst_transformdedupe.moc"

@@ -1,10 +1,10 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformfilldown.h"
 #include "transforms/transformslide.h"
 #include "transforms/transformunfill.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Fill, Unfill and Slide: the transforms that move values between neighbouring cells, in the
@@ -311,5 +311,5 @@ void TestTransformFillDown::wrongInputCountGivesEmptyResult()
     QCOMPARE(runTransform(transform, {}).columnCount(), 0);
 }
 
-TABULON_TEST_MAIN(TestTransformFillDown)
+QTEST_GUILESS_MAIN(TestTransformFillDown)
 #include "tst_transformfilldown.moc"

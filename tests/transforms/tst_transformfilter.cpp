@@ -1,11 +1,11 @@
 #include "data/valueinterpretation.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transformfixtures.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformfilter.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Filter: rows kept or removed by conditions on their cells.
@@ -185,5 +185,5 @@ void TestTransformFilter::filterKeepsHeaderAndIds()
     QVERIFY(output.row(0).isSharedWith(m_input->dataset()->row(3)));
 }
 
-TABULON_TEST_MAIN(TestTransformFilter)
+QTEST_GUILESS_MAIN(TestTransformFilter)
 #include "tst_transformfilter.moc"

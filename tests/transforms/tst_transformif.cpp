@@ -1,11 +1,11 @@
 #include "data/valueinterpretation.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transformfixtures.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformif.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // If: a new column whose value comes from the first branch whose conditions hold.
@@ -203,5 +203,5 @@ void TestTransformIf::withoutHeaderNamesNoColumn()
     QCOMPARE(output.rows(), (QList<QStringList> {{"1", "a", ""}, {"2", "b", "yes"}}));
 }
 
-TABULON_TEST_MAIN(TestTransformIf)
+QTEST_GUILESS_MAIN(TestTransformIf)
 #include "tst_transformif.moc"

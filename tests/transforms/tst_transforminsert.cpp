@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transforminsert.h"
 #include "transforms/transformsubstitute.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // The transforms that write column variables into cells: Insert and Substitute.
@@ -185,5 +185,5 @@ void TestTransformInsert::optionKeysInOrder()
     QCOMPARE(substitute.parameter("Script")->type(), ParameterType::Script);
 }
 
-TABULON_TEST_MAIN(TestTransformInsert)
+QTEST_GUILESS_MAIN(TestTransformInsert)
 #include "tst_transforminsert.moc"

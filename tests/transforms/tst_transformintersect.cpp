@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transformfixtures.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformintersect.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Intersect: the top rows whose keys are also in the bottom dataset.
@@ -101,5 +101,5 @@ void TestTransformIntersect::singleInputAsksForSecond()
     QCOMPARE(intersect.result(), QString("Connect a second dataset"));
 }
 
-TABULON_TEST_MAIN(TestTransformIntersect)
+QTEST_GUILESS_MAIN(TestTransformIntersect)
 #include "tst_transformintersect.moc"

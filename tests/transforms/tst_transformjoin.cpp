@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/keymatching.h"
 #include "transforms/transformjoin.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Join by key and by row number, with the outer-join options, the detailed report, and the
@@ -293,5 +293,5 @@ void TestTransformJoin::autoConfigureLeavesChosenKeys()
     QCOMPARE(m_join->parameter("Column_1")->toColumnIndex(), 0);
 }
 
-TABULON_TEST_MAIN(TestTransformJoin)
+QTEST_GUILESS_MAIN(TestTransformJoin)
 #include "tst_transformjoin.moc"

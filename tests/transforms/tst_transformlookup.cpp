@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformlookup.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Lookup over every family of match types, the choice of values, and what rows without a
@@ -340,5 +340,5 @@ void TestTransformLookup::dependentOptions()
     QVERIFY(lookup.warnings().isEmpty());
 }
 
-TABULON_TEST_MAIN(TestTransformLookup)
+QTEST_GUILESS_MAIN(TestTransformLookup)
 #include "tst_transformlookup.moc"

@@ -1,4 +1,4 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformconcat.h"
 #include "transforms/transformcopy.h"
@@ -6,7 +6,7 @@
 #include "transforms/transformrownum.h"
 #include "transforms/transformstamp.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -424,5 +424,5 @@ void TestTransformNewCol::wrongInputCountGivesEmptyResult()
     qDeleteAll(transforms);
 }
 
-TABULON_TEST_MAIN(TestTransformNewCol)
+QTEST_GUILESS_MAIN(TestTransformNewCol)
 #include "tst_transformnewcol.moc"

@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformnewrows.h"
 #include "transforms/transformsequence.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // New Rows and Sequence: the transforms that insert rows among the existing ones.
@@ -236,5 +236,5 @@ void TestTransformNewRows::sequenceUsesDateFormatsOnlyForDates()
     QCOMPARE(enabled, QStringList({"User_Define_Minimum_Missing_Date"}));
 }
 
-TABULON_TEST_MAIN(TestTransformNewRows)
+QTEST_GUILESS_MAIN(TestTransformNewRows)
 #include "tst_transformnewrows.moc"

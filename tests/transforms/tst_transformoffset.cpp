@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformoffset.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Offset: values of chosen columns shifted down or up, with or without wraparound.
@@ -87,5 +87,5 @@ void TestTransformOffset::newValueDisabledByWraparound()
     QCOMPARE(transform.parameterStates().first().enabled, false);
 }
 
-TABULON_TEST_MAIN(TestTransformOffset)
+QTEST_GUILESS_MAIN(TestTransformOffset)
 #include "tst_transformoffset.moc"

@@ -1,11 +1,11 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformheader.h"
 #include "transforms/transformremovecols.h"
 #include "transforms/transformrenamecols.h"
 #include "transforms/transformreorder.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -399,5 +399,5 @@ void TestTransformRemoveCols::wrongInputCountGivesEmptyResult()
     qDeleteAll(transforms);
 }
 
-TABULON_TEST_MAIN(TestTransformRemoveCols)
+QTEST_GUILESS_MAIN(TestTransformRemoveCols)
 #include "tst_transformremovecols.moc"

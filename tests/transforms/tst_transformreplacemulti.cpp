@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformreplacemulti.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 Q_DECLARE_METATYPE(QList<ReplaceTerm>)
@@ -193,5 +193,5 @@ void TestTransformReplaceMulti::optionKeysInOrder()
     QCOMPARE(transform.displayName(), QString("Replace"));
 }
 
-TABULON_TEST_MAIN(TestTransformReplaceMulti)
+QTEST_GUILESS_MAIN(TestTransformReplaceMulti)
 #include "tst_transformreplacemulti.moc"

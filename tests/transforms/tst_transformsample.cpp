@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsample.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -253,5 +253,5 @@ void TestTransformSample::sampleOptionStates()
     QVERIFY(!transform.isParameterEnabled("Spread"));
 }
 
-TABULON_TEST_MAIN(TestTransformSample)
+QTEST_GUILESS_MAIN(TestTransformSample)
 #include "tst_transformsample.moc"

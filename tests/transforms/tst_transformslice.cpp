@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformslice.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Slice: the rows of a section found by conditions, kept or removed.
@@ -168,5 +168,5 @@ void TestTransformSlice::slice()
     QCOMPARE(transform.result(), result);
 }
 
-TABULON_TEST_MAIN(TestTransformSlice)
+QTEST_GUILESS_MAIN(TestTransformSlice)
 #include "tst_transformslice.moc"

@@ -1,9 +1,9 @@
 #include "data/valueinterpretation.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsort.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -293,5 +293,5 @@ void TestTransformSort::alreadySortedIsNoChange()
     QCOMPARE(transform.result(), QString("No changes"));
 }
 
-TABULON_TEST_MAIN(TestTransformSort)
+QTEST_GUILESS_MAIN(TestTransformSort)
 #include "tst_transformsort.moc"

@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsplit.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 using Rows = QList<QStringList>;
@@ -300,5 +300,5 @@ void TestTransformSplit::lengthOptionsOnlyForLengths()
     QCOMPARE(split.isParameterEnabled("Delimiter"), true);
 }
 
-TABULON_TEST_MAIN(TestTransformSplit)
+QTEST_GUILESS_MAIN(TestTransformSplit)
 #include "tst_transformsplit.moc"

@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsplitrows.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 using Rows = QList<QStringList>;
@@ -158,5 +158,5 @@ void TestTransformSplitRows::unsetEveryWarns()
     QCOMPARE(split.warnings(), QStringList({"1 option not set ('Split')"}));
 }
 
-TABULON_TEST_MAIN(TestTransformSplitRows)
+QTEST_GUILESS_MAIN(TestTransformSplitRows)
 #include "tst_transformsplitrows.moc"

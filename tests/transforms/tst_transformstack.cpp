@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformstack.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Stack: inputs one on top of another, their columns aligned by name or by number.
@@ -208,5 +208,5 @@ void TestTransformStack::singleInputIsCopied()
     QVERIFY(stack.warnings().isEmpty());
 }
 
-TABULON_TEST_MAIN(TestTransformStack)
+QTEST_GUILESS_MAIN(TestTransformStack)
 #include "tst_transformstack.moc"

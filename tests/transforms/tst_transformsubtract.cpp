@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transformfixtures.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformsubtract.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 // Subtract: the top rows whose keys are not in the bottom dataset, or one top row taken away
@@ -143,5 +143,5 @@ void TestTransformSubtract::singleInputAsksForSecond()
     QCOMPARE(subtract.result(), QString("Connect a second dataset"));
 }
 
-TABULON_TEST_MAIN(TestTransformSubtract)
+QTEST_GUILESS_MAIN(TestTransformSubtract)
 #include "tst_transformsubtract.moc"

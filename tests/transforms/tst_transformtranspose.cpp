@@ -1,9 +1,9 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformreshape.h"
 #include "transforms/transformtranspose.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 using Rows = QList<QStringList>;
@@ -158,5 +158,5 @@ void TestTransformTranspose::reshapeKeepsIdsInPlace()
     QCOMPARE(output.columnIds(), input.columnIds().mid(0, 2));
 }
 
-TABULON_TEST_MAIN(TestTransformTranspose)
+QTEST_GUILESS_MAIN(TestTransformTranspose)
 #include "tst_transformtranspose.moc"

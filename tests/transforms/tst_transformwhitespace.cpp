@@ -1,8 +1,8 @@
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformwhitespace.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -172,5 +172,5 @@ void TestTransformWhitespace::missingOptionFails()
     QCOMPARE(transform.result(), Transform::failureText());
 }
 
-TABULON_TEST_MAIN(TestTransformWhitespace)
+QTEST_GUILESS_MAIN(TestTransformWhitespace)
 #include "tst_transformwhitespace.moc"

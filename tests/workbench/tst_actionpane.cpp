@@ -4,7 +4,7 @@
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
 #include "workbench/actionpane.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 #include "workbench/widgets.h"
 
 #include <QApplication>

@@ -4,7 +4,7 @@
 #include "graph/inputnode.h"
 #include "io/delimitedtext.h"
 #include "shell/settings.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 #include "workbench/inputitemwidget.h"
 #include "workbench/iowidgets.h"
 #include "workbench/itempane.h"

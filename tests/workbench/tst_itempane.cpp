@@ -8,7 +8,7 @@
 #include "transforms/framework/parameterwidgets.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformnewcol.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 #include "workbench/itempane.h"
 #include "workbench/itemwidget.h"
 #include "workbench/transformitemwidget.h"

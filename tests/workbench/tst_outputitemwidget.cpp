@@ -5,7 +5,7 @@
 #include "graph/outputnode.h"
 #include "io/delimitedtext.h"
 #include "shell/settings.h"
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 #include "workbench/iowidgets.h"
 #include "workbench/itempane.h"
 #include "workbench/outputitemwidget.h"

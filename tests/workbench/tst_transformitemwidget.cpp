@@ -1,3 +1,4 @@
+#include "shell/appearancesettings.h"
 #include "testutil.h"
 
 #include "graph/graphscene.h"
@@ -279,7 +280,7 @@ void TestTransformItemWidget::compareChangesHighlightsAndWalks()
 {
     Settings::instance()->setShowChanges(false);
     const QColor changed(0x12, 0x34, 0x56);
-    Settings::instance()->setChangedDataColor(changed);
+    AppearanceSettings().setChangedDataColor(changed);
     GraphScene scene;
     InputNode *input
         = addTextInput(scene, QStringLiteral("name,city\nANN,paris\nbob,ROME\nCY,OSLO"), QPointF());

@@ -1,6 +1,6 @@
 #include "transforms/framework/parameterwidget.h"
 
-#include "graph/undo.h"
+#include "shell/undostep.h"
 #include "transforms/framework/columnwidgets.h"
 #include "transforms/framework/parameterkind.h"
 #include "transforms/framework/parameterwidgets.h"

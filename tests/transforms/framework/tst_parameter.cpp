@@ -1,25 +1,27 @@
-#include "graph/node.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 #include <memory>
 
 namespace {
 
-// An upstream item whose dataset the test fills directly.
-class SourceNode : public Node
+// An upstream table that the test fills directly and declares ready or not.
+class SourceNode : public ColumnSource
 {
 public:
-    SourceNode()
-        : Node(1)
-    { }
-    Node *clone() const override { return nullptr; }
-    QString displayName() const override { return QStringLiteral("Source"); }
-    void run(bool, bool) override { }
-    void setTestStatus(int status) { m_status = status; }
+    enum Status { NeedsUpdate, UpToDate };
+
+    const Dataset *columnDataset() const override { return &m_dataset; }
+    bool isReady() const override { return m_status == UpToDate; }
+    Dataset *dataset() { return &m_dataset; }
+    void setTestStatus(Status status) { m_status = status; }
+
+private:
+    Dataset m_dataset;
+    Status m_status = NeedsUpdate;
 };
 
 const ColumnId Name(7, 1);
@@ -126,7 +128,7 @@ void TestParameter::init()
                                      {"Ann", "31", "Paris", "75001"},
                                      {"Bob", "45", "Lyon", "69001"}});
     m_node.dataset()->assignColumnIds(7);
-    m_node.setTestStatus(Node::UpToDate);
+    m_node.setTestStatus(SourceNode::UpToDate);
 }
 
 std::unique_ptr<Parameter> TestParameter::make(ParameterType type, const QVariant &value,
@@ -374,7 +376,7 @@ void TestParameter::pendingTextIsKeptUntilResolved()
     const QString stored = QStringLiteral("1^0^2^14^^3^0^Par%69s");
     const auto p = make(ParameterType::FilterColumns, QVariant());
     p->setPendingText(stored, 50);
-    m_node.setTestStatus(Node::NeedsUpdate);
+    m_node.setTestStatus(SourceNode::NeedsUpdate);
 
     QVERIFY(!p->resolvePendingText());
     QVERIFY(p->hasPendingText());
@@ -383,7 +385,7 @@ void TestParameter::pendingTextIsKeptUntilResolved()
     const std::unique_ptr<Parameter> copy(p->clone());
     QCOMPARE(copy->toText(), stored);
 
-    m_node.setTestStatus(Node::UpToDate);
+    m_node.setTestStatus(SourceNode::UpToDate);
     QVERIFY(p->resolvePendingText());
     QVERIFY(!p->hasPendingText());
     QCOMPARE(p->toText(), fields({"1", "0", "2", "19", "", "3", "0", "Paris"}));
@@ -695,7 +697,7 @@ void TestParameter::cloneIsIndependent()
     QCOMPARE(copy->minimumInt(), 2);
     QCOMPARE(copy->suffix(), QStringLiteral(" rows"));
     QVERIFY(copy->remembered());
-    QCOMPARE(copy->sourceNode(), static_cast<Node *>(&m_node));
+    QCOMPARE(copy->sourceNode(), static_cast<ColumnSource *>(&m_node));
 }
 
 void TestParameter::literalValuesPickTheValueConstructor()
@@ -713,13 +715,6 @@ void TestParameter::literalValuesPickTheValueConstructor()
     QVERIFY(column.value().isValid());
 }
 
-int main(int argc, char **argv)
-{
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
-    TestParameter test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestParameter)
 
 #include "tst_parameter.moc"

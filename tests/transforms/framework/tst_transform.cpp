@@ -1,10 +1,10 @@
 #include "shell/settings.h"
-#include "testutil.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 #include "transforms/registry.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QtTest>
 
 namespace {
@@ -80,6 +80,7 @@ private slots:
     void rememberedValues();
     void messagesAndResultTexts();
     void registryHasDistinctTypesAndNames();
+    void registryPrototypesSortedAndFound();
     void executeChecksInputsAndOptions_data();
     void executeChecksInputsAndOptions();
 };
@@ -227,6 +228,28 @@ void TestTransform::registryHasDistinctTypesAndNames()
     qDeleteAll(prototypes);
 }
 
+void TestTransform::registryPrototypesSortedAndFound()
+{
+    const QList<Transform *> &prototypes = TransformRegistry::prototypes();
+    QStringList lowered;
+    for (const Transform *transform : prototypes)
+        lowered.append(transform->displayName().toLower());
+    QVERIFY(std::is_sorted(lowered.begin(), lowered.end()));
+
+    // One prototype of every class in the list, each found by its typeName.
+    const QList<Transform *> made = createTransformPrototypes();
+    QCOMPARE(prototypes.size(), made.size());
+    for (const Transform *transform : made) {
+        Transform *prototype = TransformRegistry::prototype(transform->typeName());
+        QVERIFY2(prototype, qPrintable(transform->typeName()));
+        QVERIFY(prototypes.contains(prototype));
+        QCOMPARE(prototype->metaObject()->className(), transform->metaObject()->className());
+    }
+    qDeleteAll(made);
+    QCOMPARE(TransformRegistry::prototype(QStringLiteral("NoSuchTransform")), nullptr);
+    QCOMPARE(TransformRegistry::prototype(QString()), nullptr);
+}
+
 void TestTransform::executeChecksInputsAndOptions_data()
 {
     QTest::addColumn<int>("inputCount");
@@ -267,6 +290,6 @@ void TestTransform::executeChecksInputsAndOptions()
     QCOMPARE(transform.result(), result);
 }
 
-TABULON_TEST_MAIN(TestTransform)
+QTEST_GUILESS_MAIN(TestTransform)
 #include "tst_transform.moc"
 

@@ -1,4 +1,4 @@
-#include "workbench/messageboxes.h"
+#include "shell/messageboxes.h"
 
 #include <QGuiApplication>
 

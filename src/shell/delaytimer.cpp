@@ -1,4 +1,4 @@
-#include "workbench/delaytimer.h"
+#include "shell/delaytimer.h"
 
 #include <QList>
 #include <QPointer>

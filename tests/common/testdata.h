@@ -1,0 +1,43 @@
+#pragma once
+
+#include "data/dataset.h"
+#include "transforms/framework/columnsource.h"
+#include "transforms/framework/transforminput.h"
+
+#include <QList>
+#include <QStringList>
+
+class Transform;
+
+// What every test program shares, with no GUI: tables built from literal rows, bare sources
+// for transforms, and a run of a transform as the run engine makes it. Linking these helpers
+// also prepares the process before main: settings kept away from the user's own and
+// temporary files in a private folder.
+
+// Builds a dataset from literal rows; the first row is the header when withHeader is true.
+Dataset makeDataset(const QList<QStringList> &rows, bool withHeader = true);
+
+// A table that options can bind to, always ready: the input of a transform tested outside a
+// flow. Its columns get ids of its own, from a counter apart from that of items.
+class DataSource : public ColumnSource
+{
+public:
+    explicit DataSource(const Dataset &dataset);
+    const Dataset *columnDataset() const override { return &m_dataset; }
+    bool isReady() const override { return true; }
+    Dataset *dataset() { return &m_dataset; }
+    int id() const { return m_id; }
+
+private:
+    Dataset m_dataset;
+    int m_id;
+};
+
+// A new source over dataset; the caller owns it.
+DataSource *makeDataSource(const Dataset &dataset);
+
+// Runs transform over the given inputs as the run engine would, and returns the result. The
+// inputs' rows are never taken over, so the inputs stay as they are.
+Dataset runTransform(Transform &transform, const ColumnSources &inputs, bool *failed = nullptr);
+// The same in a run of the given context (its document, its stop flag).
+Dataset runTransform(Transform &transform, const ColumnSources &inputs, const RunContext &context);
