@@ -6,6 +6,7 @@
 #include "graph/overlays.h"
 #include "graph/undo.h"
 #include "shell/colors.h"
+#include "shell/delaytimer.h"
 #include "shell/memory.h"
 #include "shell/settings.h"
 
@@ -1205,9 +1206,8 @@ void Node::mouseReleaseEvent(QGraphicsSceneMouseEvent *event)
 void Node::hoverEnterEvent(QGraphicsSceneHoverEvent *event)
 {
     if (!m_guideTimer) {
-        m_guideTimer = new QTimer(this);
-        m_guideTimer->setSingleShot(true);
-        connect(m_guideTimer, &QTimer::timeout, this, &Node::onUpdateConnectionGuide);
+        m_guideTimer = new DelayTimer(this);
+        connect(m_guideTimer, &DelayTimer::timeout, this, &Node::onUpdateConnectionGuide);
     }
     m_guideTimer->stop();
     m_hovered = true;

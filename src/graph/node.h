@@ -16,7 +16,7 @@ class ConnectFromNodeOverlayItem;
 class ConnectToNodeOverlayItem;
 class GraphScene;
 class NodeOverlayItem;
-class QTimer;
+class DelayTimer;
 class TimingBar;
 
 // What an item's icon shows; also how the status bar selects all items of one state.
@@ -295,5 +295,5 @@ private:
     TimingBar *m_timingBar = nullptr;
     QHash<Node *, QPointF> m_noteOffsets;
     int m_noteDrag = -1;
-    QTimer *m_guideTimer = nullptr;
+    DelayTimer *m_guideTimer = nullptr;
 };

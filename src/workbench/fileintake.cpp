@@ -6,10 +6,10 @@
 #include "graph/undo.h"
 #include "io/filetypes.h"
 #include "shell/application.h"
+#include "shell/messageboxes.h"
 #include "shell/settings.h"
 #include "workbench/mainwindow.h"
 #include "workbench/mainwindowactions.h"
-#include "shell/messageboxes.h"
 
 #include <QAction>
 #include <QClipboard>

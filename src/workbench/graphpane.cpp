@@ -8,10 +8,10 @@
 #include "io/outputwriters.h"
 #include "shell/application.h"
 #include "shell/colors.h"
-#include "shell/settings.h"
-#include "transforms/registry.h"
-#include "transforms/framework/transform.h"
 #include "shell/messageboxes.h"
+#include "shell/settings.h"
+#include "transforms/framework/transform.h"
+#include "transforms/registry.h"
 #include "workbench/typeablemenu.h"
 
 #include <QApplication>

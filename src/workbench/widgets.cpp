@@ -1,7 +1,7 @@
 #include "workbench/widgets.h"
 
-#include "shell/settings.h"
 #include "shell/delaytimer.h"
+#include "shell/settings.h"
 
 #include <QApplication>
 #include <QCheckBox>

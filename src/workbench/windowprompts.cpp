@@ -1,8 +1,8 @@
 #include "workbench/windowprompts.h"
 
 #include "shell/application.h"
-#include "shell/settings.h"
 #include "shell/messageboxes.h"
+#include "shell/settings.h"
 
 #include <QLocale>
 

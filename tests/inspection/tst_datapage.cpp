@@ -6,9 +6,9 @@
 #include "inspection/datapage.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
-#include "shell/settings.h"
 #include "shell/delaytimer.h"
 #include "shell/messageboxes.h"
+#include "shell/settings.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -4,8 +4,8 @@
 #include "graph/node.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
-#include "shell/settings.h"
 #include "shell/messageboxes.h"
+#include "shell/settings.h"
 
 #include <QAction>
 #include <QApplication>

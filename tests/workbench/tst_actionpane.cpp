@@ -1,10 +1,10 @@
 #include "testutil.h"
 
 #include "graph/inputnode.h"
+#include "shell/delaytimer.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
 #include "workbench/actionpane.h"
-#include "shell/delaytimer.h"
 #include "workbench/widgets.h"
 
 #include <QApplication>

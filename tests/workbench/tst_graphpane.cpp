@@ -5,6 +5,7 @@
 #include "graph/overlays.h"
 #include "graph/transformnode.h"
 #include "graph/undo.h"
+#include "shell/delaytimer.h"
 #include "shell/settings.h"
 #include "testutil.h"
 #include "transforms/framework/transform.h"
@@ -260,7 +261,9 @@ void TestGraphPane::connectFromHandle()
     m_pane->centerOn(300.0, 150.0);
 
     moveTo(input->centrePos());
-    QTRY_VERIFY(input->connectFromOverlay());
+    // The guide shows after a pause of the pointer; end the pause instead of waiting.
+    DelayTimer::firePending();
+    QVERIFY(input->connectFromOverlay());
     const QPointF handle = input->connectFromOverlay()->scenePos();
     QCOMPARE(handle, input->anchor(ConnectionDirection::Out));
 
@@ -311,7 +314,9 @@ void TestGraphPane::connectionModeCancels()
     TransformNode *free = addTransform(*m_scene, new TransformClone, {}, QPointF(400.0, 0.0));
     m_pane->centerOn(300.0, 50.0);
     moveTo(input->centrePos());
-    QTRY_VERIFY(input->connectFromOverlay());
+    // The guide shows after a pause of the pointer; end the pause instead of waiting.
+    DelayTimer::firePending();
+    QVERIFY(input->connectFromOverlay());
     const QPointF handle = input->connectFromOverlay()->scenePos();
     click(handle);
     ConnectionMaker *maker = ConnectionMaker::of(m_scene, false);

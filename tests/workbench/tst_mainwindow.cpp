@@ -9,17 +9,17 @@
 #include "graph/overlays.h"
 #include "graph/transformnode.h"
 #include "graph/undo.h"
+#include "shell/delaytimer.h"
+#include "shell/messageboxes.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
 #include "transforms/transformclone.h"
 #include "workbench/actionpane.h"
-#include "shell/delaytimer.h"
 #include "workbench/graphpane.h"
 #include "workbench/itempane.h"
 #include "workbench/logpane.h"
 #include "workbench/mainwindow.h"
 #include "workbench/mainwindowactions.h"
-#include "shell/messageboxes.h"
 #include "workbench/scenehost.h"
 #include "workbench/statusbar.h"
 // graphpane.h hands out its menu inline, which needs the full type.
@@ -622,7 +622,9 @@ void TestMainWindow::draggingFromHandleConnects()
     m_window->graphPane()->centerOn(300, 150);
 
     mouse(QEvent::MouseMove, input->centrePos(), Qt::NoButton);
-    QTRY_VERIFY(input->connectFromOverlay());
+    // The guide shows after a pause of the pointer; end the pause instead of waiting.
+    DelayTimer::firePending();
+    QVERIFY(input->connectFromOverlay());
     const QPointF handle = input->connectFromOverlay()->scenePos();
     mouse(QEvent::MouseButtonPress, handle, Qt::LeftButton, Qt::LeftButton);
     // An output takes one input: only the empty one is offered.
