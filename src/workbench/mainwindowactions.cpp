@@ -10,7 +10,7 @@
 
 namespace {
 
-struct ActionSpec
+struct ActionEntry
 {
     // The name of the slot the action calls, without "on"; kept as the object name.
     const char *name;
@@ -22,7 +22,7 @@ struct ActionSpec
 };
 
 // In the order of MainWindowActions::Id.
-const ActionSpec s_specs[MainWindowActions::Count] = {
+const ActionEntry s_entries[MainWindowActions::Count] = {
     {"FileNewAction", "&New", "Ctrl+N", "Create a new .tabulon document.", "new", false},
     {"FileOpenAction", "&Open...", "Ctrl+O", "Open an existing .tabulon document.", "open", false},
     {"FileOpenRecentAction", "Open &Recent...", "Ctrl+Shift+O", "Open a recent .tabulon document.",
@@ -124,16 +124,16 @@ QString latin(const char *text)
 MainWindowActions::MainWindowActions(QMainWindow *window)
 {
     for (int id = 0; id < Count; ++id) {
-        const ActionSpec &spec = s_specs[id];
-        auto *action = new QAction(latin(spec.text), window);
-        action->setObjectName(latin(spec.name));
-        if (spec.shortcut)
-            action->setShortcut(QKeySequence(latin(spec.shortcut)));
-        action->setToolTip(latin(spec.toolTip));
-        action->setStatusTip(latin(spec.toolTip));
-        action->setCheckable(spec.checkable);
-        if (spec.icon)
-            action->setProperty("iconName", latin(spec.icon));
+        const ActionEntry &entry = s_entries[id];
+        auto *action = new QAction(latin(entry.text), window);
+        action->setObjectName(latin(entry.name));
+        if (entry.shortcut)
+            action->setShortcut(QKeySequence(latin(entry.shortcut)));
+        action->setToolTip(latin(entry.toolTip));
+        action->setStatusTip(latin(entry.toolTip));
+        action->setCheckable(entry.checkable);
+        if (entry.icon)
+            action->setProperty("iconName", latin(entry.icon));
         m_actions[id] = action;
     }
     m_actions[EditPaste]->setShortcut(QKeySequence::Paste);
