@@ -275,16 +275,18 @@ void Transform::migrateParameters(int, QList<StoredParameter> *) const { }
 bool Transform::hasAllOptions() const
 {
     // The keys a class defines are learnt once from a fresh instance without inputs, which
-    // every class supports since new items and documents start that way.
-    static QHash<QString, QStringList> keysByType;
-    auto found = keysByType.constFind(typeName());
-    if (found == keysByType.constEnd()) {
+    // every class supports since new items and documents start that way. Classes are told
+    // apart by their factory: two classes may share a typeName (a test's stand-in for one).
+    static QHash<quintptr, QStringList> keysByClass;
+    const auto classKey = reinterpret_cast<quintptr>(descriptor().create);
+    auto found = keysByClass.constFind(classKey);
+    if (found == keysByClass.constEnd()) {
         std::unique_ptr<Transform> fresh(descriptor().create());
         fresh->createParameters({}, false);
         QStringList keys;
         for (const Parameter *parameter : qAsConst(fresh->m_parameters))
             keys.append(parameter->key());
-        found = keysByType.insert(typeName(), keys);
+        found = keysByClass.insert(classKey, keys);
     }
     return std::all_of(found->cbegin(), found->cend(),
                        [this](const QString &key) { return parameter(key) != nullptr; });
