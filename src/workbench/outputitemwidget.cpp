@@ -59,6 +59,14 @@ void OutputItemWidget::change(const QString &hint, const std::function<void(Outp
 
 void OutputItemWidget::build()
 {
+    buildDestinationRows();
+    buildTextFormatRows();
+    buildContentRows();
+}
+
+// Where the data goes: path, type, sheet and how an existing file is treated.
+void OutputItemWidget::buildDestinationRows()
+{
     m_pathRow = new QWidget(optionsArea());
     auto *pathLayout = new QHBoxLayout(m_pathRow);
     pathLayout->setContentsMargins(0, 0, 0, 0);
@@ -112,7 +120,11 @@ void OutputItemWidget::build()
                 change(QStringLiteral("overwrite sheet"),
                        [mode](OutputNode *out) { out->setOverwriteSheet(mode); });
             });
+}
 
+// How delimited and other text files are laid out and encoded.
+void OutputItemWidget::buildTextFormatRows()
+{
     m_delim = new DelimWidget(false, optionsArea());
     form()->addRow(QStringLiteral("Delimiter:"), m_delim);
     connect(m_delim, &DelimWidget::delimiterChanged, this, [this](int delimiter) {
@@ -161,7 +173,11 @@ void OutputItemWidget::build()
         change(QStringLiteral("byte order mark"),
                [on](OutputNode *out) { out->setByteOrderMark(on); });
     });
+}
 
+// What goes into the file besides the rows, and the name the output is known by.
+void OutputItemWidget::buildContentRows()
+{
     m_writeHeader = new WriteHeaderWidget(optionsArea());
     form()->addRow(m_writeHeader);
     connect(m_writeHeader, &WriteHeaderWidget::writeHeaderChanged, this, [this](bool on) {

@@ -47,6 +47,9 @@ public:
 
 private:
     void build();
+    void buildDestinationRows();
+    void buildTextFormatRows();
+    void buildContentRows();
     void change(const QString &hint, const std::function<void(OutputNode *)> &apply,
                 bool viaTimer = false);
     void browse();
