@@ -72,6 +72,15 @@ QCheckBox *InputItemWidget::addCheck(const QString &text, const QString &hint,
 
 void InputItemWidget::build()
 {
+    buildSourceRows();
+    buildParsingRows();
+    buildReadingChecks();
+    buildExtraRows();
+}
+
+// Where the data comes from: the reread button, the path and the file type.
+void InputItemWidget::buildSourceRows()
+{
     m_sourceButton = new QPushButton(optionsArea());
     form()->addRow(m_sourceButton);
     connect(m_sourceButton, &QPushButton::clicked, this, [this] {
@@ -109,7 +118,11 @@ void InputItemWidget::build()
         const int type = m_type->currentData().toInt();
         change(QStringLiteral("file type"), [type](InputNode *in) { in->setInputFileType(type); });
     });
+}
 
+// How the text is split into rows and columns.
+void InputItemWidget::buildParsingRows()
+{
     m_delim = new DelimWidget(true, optionsArea());
     form()->addRow(QStringLiteral("Delimiter:"), m_delim);
     connect(m_delim, &DelimWidget::delimiterChanged, this, [this](int delimiter) {
@@ -159,7 +172,11 @@ void InputItemWidget::build()
             QStringLiteral("ignore rows"), [rows](InputNode *in) { in->setIgnoredRows(rows); },
             true);
     });
+}
 
+// The checks: whether the file is watched, and what is tidied or dropped as it is read.
+void InputItemWidget::buildReadingChecks()
+{
     m_watch = addCheck(QStringLiteral("watch file"), QStringLiteral("watch file"),
                        [](InputNode *in, bool on) { in->setWatching(on); });
     m_trim = addCheck(QStringLiteral("trim whitespace"), QStringLiteral("trim whitespace"),
@@ -180,7 +197,11 @@ void InputItemWidget::build()
         = addCheck(QStringLiteral("ignore hidden Excel columns"),
                    QStringLiteral("ignore hidden Excel columns"),
                    [](InputNode *in, bool on) { in->setIgnoreExcelHiddenColumns(on); });
+}
 
+// Meta information, the JSON layout and the name the input is known by.
+void InputItemWidget::buildExtraRows()
+{
     m_metaInfo = new MetaInfoWidget(optionsArea());
     form()->addRow(QStringLiteral("Meta information:"), m_metaInfo);
     connect(m_metaInfo, &MetaInfoWidget::placeChanged, this, [this](int place) {

@@ -56,6 +56,10 @@ public:
 
 private:
     void build();
+    void buildSourceRows();
+    void buildParsingRows();
+    void buildReadingChecks();
+    void buildExtraRows();
     // One undoable change of the item under hint, then a run.
     void change(const QString &hint, const std::function<void(InputNode *)> &apply,
                 bool viaTimer = false);
