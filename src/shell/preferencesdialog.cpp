@@ -95,6 +95,39 @@ QWidget *PreferencesDialog::buildGeneralTab()
     auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
 
+    addGeneralChecks(page, form);
+    addGeneralChoices(page, form);
+    addProcessingLimits(page, form);
+
+    m_wheel = comboBox(QStringLiteral("mouse_wheel_behaviour"),
+                       {QStringLiteral("Forward=Scroll up (+Option=Zoom in)"),
+                        QStringLiteral("Forward=Zoom in (+Option=Scroll up)"),
+                        QStringLiteral("Forward=Zoom out (+Option=Scroll up)"),
+                        QStringLiteral("Does nothing")},
+                       page);
+    form->addRow(QStringLiteral("Zoom wheel behavior:"), m_wheel);
+
+    m_store = comboBox(QStringLiteral("store"),
+                       {Settings::userSettingsName(), QStringLiteral("tabulon.ini file")}, page);
+    form->addRow(QStringLiteral("Store these preferences in:"), m_store);
+
+    addFontRows(page, form);
+
+    m_locale = new QComboBox(page);
+    m_locale->setObjectName(QStringLiteral("locale"));
+    m_locale->addItems(localeNames());
+    form->addRow(QStringLiteral("Default locale:"), m_locale);
+
+    m_padding = new QSpinBox(page);
+    m_padding->setObjectName(QStringLiteral("data_font_vertical_padding"));
+    m_padding->setRange(0, 100);
+    m_padding->setSuffix(QStringLiteral(" pixels"));
+    form->addRow(QStringLiteral("Data table default padding:"), m_padding);
+    return page;
+}
+
+void PreferencesDialog::addGeneralChecks(QWidget *page, QFormLayout *form)
+{
     m_grayButtons = checkBox(QStringLiteral("gray_left_pane_buttons"),
                              QStringLiteral("gray Left pane buttons when not available"), page);
     m_nativeDialogs = checkBox(QStringLiteral("use_native_file_dialogs"),
@@ -110,7 +143,10 @@ QWidget *PreferencesDialog::buildGeneralTab()
     form->addRow(m_beep);
     form->addRow(m_autoMoveNotes);
     form->addRow(m_warnOnLocaleChange);
+}
 
+void PreferencesDialog::addGeneralChoices(QWidget *page, QFormLayout *form)
+{
     m_atStart = comboBox(QStringLiteral("open_previous_at_start"),
                          {QStringLiteral("Nothing"), QStringLiteral("Open last document"),
                           QStringLiteral("Show Open Recent")},
@@ -137,7 +173,11 @@ QWidget *PreferencesDialog::buildGeneralTab()
         = comboBox(QStringLiteral("optimize_for"),
                    {QStringLiteral("Minimum memory use"), QStringLiteral("Maximum speed")}, page);
     form->addRow(QStringLiteral("Optimize processing for:"), m_optimizeFor);
+}
 
+// How much memory processing may use, and how long the Right pane waits before it runs.
+void PreferencesDialog::addProcessingLimits(QWidget *page, QFormLayout *form)
+{
     m_maxMemory = new QDoubleSpinBox(page);
     m_maxMemory->setObjectName(QStringLiteral("max_memory_usage"));
     m_maxMemory->setRange(0.5, 1024.0);
@@ -153,19 +193,11 @@ QWidget *PreferencesDialog::buildGeneralTab()
     m_processingDelay->setSingleStep(0.5);
     m_processingDelay->setSuffix(QStringLiteral(" seconds"));
     form->addRow(QStringLiteral("Right pane processing delay:"), m_processingDelay);
+}
 
-    m_wheel = comboBox(QStringLiteral("mouse_wheel_behaviour"),
-                       {QStringLiteral("Forward=Scroll up (+Option=Zoom in)"),
-                        QStringLiteral("Forward=Zoom in (+Option=Scroll up)"),
-                        QStringLiteral("Forward=Zoom out (+Option=Scroll up)"),
-                        QStringLiteral("Does nothing")},
-                       page);
-    form->addRow(QStringLiteral("Zoom wheel behavior:"), m_wheel);
-
-    m_store = comboBox(QStringLiteral("store"),
-                       {Settings::userSettingsName(), QStringLiteral("tabulon.ini file")}, page);
-    form->addRow(QStringLiteral("Store these preferences in:"), m_store);
-
+// One row for each of the two fonts: its name, a chooser and a way back to the default.
+void PreferencesDialog::addFontRows(QWidget *page, QFormLayout *form)
+{
     for (int which = 0; which < 2; ++which) {
         const bool data = which == 1;
         auto *row = new QHBoxLayout;
@@ -186,18 +218,6 @@ QWidget *PreferencesDialog::buildGeneralTab()
                           : QStringLiteral("User interface font:"),
                      row);
     }
-
-    m_locale = new QComboBox(page);
-    m_locale->setObjectName(QStringLiteral("locale"));
-    m_locale->addItems(localeNames());
-    form->addRow(QStringLiteral("Default locale:"), m_locale);
-
-    m_padding = new QSpinBox(page);
-    m_padding->setObjectName(QStringLiteral("data_font_vertical_padding"));
-    m_padding->setRange(0, 100);
-    m_padding->setSuffix(QStringLiteral(" pixels"));
-    form->addRow(QStringLiteral("Data table default padding:"), m_padding);
-    return page;
 }
 
 QWidget *PreferencesDialog::buildDatesTab()

@@ -9,6 +9,7 @@ class QCheckBox;
 class QComboBox;
 class QDialogButtonBox;
 class QDoubleSpinBox;
+class QFormLayout;
 class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
@@ -42,6 +43,10 @@ public slots:
 
 private:
     QWidget *buildGeneralTab();
+    void addGeneralChecks(QWidget *page, QFormLayout *form);
+    void addGeneralChoices(QWidget *page, QFormLayout *form);
+    void addProcessingLimits(QWidget *page, QFormLayout *form);
+    void addFontRows(QWidget *page, QFormLayout *form);
     QWidget *buildDatesTab();
     QWidget *buildExtensionsTab(bool input);
     QWidget *buildColorsTab();
