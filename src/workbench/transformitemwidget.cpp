@@ -147,6 +147,20 @@ void TransformItemWidget::buildTools()
     TransformNode *item = transformNode();
     auto *row = new QHBoxLayout;
     row->setSpacing(4);
+    addComparisonTools(row);
+
+    const Transform *transform = item ? item->transform() : nullptr;
+    if (transform && transform->typeName() == QLatin1String("Verify"))
+        addVerifyColorButtons(row);
+    row->addStretch(1);
+    addExploreButtons(row, transform);
+    optionsLayout()->addLayout(row);
+    connectTools();
+}
+
+// Export, edit, and the comparison with the input: the check, the steps and the colour.
+void TransformItemWidget::addComparisonTools(QHBoxLayout *row)
+{
     m_export = toolButton(
         QStringLiteral("Export..."),
         QStringLiteral(
@@ -189,34 +203,38 @@ void TransformItemWidget::buildTools()
     row->addWidget(m_nextChange);
     row->addWidget(colorLabel);
     row->addWidget(m_changesColor);
+}
 
-    const Transform *transform = item ? item->transform() : nullptr;
-    if (transform && transform->typeName() == QLatin1String("Verify")) {
-        const struct
-        {
-            const char *label;
-            QColor color;
-            void (AppearanceSettings::*set)(const QColor &);
-        } verify[] = {
-            {"Error:", AppearanceSettings().verifyFailErrorColor(),
-             &AppearanceSettings::setVerifyFailErrorColor},
-            {"Warning:", AppearanceSettings().verifyFailWarningColor(),
-             &AppearanceSettings::setVerifyFailWarningColor},
-            {"Info:", AppearanceSettings().verifyFailInfoColor(),
-             &AppearanceSettings::setVerifyFailInfoColor},
-        };
-        for (const auto &entry : verify) {
-            row->addWidget(new QLabel(QString::fromLatin1(entry.label), optionsArea()));
-            auto *button = new ColorButton(entry.color, optionsArea());
-            const auto set = entry.set;
-            connect(button, &ColorButton::colorChanged, this, [set](const QColor &color) {
-                AppearanceSettings appearance;
-                (appearance.*set)(color);
-            });
-            row->addWidget(button);
-        }
+// A Verify transform shows the colours of its failures beside the tools; a change is kept at once.
+void TransformItemWidget::addVerifyColorButtons(QHBoxLayout *row)
+{
+    const struct
+    {
+        const char *label;
+        QColor color;
+        void (AppearanceSettings::*set)(const QColor &);
+    } verify[] = {
+        {"Error:", AppearanceSettings().verifyFailErrorColor(),
+         &AppearanceSettings::setVerifyFailErrorColor},
+        {"Warning:", AppearanceSettings().verifyFailWarningColor(),
+         &AppearanceSettings::setVerifyFailWarningColor},
+        {"Info:", AppearanceSettings().verifyFailInfoColor(),
+         &AppearanceSettings::setVerifyFailInfoColor},
+    };
+    for (const auto &entry : verify) {
+        row->addWidget(new QLabel(QString::fromLatin1(entry.label), optionsArea()));
+        auto *button = new ColorButton(entry.color, optionsArea());
+        const auto set = entry.set;
+        connect(button, &ColorButton::colorChanged, this, [set](const QColor &color) {
+            AppearanceSettings appearance;
+            (appearance.*set)(color);
+        });
+        row->addWidget(button);
     }
-    row->addStretch(1);
+}
+
+void TransformItemWidget::addExploreButtons(QHBoxLayout *row, const Transform *transform)
+{
     if (transform && transform->hasKeyColumns()) {
         m_exploreKeys = new QPushButton(QStringLiteral("Explore Keys..."), optionsArea());
         m_exploreKeys->setToolTip(QStringLiteral("Click to explore keys in the two datasets."));
@@ -232,8 +250,10 @@ void TransformItemWidget::buildTools()
                 &TransformItemWidget::onClickedExploreDuplicates);
         row->addWidget(m_exploreDuplicates);
     }
-    optionsLayout()->addLayout(row);
+}
 
+void TransformItemWidget::connectTools()
+{
     connect(m_export, &QToolButton::clicked, this, &TransformItemWidget::onClickedExport);
     connect(m_editTemp, &QToolButton::clicked, this, &TransformItemWidget::onClickedEditTemp);
     connect(m_compare, &QCheckBox::toggled, this, [this](bool on) {

@@ -7,8 +7,10 @@
 class ColorButton;
 class ParameterWidget;
 class QCheckBox;
+class QHBoxLayout;
 class QPushButton;
 class QToolButton;
+class Transform;
 class TransformNode;
 
 // The page of a transform item: one widget per option of its transform, built by the option
@@ -52,6 +54,10 @@ public slots:
 private:
     void buildParameters();
     void buildTools();
+    void addComparisonTools(QHBoxLayout *row);
+    void addVerifyColorButtons(QHBoxLayout *row);
+    void addExploreButtons(QHBoxLayout *row, const Transform *transform);
+    void connectTools();
     void updateParameterStates();
     void moveToChange(int direction);
     void applyComparison();
