@@ -96,6 +96,19 @@ void ActionPane::build(const QList<Transform *> &prototypes)
     layout->setSpacing(4);
     scroll->setWidget(column);
 
+    addInputButtons(column, layout);
+    addTransformChooser(column, layout);
+    addTransformButtons(column, layout);
+    layout->addStretch(1);
+    addOutputButton(column, layout);
+
+    updateCategoryRows();
+    updateButtons();
+    updateEnabled();
+}
+
+void ActionPane::addInputButtons(QWidget *column, QVBoxLayout *layout)
+{
     const QString inputFormats = QStringLiteral(
         "\n\nCSV/Excel/fixed width/JSON/plain text/TSV/vCard/XML formats are supported.");
     m_fromFile
@@ -116,7 +129,11 @@ void ActionPane::build(const QList<Transform *> &prototypes)
         BalloonTip::markDone(QStringLiteral("tip_input_button"));
         emit inputClipboardClicked();
     });
+}
 
+// The category, the keyword filter and the advanced check that narrow the transform buttons.
+void ActionPane::addTransformChooser(QWidget *column, QVBoxLayout *layout)
+{
     m_category = new OpeningComboBox(column);
     m_category->setToolTip(QStringLiteral("Filter the type of transforms to display."));
     layout->addWidget(m_category);
@@ -145,7 +162,11 @@ void ActionPane::build(const QList<Transform *> &prototypes)
     m_advanced->setChecked(Settings::instance()->showAdvancedTransforms());
     layout->addWidget(m_advanced);
     connect(m_advanced, &HighlightUncheckedCheckBox::toggled, this, &ActionPane::onAdvancedChanged);
+}
 
+// One button per prototype, hidden until the chooser shows it.
+void ActionPane::addTransformButtons(QWidget *column, QVBoxLayout *layout)
+{
     m_buttonBox = new QWidget(column);
     m_buttonLayout = new QVBoxLayout(m_buttonBox);
     m_buttonLayout->setContentsMargins(0, 0, 0, 0);
@@ -160,8 +181,10 @@ void ActionPane::build(const QList<Transform *> &prototypes)
         connect(button, &TransformButton::hoverChanged, this,
                 [this, prototype](bool hovered) { emit hoverStatusChanged(hovered, prototype); });
     }
-    layout->addStretch(1);
+}
 
+void ActionPane::addOutputButton(QWidget *column, QVBoxLayout *layout)
+{
     m_toFile = new ActionButton(
         QStringLiteral("To File"),
         QStringLiteral("Output a dataset to a file. (%1)\n\nCSV/Excel/HTML/JSON/Markdown/plain "
@@ -171,10 +194,6 @@ void ActionPane::build(const QList<Transform *> &prototypes)
         QKeySequence(Qt::ALT + Qt::Key_O), QStringLiteral("Output_data"), column);
     layout->addWidget(m_toFile);
     connect(m_toFile, &QToolButton::clicked, this, &ActionPane::outputFileClicked);
-
-    updateCategoryRows();
-    updateButtons();
-    updateEnabled();
 }
 
 QSize ActionPane::minimumSizeHint() const

@@ -92,6 +92,10 @@ protected:
 
 private:
     void build(const QList<Transform *> &prototypes);
+    void addInputButtons(QWidget *column, QVBoxLayout *layout);
+    void addTransformChooser(QWidget *column, QVBoxLayout *layout);
+    void addTransformButtons(QWidget *column, QVBoxLayout *layout);
+    void addOutputButton(QWidget *column, QVBoxLayout *layout);
     void updateCategoryRows();
     void updateButtons();
     void updateEnabled();
