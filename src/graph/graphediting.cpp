@@ -59,6 +59,80 @@ QString nextFreeAlias(const QString &base, const QSet<QString> &used)
     return candidate;
 }
 
+// A copied branch: each node's clone, and each column of an original the one its clone makes.
+struct BranchCopy
+{
+    QHash<const Node *, Node *> nodes;
+    QHash<ColumnId, ColumnId> columns;
+};
+
+// How far a copy of branch moves: straight down, below every item of the scene.
+QPointF branchCopyShift(const Node *root, const QList<Node *> &branch, const QList<Node *> &all)
+{
+    qreal bottom = root->pos().y();
+    for (const Node *node : all)
+        bottom = std::max(bottom, node->pos().y());
+    qreal top = branch.first()->pos().y();
+    for (const Node *node : branch)
+        top = std::min(top, node->pos().y());
+    return QPointF(0.0, bottom + GraphScene::GridHeight - top);
+}
+
+// Adds a moved clone of each node; inputs and outputs take the next alias not yet used.
+BranchCopy cloneBranch(GraphScene *scene, const QList<Node *> &branch, const QPointF &shift,
+                       QSet<QString> &aliases)
+{
+    BranchCopy copy;
+    for (Node *node : branch) {
+        Node *clone = node->clone();
+        const int oldId = node->id();
+        clone->setId(-1);
+        // The copies make columns of their own; options follow them to the new ids.
+        const QList<ColumnId> ids = node->dataset()->columnIds();
+        for (const ColumnId &id : ids) {
+            if (id.sourceId == oldId)
+                copy.columns.insert(id, ColumnId(clone->id(), id.ordinal));
+        }
+        if (clone->type() == Node::InputType || clone->type() == Node::OutputType) {
+            auto *output = qobject_cast<OutputNode *>(clone);
+            const bool multiFile = output && output->singleOrMulti() == OutputNode::MultipleFiles;
+            const QString alias
+                = nextFreeAlias(multiFile ? QStringLiteral("multifile") : clone->alias(), aliases);
+            clone->setAlias(alias);
+            if (!alias.isEmpty())
+                aliases.insert(alias);
+        }
+        clone->setPos(node->pos() + shift);
+        scene->addNode(clone);
+        copy.nodes.insert(node, clone);
+    }
+    return copy;
+}
+
+// Points the clones' columns, sources and column options at the copies instead of the originals.
+void remapClonedColumns(const BranchCopy &copy)
+{
+    for (Node *clone : qAsConst(copy.nodes)) {
+        QList<ColumnId> ids = clone->dataset()->columnIds();
+        bool changed = false;
+        for (ColumnId &id : ids) {
+            const auto found = copy.columns.constFind(id);
+            if (found != copy.columns.constEnd()) {
+                id = found.value();
+                changed = true;
+            }
+        }
+        if (changed)
+            clone->dataset()->setColumnIds(ids);
+        if (auto *transform = qobject_cast<TransformNode *>(clone)) {
+            transform->remapParameterSources(copy.nodes, false);
+            const QList<Parameter *> parameters = transform->transform()->parameters();
+            for (Parameter *parameter : parameters)
+                parameter->remapColumnIds(copy.columns);
+        }
+    }
+}
+
 } // namespace
 
 Connection *GraphScene::makeConnection(Node *source, Node *target)
@@ -599,71 +673,22 @@ void GraphScene::duplicateBranchByUser()
     sortLeftToRight(branch);
 
     QSet<QString> aliases;
-    qreal bottom = root->pos().y();
     const QList<Node *> all = nodes();
     for (const Node *node : all) {
         if (!node->alias().isEmpty())
             aliases.insert(node->alias());
-        bottom = std::max(bottom, node->pos().y());
     }
-    qreal top = branch.first()->pos().y();
-    for (const Node *node : qAsConst(branch))
-        top = std::min(top, node->pos().y());
-    const QPointF shift(0.0, bottom + GridHeight - top);
-
-    QHash<const Node *, Node *> map;
-    QHash<ColumnId, ColumnId> columnMap;
-    for (Node *node : qAsConst(branch)) {
-        Node *clone = node->clone();
-        const int oldId = node->id();
-        clone->setId(-1);
-        // The copies make columns of their own; options follow them to the new ids.
-        const QList<ColumnId> ids = node->dataset()->columnIds();
-        for (const ColumnId &id : ids) {
-            if (id.sourceId == oldId)
-                columnMap.insert(id, ColumnId(clone->id(), id.ordinal));
-        }
-        if (clone->type() == Node::InputType || clone->type() == Node::OutputType) {
-            auto *output = qobject_cast<OutputNode *>(clone);
-            const bool multiFile = output && output->singleOrMulti() == OutputNode::MultipleFiles;
-            const QString alias
-                = nextFreeAlias(multiFile ? QStringLiteral("multifile") : clone->alias(), aliases);
-            clone->setAlias(alias);
-            if (!alias.isEmpty())
-                aliases.insert(alias);
-        }
-        clone->setPos(node->pos() + shift);
-        addNode(clone);
-        map.insert(node, clone);
-    }
+    const BranchCopy copy = cloneBranch(this, branch, branchCopyShift(root, branch, all), aliases);
 
     for (Node *node : qAsConst(branch)) {
         const QList<Connection *> incoming = node->connections(ConnectionDirection::In);
         for (const Connection *connection : incoming) {
-            Node *source = map.value(connection->source(), connection->source());
-            makeConnection(source, map.value(node));
+            Node *source = copy.nodes.value(connection->source(), connection->source());
+            makeConnection(source, copy.nodes.value(node));
         }
     }
-    for (Node *clone : qAsConst(map)) {
-        QList<ColumnId> ids = clone->dataset()->columnIds();
-        bool changed = false;
-        for (ColumnId &id : ids) {
-            const auto found = columnMap.constFind(id);
-            if (found != columnMap.constEnd()) {
-                id = found.value();
-                changed = true;
-            }
-        }
-        if (changed)
-            clone->dataset()->setColumnIds(ids);
-        if (auto *transform = qobject_cast<TransformNode *>(clone)) {
-            transform->remapParameterSources(map, false);
-            const QList<Parameter *> parameters = transform->transform()->parameters();
-            for (Parameter *parameter : parameters)
-                parameter->remapColumnIds(columnMap);
-        }
-    }
-    if (Node *rootClone = map.value(root))
+    remapClonedColumns(copy);
+    if (Node *rootClone = copy.nodes.value(root))
         rootClone->setSelected(true);
     refreshGeometry();
     emit nodesAdded();
