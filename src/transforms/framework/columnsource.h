@@ -12,7 +12,7 @@ class ColumnSource
 public:
     virtual ~ColumnSource() = default;
 
-    // Null while the source has no table at all.
+    // The source's table, empty before its first run; never null.
     virtual const Dataset *columnDataset() const = 0;
     // True once the source has finished its run; texts read from a document wait for this
     // before they turn column numbers into ids.
