@@ -4,6 +4,7 @@
 #include "graph/inputnode.h"
 #include "graph/undo.h"
 #include "io/delimitedtext.h"
+#include "io/fileformats.h"
 #include "io/filetypes.h"
 #include "shell/application.h"
 #include "workbench/iowidgets.h"
@@ -354,24 +355,12 @@ void InputItemWidget::browse()
     InputNode *input = inputNode();
     if (!input)
         return;
-    QStringList patterns;
-    QStringList filters;
-    for (int type = FileTypeDelimited; type < FileTypeNone; ++type) {
-        if (!FileTypes::canInput(type))
-            continue;
-        const QString extension = FileTypes::defaultExtension(type);
-        patterns.append(QStringLiteral("*.") + extension);
-        filters.append(QStringLiteral("%1 file (*.%2)").arg(fileTypeName(type), extension));
-    }
-    patterns.removeDuplicates();
-    filters.prepend(QStringLiteral("Input data files (%1)").arg(patterns.join(QLatin1Char(' '))));
-    filters.append(QStringLiteral("All Files (*.*)"));
     Application *application = Application::instance();
     const QString folder = !input->path().isEmpty() ? QFileInfo(input->path()).absolutePath()
         : application                               ? application->lastDataFolder()
                                                     : QString();
     const QString path = DesktopHooks::openFileName(this, QStringLiteral("Input file"), folder,
-                                                    filters.join(QStringLiteral(";;")));
+                                                    FileFormats::inputDialogFilter());
     if (!path.isEmpty())
         choosePath(path);
 }

@@ -2,6 +2,7 @@
 
 #include "graph/outputnode.h"
 #include "graph/undo.h"
+#include "io/fileformats.h"
 #include "io/filetypes.h"
 #include "io/outputwriters.h"
 #include "shell/application.h"
@@ -338,15 +339,13 @@ void OutputItemWidget::browse()
     OutputNode *output = outputNode();
     if (!output)
         return;
-    const int type = output->fileType();
-    const QString extension = FileTypes::defaultExtension(type);
     Application *application = Application::instance();
     const QString folder = !output->path().isEmpty() ? output->path()
         : application                                ? application->lastOutputDataFolder()
                                                      : QString();
-    const QString path = DesktopHooks::saveFileName(
-        this, QStringLiteral("Output file"), folder,
-        QStringLiteral("%1 file (*.%2);;All Files (*.*)").arg(fileTypeName(type), extension));
+    const QString path
+        = DesktopHooks::saveFileName(this, QStringLiteral("Output file"), folder,
+                                     FileFormats::outputDialogFilter(output->fileType()));
     if (path.isEmpty())
         return;
     if (QFileInfo::exists(path)
