@@ -25,8 +25,7 @@ DataSource::DataSource(const Dataset &dataset)
 {
     // Far above the ids of items, so that a test mixing both never sees two columns alike.
     static int counter = 100000;
-    m_id = counter++;
-    m_dataset.assignColumnIds(m_id);
+    m_dataset.assignColumnIds(counter++);
 }
 
 DataSource *makeDataSource(const Dataset &dataset)

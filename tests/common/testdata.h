@@ -26,11 +26,9 @@ public:
     const Dataset *columnDataset() const override { return &m_dataset; }
     bool isReady() const override { return true; }
     Dataset *dataset() { return &m_dataset; }
-    int id() const { return m_id; }
 
 private:
     Dataset m_dataset;
-    int m_id;
 };
 
 // A new source over dataset; the caller owns it.

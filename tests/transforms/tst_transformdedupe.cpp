@@ -23,6 +23,7 @@ private slots:
     void noColumnsCopiesInput();
     void drilldownRecordsEveryMergedRow();
     void stopKeepsWhatWasFound();
+    void runStopReachesTheSearch();
     void optionsEnableByMatchTypeAndMode();
 
 private:
@@ -250,7 +251,9 @@ void TestTransformDedupe::stopKeepsWhatWasFound()
     bool stop = false;
     DedupeOptions options;
     options.columns = {0};
-    options.stopRequested = [&stop] { return stop; };
+    options.stopRequested = [&stop] {
+        return stop;
+    };
     DedupeProgress progress;
     QSignalSpy fractions(&progress, qOverload<qreal>(&DedupeProgress::processed));
     connect(&progress, qOverload<qreal, int, int>(&DedupeProgress::processed), this,
@@ -263,6 +266,21 @@ void TestTransformDedupe::stopKeepsWhatWasFound()
     QCOMPARE(result.groups + result.duplicates, 2000);
     QCOMPARE(fractions.first().first().toReal(), 0.0);
     QCOMPARE(fractions.last().first().toReal(), 1.0);
+}
+
+void TestTransformDedupe::runStopReachesTheSearch()
+{
+    // The Stop of the run in progress is the one the search looks at before each row.
+    QScopedPointer<DataSource> node(makeDataSource(makeDataset({{"k"}, {"a"}, {"a"}, {"b"}})));
+    TransformDedupe transform;
+    transform.createParameters({node.data()}, false);
+    transform.parameter("Columns")->setColumns({node->dataset()->columnId(0)});
+    RunContext context;
+    context.stopRequested = [] {
+        return true;
+    };
+    QCOMPARE(runTransform(transform, {node.data()}, context).rowCount(), 0);
+    QCOMPARE(runTransform(transform, {node.data()}).rowCount(), 2);
 }
 
 void TestTransformDedupe::optionsEnableByMatchTypeAndMode()
