@@ -1,82 +1,65 @@
 #pragma once
 
-#include <QElapsedTimer>
 #include <QGraphicsScene>
+#include <QHash>
 #include <QList>
 
 class Connection;
-class InputNode;
+class FlowConnection;
+class FlowItem;
+class FlowModel;
+class InputItem;
 class Node;
-class NoteNode;
-class OutputNode;
+class NoteItem;
+class OutputItem;
 class Transform;
-class TransformNode;
+class TransformItem;
 
-// The flow graph: owns the items and their connections and brings them up to date. A run
-// happens inside one call of process() on the GUI thread; progress reports pump the event
-// queue so that the window stays alive, and the running flag drops any run asked for in the
-// meantime.
+// The canvas of one flow: a node for each item of its model and an arrow for each connection,
+// kept in step with the model's signals, and the editing the user does with them. The model
+// holds the items, runs them and says what happened; the scene passes its messages on, so that
+// the window connects to the scene alone.
 class GraphScene : public QGraphicsScene
 {
     Q_OBJECT
 
 public:
-    enum RunMode { RunAll = 0, RunChanges = 1, RunSelected = 2, RunBatch = 3 };
-
-    explicit GraphScene(QObject *parent = nullptr);
+    // Shows model, which the scene takes over; null makes an empty one.
+    explicit GraphScene(FlowModel *model = nullptr, QObject *parent = nullptr);
     ~GraphScene() override;
 
-    // The process-wide stop flag, shared by the scene, the items and the Stop action.
-    static bool isStopRequested() { return s_stopRequested; }
-    static void setStopRequested(bool stop) { s_stopRequested = stop; }
+    FlowModel *model() const { return m_model; }
 
+    // Runs the model; RunSelected runs the selected items and what they wait for.
     void process(int mode, bool silent = false);
-    bool isProcessing() const { return m_running; }
-    // For runs whose tables nobody looks at (the command line): a transform may then take
-    // over the rows of an input it is the last reader of, and change them in place. Runs
-    // that free upstream data allow it anyway.
-    void setRowsHandedOver(bool on) { m_rowsHandedOver = on; }
-    bool rowsHandedOver() const { return m_rowsHandedOver; }
+    bool isProcessing() const;
 
-    void addNode(Node *node);
-    // Connects source to target; null when the connection is refused (a cycle, a duplicate,
-    // too many inputs or outputs).
-    Connection *connectNodes(Node *source, Node *target);
-    void disconnect(Connection *connection);
+    // The nodes, in the order of the model's items.
     QList<Node *> nodes() const;
     QList<Node *> nodesOfType(int itemType) const;
     Node *nodeById(int id) const;
+    Node *nodeFor(const FlowItem *item) const;
+    QList<Node *> nodesFor(const QList<FlowItem *> &items) const;
     QList<Connection *> allConnections() const;
-    // The document the scene was loaded from or saved to; relative output paths and path
-    // variables are taken from it. Empty for a document never saved.
-    QString documentPath() const { return m_documentPath; }
-    void setDocumentPath(const QString &path) { m_documentPath = path; }
-    bool autoRun() const { return m_autoRun; }
-    void setAutoRun(bool on) { m_autoRun = on; }
-
-    // Sorts nodes left to right (roots of a run) or top to bottom (inputs of a transform).
-    static void sortLeftToRight(QList<Node *> &nodes);
-    static void sortTopToBottom(QList<Node *> &nodes);
+    QList<Node *> selectedNodes() const;
+    QList<FlowItem *> selectedItems() const;
 
     // Editing by the user. Each ...ByUser call is one undo step and leaves the scene as the
-    // user expects to see it: new items placed and selected, parameters following their
-    // sources, a run started when Auto Run is on.
+    // user expects to see it: new items placed and selected, options following their sources,
+    // a run started when Auto Run is on.
 
-    // A copy for the undo list: new items with the same ids, the same connections, parameters
-    // pointing at the copied items, and datasets sharing their rows with the originals.
+    // A copy for the undo list: a scene over a deep copy of the model.
     GraphScene *deepCopy(QObject *parent = nullptr) const;
-    // The items the user may connect source to, and whether there is any.
-    QList<Node *> connectionCandidates(const Node *source) const;
     bool canStartConnection(const Node *source) const;
     Connection *addConnectionByUser(Node *source, Node *target);
     // A null scenePos puts the item in a free place.
-    void addInputNodeByUser(InputNode *node, const QPointF &scenePos, bool ctrlHeld = false);
-    OutputNode *addOutputByUser(Node *source, const QString &path);
-    NoteNode *addNoteByUser(const QPointF &scenePos);
+    Node *addInputByUser(InputItem *input, const QPointF &scenePos, bool ctrlHeld = false);
+    Node *addOutputByUser(Node *source, const QString &path);
+    Node *addNoteByUser(const QPointF &scenePos);
     static bool canAddTransform(const Transform *prototype,
                                 const QList<QGraphicsItem *> &selection);
-    TransformNode *addTransformByUser(const Transform *prototype, bool ctrlHeld,
-                                      const QPointF &cursorScenePos);
+    Node *addTransformByUser(const Transform *prototype, bool ctrlHeld,
+                             const QPointF &cursorScenePos);
     // Where a new item goes: right of the right-most source, off any other item; at the
     // cursor (or the view's upper left, which the caller passes) with Ctrl or no sources.
     QPointF freePlace(const QList<Node *> &sources, bool ctrlHeld,
@@ -88,34 +71,24 @@ public:
     int columnOptionsAtRisk(Disconnect direction) const;
     void disconnectSelectedByUser(Disconnect direction);
     void duplicateBranchByUser();
-    bool snapToGrid() const { return m_snapToGrid; }
+    bool snapToGrid() const;
     // The toggle of the user, recorded as an undo step.
     void setSnapToGrid(bool on);
-    // The state a document brings, set without an undo step.
-    void initSnapToGrid(bool on) { m_snapToGrid = on; }
-    // The nearest grid point; halves round upward, negative coordinates included.
-    static QPointF snapPoint(const QPointF &point);
     // The canvas calls beginUndoStep("move item(s)") when a press on items first moves, and
     // this on release: it snaps the moved items, lets multi-input transforms reorder their
     // inputs to follow the canvas, and ends the undo step.
     void endItemsMove();
 
-    static constexpr qreal GridWidth = 239.4;
-    static constexpr qreal GridHeight = 119.7;
     static constexpr qreal RowWidth = 1440.0;
 
 public slots:
-    void onSourceChanged(Node *node);
     void onPosChanged(const QList<Node *> &nodes);
-    void onProcessingStart(Node *node);
-    void onProcessed(Node *node, qreal fraction);
-    void onProcessingEnd(Node *node);
 
 signals:
     void allowUserInteraction(bool allow);
     void completedTransforms();
-    void nodeDataChanged(Node *node);
-    void nodeParametersChanged(TransformNode *node);
+    void nodeDataChanged(FlowItem *item);
+    void nodeParametersChanged(TransformItem *item);
     void nodesPosChanged();
     void showStatusBarMessage(const QString &text);
     void showTempMessage(const QString &text);
@@ -132,30 +105,20 @@ signals:
     void showTip(const QString &title, const QString &text, int ms);
 
 private:
-    // A bare connection: no options rebound, no status touched.
-    Connection *makeConnection(Node *source, Node *target);
-    void deleteConnection(Connection *connection);
+    void forwardModelSignals();
+    void onItemAdded(FlowItem *item);
+    void onItemRemoved(FlowItem *item);
+    void onConnectionAdded(FlowConnection *connection);
+    void onConnectionRemoved(FlowConnection *connection);
     void refreshGeometry();
     void runChangesIfAuto();
-    QList<Node *> selectedNodes() const;
     bool collides(const QRectF &rect, const Node *ignore = nullptr) const;
     QPointF freePlaceFrom(const QPointF &start, bool downOnly = false) const;
     QPointF notePlace(const QPointF &scenePos, int *arrow) const;
-    void runSelected();
-    void runFromRoots(int mode);
-    void logSummary(qint64 elapsedMs);
+    // Adds item to the model and returns its new node, placed and selected alone.
+    Node *addPlaced(FlowItem *item, const QPointF &pos);
 
-    static bool s_stopRequested;
-
-    bool m_running = false;
-    int m_itemCount = 0;
-    int m_doneCount = 0;
-    bool m_autoRun = true;
-    bool m_snapToGrid = false;
-    bool m_rowsHandedOver = false;
-    QString m_documentPath;
+    FlowModel *m_model = nullptr;
+    QHash<const FlowItem *, Node *> m_nodes;
+    QHash<const FlowConnection *, Connection *> m_connections;
 };
-
-// Gives the event queue a turn, through the application when there is one so that the status
-// bar's heartbeat keeps going.
-void pumpEvents();

@@ -8,8 +8,8 @@
 #include <functional>
 
 class DocumentLock;
-class GraphScene;
-class InputNode;
+class FlowModel;
+class InputItem;
 
 // One cell of the batch grid: the location given to the input or output with this alias in
 // one run of a batch.
@@ -58,28 +58,28 @@ struct DocumentData
     QString docPath;
 };
 
-// Saves the scene and data to path through a temporary file that replaces the old one only
+// Saves the flow and data to path through a temporary file that replaces the old one only
 // once it is complete. When lock holds path, the lock is taken again on the new file; a path
 // locked by another instance is refused. False with error set on failure.
-bool saveDocument(DocumentLock *lock, const GraphScene &scene, const DocumentData &data,
+bool saveDocument(DocumentLock *lock, const FlowModel &model, const DocumentData &data,
                   const QString &path, QString *error);
 
 // The document text that saveDocument writes; savedBy is the value of last_saved_by.
-QString documentText(const GraphScene &scene, const DocumentData &data, const QString &path,
+QString documentText(const FlowModel &model, const DocumentData &data, const QString &path,
                      const QString &savedBy);
 // Who saves now, in the form of last_saved_by.
 QString lastSavedBy(const QDateTime &when = QDateTime::currentDateTime());
 
-// Reads the document at path into scene (normally empty) and data. Transforms that no longer
+// Reads the document at path into model (normally empty) and data. Transforms that no longer
 // exist are dropped with their connections and reported in messages, one entry a group.
 // laterVersion says the file comes from a newer program. False with error set on failure.
-bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bool *laterVersion,
+bool loadDocument(FlowModel *model, const QString &path, DocumentData *data, bool *laterVersion,
                   QStringList *messages, QString *error);
 
 // What the window asks and tells after opening a document: the file inputs whose file is
 // missing (in id order), the question about them, and the warning about a newer document.
-QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene);
-QString missingInputFilesQuestion(const QList<InputNode *> &inputs);
+QList<InputItem *> inputsWithMissingFiles(const FlowModel &model);
+QString missingInputFilesQuestion(const QList<InputItem *> &inputs);
 QString laterVersionWarning();
 
 // Holds an exclusive lock on an open document, so that a second instance cannot take it and
@@ -117,15 +117,17 @@ QString recoveryFilePath();
 qint64 recoveryFileAge();
 bool removeRecoveryFile();
 // The periodic save is due for a modified document with items when the file is missing or
-// older than a minute; the emergency save when the scene has items and the file is missing or
+// older than a minute; the emergency save when the flow has items and the file is missing or
 // at least a second old.
 bool isRecoverySaveDue(bool modified, int itemCount);
 bool isEmergencySaveDue(int itemCount);
 // Writes the recovery file with data's notes, batch data and Auto Run state and no id.
-bool saveRecoveryFile(const GraphScene &scene, const DocumentData &data, QString *error);
+bool saveRecoveryFile(const FlowModel &model, const DocumentData &data, QString *error);
 // The save at each undo snapshot: when due, tells showStatus "Saving auto recovery file" and
-// writes under the busy cursor. A failure is only logged. True when the file was written.
-bool periodicRecoverySave(const GraphScene &scene, const DocumentData &data, bool modified,
-                          const std::function<void(const QString &)> &showStatus = {});
+// writes between busy(true) and busy(false), which a window turns into its busy cursor. A
+// failure is only logged. True when the file was written.
+bool periodicRecoverySave(const FlowModel &model, const DocumentData &data, bool modified,
+                          const std::function<void(const QString &)> &showStatus = {},
+                          const std::function<void(bool)> &busy = {});
 // The save on the way out of a crash: no message, no cursor.
-bool emergencyRecoverySave(const GraphScene &scene, const DocumentData &data);
+bool emergencyRecoverySave(const FlowModel &model, const DocumentData &data);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/ionode.h"
+#include "flow/ioitem.h"
 #include "io/outputpipeline.h"
 
 #include <QList>
@@ -13,7 +13,7 @@ class PathVariables;
 // The item that writes its one input to a file, or to one file per value of a column. Nothing
 // leaves it. It holds every output option of every file type, so that a document keeps them
 // when the type changes; whenever it runs with a Write mode other than Disabled, it writes.
-class OutputNode : public IONode
+class OutputItem : public IOItem
 {
     Q_OBJECT
 
@@ -30,24 +30,22 @@ public:
     static QString writeModeName(int mode) { return ::writeModeName(mode); }
 
     // With a path, the file type, delimiter, quoting and byte-order mark follow its extension.
-    explicit OutputNode(int id = -1, const QString &path = QString());
+    explicit OutputItem(int id = -1, const QString &path = QString());
 
     // Whether a person can be asked; the command line switches this off for the process, and
     // every question then takes its default answer.
     static void setInteractive(bool on);
     static bool isInteractive();
     // Asks to go ahead with the text under the title; true to go ahead. The window installs
-    // its own dialog; null restores the plain message box.
+    // its own dialog; with none, every question takes its default answer, to go ahead.
     using ConfirmHandler = std::function<bool(const QString &title, const QString &text)>;
     static void setConfirmHandler(const ConfirmHandler &handler);
     // " File created by Tabulon {version} at {date} {time} "
     static QString defaultFileComment();
 
-    int type() const override { return OutputType; }
-    Node *clone() const override;
+    int kind() const override { return OutputKind; }
+    FlowItem *clone() const override;
     QString displayName() const override { return label(); }
-    QColor backgroundColor() const override;
-    QColor borderColor() const override;
     int maximumInputs() const override { return 1; }
     int minimumInputs() const override { return 1; }
     int maximumOutputs() const override { return 0; }
@@ -141,7 +139,7 @@ public:
     QString pathWithoutSheetVarsReplaced() const { return m_pathWithoutSheetVarsReplaced; }
     QString sheetVarsReplaced() const { return m_sheetVarsReplaced; }
 
-    // The variables as they stand for this item now: the scene's inputs by alias, the
+    // The variables as they stand for this item now: the model's inputs by alias, the
     // document, the time.
     PathVariables pathVariables() const;
     // Path and sheet with every variable replaced.
@@ -160,7 +158,7 @@ private:
     // Everything the write needs, as plain values.
     OutputRunOptions runOptions() const;
     bool isExcel() const;
-    // The .tabulon file of the scene; empty while the document is unsaved.
+    // The .tabulon file of the model; empty while the document is unsaved.
     QString documentPath() const;
 
     static bool s_interactive;

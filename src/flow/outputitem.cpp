@@ -1,24 +1,22 @@
-#include "graph/outputnode.h"
+#include "flow/outputitem.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/xmlattributes.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/xmlattributes.h"
 #include "io/delimitedtext.h"
 #include "io/filetypes.h"
 #include "io/outputpipeline.h"
 #include "io/pathvariables.h"
 #include "shell/settings.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
-#include <QMessageBox>
 
 #include <algorithm>
 
-bool OutputNode::s_interactive = true;
-OutputNode::ConfirmHandler OutputNode::s_confirmHandler;
+bool OutputItem::s_interactive = true;
+OutputItem::ConfirmHandler OutputItem::s_confirmHandler;
 
 namespace {
 
@@ -69,54 +67,45 @@ QVariantList intsToVariant(const QList<int> &values)
     return list;
 }
 
-bool askWithMessageBox(const QString &title, const QString &text)
-{
-    if (!qobject_cast<QApplication *>(QCoreApplication::instance()))
-        return true;
-    return QMessageBox::question(nullptr, title, text, QMessageBox::Ok | QMessageBox::Cancel,
-                                 QMessageBox::Ok)
-        == QMessageBox::Ok;
-}
-
 } // namespace
 
-OutputNode::OutputNode(int id, const QString &path)
-    : IONode(id)
+OutputItem::OutputItem(int id, const QString &path)
+    : IOItem(id)
     , m_delimiter(DelimiterComma)
 {
-    IONode::setFileType(FileTypeDelimited);
+    IOItem::setFileType(FileTypeDelimited);
     m_fileComment = defaultFileComment();
     if (!path.isEmpty()) {
-        IONode::setPath(path);
+        IOItem::setPath(path);
         applyExtensionDefaults(path);
     }
 }
 
-void OutputNode::setInteractive(bool on)
+void OutputItem::setInteractive(bool on)
 {
     s_interactive = on;
 }
 
-bool OutputNode::isInteractive()
+bool OutputItem::isInteractive()
 {
     return s_interactive;
 }
 
-void OutputNode::setConfirmHandler(const ConfirmHandler &handler)
+void OutputItem::setConfirmHandler(const ConfirmHandler &handler)
 {
     s_confirmHandler = handler;
 }
 
-QString OutputNode::defaultFileComment()
+QString OutputItem::defaultFileComment()
 {
     return QStringLiteral(" File created by %1 %2 at %3 %4 ")
         .arg(QStringLiteral("Tabulon"), QStringLiteral("{version}"), QStringLiteral("{date}"),
              QStringLiteral("{time}"));
 }
 
-Node *OutputNode::clone() const
+FlowItem *OutputItem::clone() const
 {
-    auto *copy = new OutputNode(id());
+    auto *copy = new OutputItem(id());
     copyIOInto(copy);
     copy->m_singleOrMulti = m_singleOrMulti;
     copy->m_multiFileColumn = m_multiFileColumn;
@@ -152,17 +141,7 @@ Node *OutputNode::clone() const
     return copy;
 }
 
-QColor OutputNode::backgroundColor() const
-{
-    return QColor(0xFB, 0xEF, 0xE3);
-}
-
-QColor OutputNode::borderColor() const
-{
-    return QColor(0xB0, 0x6A, 0x1E);
-}
-
-QString OutputNode::label() const
+QString OutputItem::label() const
 {
     if (isPreview())
         return QStringLiteral("Output.csv");
@@ -174,7 +153,7 @@ QString OutputNode::label() const
     return name;
 }
 
-QString OutputNode::writeStatusText() const
+QString OutputItem::writeStatusText() const
 {
     if (status() == Error)
         return m_noFilesColumn ? QStringLiteral("Not written") : QStringLiteral("Error writing");
@@ -183,14 +162,14 @@ QString OutputNode::writeStatusText() const
     return QStringLiteral("Written");
 }
 
-QString OutputNode::errorText() const
+QString OutputItem::errorText() const
 {
     return status() == Error ? writeStatusText() : QString();
 }
 
-QVariantList OutputNode::stateList() const
+QVariantList OutputItem::stateList() const
 {
-    QVariantList state = Node::stateList();
+    QVariantList state = FlowItem::stateList();
     state << path() << fileType() << m_singleOrMulti << multiFileColumnNumber()
           << m_multiFileConfirm << m_worksheet << m_delimiter << QString(m_customDelimiter)
           << m_quoting << m_lineEndings << m_encoding << m_byteOrderMark << m_excelOutput
@@ -202,12 +181,12 @@ QVariantList OutputNode::stateList() const
     return state;
 }
 
-bool OutputNode::isExcel() const
+bool OutputItem::isExcel() const
 {
     return FileTypes::isExcel(fileType());
 }
 
-QList<QPair<QString, QString>> OutputNode::optionsList() const
+QList<QPair<QString, QString>> OutputItem::optionsList() const
 {
     const int type = fileType();
     const bool excel = isExcel();
@@ -262,7 +241,7 @@ QList<QPair<QString, QString>> OutputNode::optionsList() const
     return lines;
 }
 
-void OutputNode::applyExtensionDefaults(const QString &path)
+void OutputItem::applyExtensionDefaults(const QString &path)
 {
     const QString extension = QFileInfo(path).suffix().trimmed().toLower();
     setOutputFileType(outputFileTypeForPath(path, FileTypeDelimited));
@@ -272,40 +251,40 @@ void OutputNode::applyExtensionDefaults(const QString &path)
     setByteOrderMark(fileType() != FileTypeJson);
 }
 
-void OutputNode::setPath(const QString &path)
+void OutputItem::setPath(const QString &path)
 {
     if (path == this->path())
         return;
-    IONode::setPath(path);
+    IOItem::setPath(path);
     setStatus(NeedsUpdate, true);
 }
 
-void OutputNode::setOutputFileType(int fileType)
+void OutputItem::setOutputFileType(int fileType)
 {
     if (fileType == this->fileType())
         return;
-    IONode::setFileType(fileType);
+    IOItem::setFileType(fileType);
     setStatus(NeedsUpdate, true);
 }
 
-void OutputNode::setSingleOrMulti(int outputTo)
+void OutputItem::setSingleOrMulti(int outputTo)
 {
     change(m_singleOrMulti, outputTo);
 }
 
-void OutputNode::setMultiFileColumn(ColumnId column)
+void OutputItem::setMultiFileColumn(ColumnId column)
 {
     m_pendingColumnNumber = -1;
     change(m_multiFileColumn, column);
 }
 
-int OutputNode::multiFileColumnNumber() const
+int OutputItem::multiFileColumnNumber() const
 {
     if (m_pendingColumnNumber >= 0)
         return m_pendingColumnNumber;
     if (m_multiFileColumn.isNull())
         return 0;
-    const QList<Node *> sources = upstream();
+    const QList<FlowItem *> sources = upstream();
     const Dataset *source = sources.isEmpty() ? &m_dataset : sources.first()->dataset();
     int index = source->columnIndex(m_multiFileColumn);
     if (index < 0 && source != &m_dataset)
@@ -313,7 +292,7 @@ int OutputNode::multiFileColumnNumber() const
     return index + 1;
 }
 
-void OutputNode::setMultiFileColumnNumber(int number)
+void OutputItem::setMultiFileColumnNumber(int number)
 {
     m_pendingColumnNumber = std::max(0, number);
     m_multiFileColumn = ColumnId();
@@ -321,11 +300,11 @@ void OutputNode::setMultiFileColumnNumber(int number)
     setStatus(NeedsUpdate, true);
 }
 
-bool OutputNode::resolvePendingColumn()
+bool OutputItem::resolvePendingColumn()
 {
     if (m_pendingColumnNumber < 0)
         return false;
-    const QList<Node *> sources = upstream();
+    const QList<FlowItem *> sources = upstream();
     if (sources.isEmpty() || sources.first()->status() != UpToDate)
         return false;
     const Dataset *source = sources.first()->dataset();
@@ -335,155 +314,155 @@ bool OutputNode::resolvePendingColumn()
     return true;
 }
 
-void OutputNode::setMultiFileConfirm(bool on)
+void OutputItem::setMultiFileConfirm(bool on)
 {
     change(m_multiFileConfirm, on);
 }
 
-void OutputNode::setWorksheet(const QString &sheet)
+void OutputItem::setWorksheet(const QString &sheet)
 {
     change(m_worksheet, sheet);
 }
 
-void OutputNode::setDelimiter(int delimiter)
+void OutputItem::setDelimiter(int delimiter)
 {
     change(m_delimiter, delimiter);
 }
 
-void OutputNode::setCustomDelimiter(QChar delimiter)
+void OutputItem::setCustomDelimiter(QChar delimiter)
 {
     change(m_customDelimiter, delimiter);
 }
 
-QChar OutputNode::delimiterChar() const
+QChar OutputItem::delimiterChar() const
 {
     const QChar c = delimiterCharacter(m_delimiter, m_customDelimiter);
     // A Custom delimiter never typed in would put nothing between the values.
     return c.isNull() ? QLatin1Char(',') : c;
 }
 
-void OutputNode::setQuoting(int quoting)
+void OutputItem::setQuoting(int quoting)
 {
     change(m_quoting, quoting);
 }
 
-void OutputNode::setLineEndings(int lineEndings)
+void OutputItem::setLineEndings(int lineEndings)
 {
     change(m_lineEndings, lineEndings);
 }
 
-void OutputNode::setEncoding(const QString &encoding)
+void OutputItem::setEncoding(const QString &encoding)
 {
     change(m_encoding, encoding);
 }
 
-void OutputNode::setByteOrderMark(bool on)
+void OutputItem::setByteOrderMark(bool on)
 {
     change(m_byteOrderMark, on);
 }
 
-void OutputNode::setExcelOutput(int formatting)
+void OutputItem::setExcelOutput(int formatting)
 {
     change(m_excelOutput, formatting);
 }
 
-void OutputNode::setExcelManualColFormats(const QList<int> &formats)
+void OutputItem::setExcelManualColFormats(const QList<int> &formats)
 {
     change(m_excelManualColFormats, formats);
 }
 
-void OutputNode::setExcelUseStyleTemplate(bool on)
+void OutputItem::setExcelUseStyleTemplate(bool on)
 {
     change(m_excelUseStyleTemplate, on);
 }
 
-void OutputNode::setExcelStyleTemplatePath(const QString &path)
+void OutputItem::setExcelStyleTemplatePath(const QString &path)
 {
     change(m_excelStyleTemplatePath, path);
 }
 
-void OutputNode::setOverwriteSheet(int mode)
+void OutputItem::setOverwriteSheet(int mode)
 {
     change(m_overwriteSheet, mode);
 }
 
-void OutputNode::setJsonTypes(int types)
+void OutputItem::setJsonTypes(int types)
 {
     change(m_jsonTypes, types);
 }
 
-void OutputNode::setJsonManualColTypes(const QList<int> &types)
+void OutputItem::setJsonManualColTypes(const QList<int> &types)
 {
     change(m_jsonManualColTypes, types);
 }
 
-void OutputNode::setXmlAboveRoot(const QString &text)
+void OutputItem::setXmlAboveRoot(const QString &text)
 {
     change(m_xmlAboveRoot, text);
 }
 
-void OutputNode::setXmlRoot(const QString &name)
+void OutputItem::setXmlRoot(const QString &name)
 {
     change(m_xmlRoot, name);
 }
 
-void OutputNode::setXmlBelowRoot(const QString &text)
+void OutputItem::setXmlBelowRoot(const QString &text)
 {
     change(m_xmlBelowRoot, text);
 }
 
-void OutputNode::setXmlRow(const QString &name)
+void OutputItem::setXmlRow(const QString &name)
 {
     change(m_xmlRow, name);
 }
 
-void OutputNode::setHtmlEncode(bool on)
+void OutputItem::setHtmlEncode(bool on)
 {
     change(m_htmlEncode, on);
 }
 
-void OutputNode::setRemoveEmpty(bool on)
+void OutputItem::setRemoveEmpty(bool on)
 {
     change(m_removeEmpty, on);
 }
 
-void OutputNode::setWriteHeader(bool on)
+void OutputItem::setWriteHeader(bool on)
 {
     change(m_writeHeader, on);
 }
 
-void OutputNode::setWriteHeaderFirstAppendOnly(bool on)
+void OutputItem::setWriteHeaderFirstAppendOnly(bool on)
 {
     change(m_writeHeaderFirstAppendOnly, on);
 }
 
-void OutputNode::setWriteMode(int mode)
+void OutputItem::setWriteMode(int mode)
 {
     change(m_writeMode, mode);
 }
 
-void OutputNode::setFileComment(const QString &comment)
+void OutputItem::setFileComment(const QString &comment)
 {
     change(m_fileComment, comment);
 }
 
-QString OutputNode::documentPath() const
+QString OutputItem::documentPath() const
 {
-    const GraphScene *owner = graphScene();
+    const FlowModel *owner = model();
     return owner ? owner->documentPath() : QString();
 }
 
-PathVariables OutputNode::pathVariables() const
+PathVariables OutputItem::pathVariables() const
 {
     PathVariables variables;
     variables.setDocumentPath(documentPath());
-    if (const GraphScene *owner = graphScene()) {
-        QList<Node *> inputs = owner->nodesOfType(InputType);
+    if (const FlowModel *owner = model()) {
+        QList<FlowItem *> inputs = owner->itemsOfKind(InputKind);
         std::sort(inputs.begin(), inputs.end(),
-                  [](const Node *a, const Node *b) { return a->id() < b->id(); });
-        for (const Node *node : qAsConst(inputs)) {
-            const auto *input = qobject_cast<const InputNode *>(node);
-            if (!input || input->medium() != InputNode::File || input->path().isEmpty()
+                  [](const FlowItem *a, const FlowItem *b) { return a->id() < b->id(); });
+        for (const FlowItem *node : qAsConst(inputs)) {
+            const auto *input = qobject_cast<const InputItem *>(node);
+            if (!input || input->medium() != InputItem::File || input->path().isEmpty()
                 || input->alias().isEmpty())
                 continue;
             variables.addInput(input->alias(), input->path(), input->worksheet());
@@ -492,7 +471,7 @@ PathVariables OutputNode::pathVariables() const
     return variables;
 }
 
-QPair<QString, QString> OutputNode::expandPathVariables(const QString &path,
+QPair<QString, QString> OutputItem::expandPathVariables(const QString &path,
                                                         const QString &sheet) const
 {
     QString expandedPath = path;
@@ -501,7 +480,7 @@ QPair<QString, QString> OutputNode::expandPathVariables(const QString &path,
     return {expandedPath, expandedSheet};
 }
 
-OutputFileOptions OutputNode::fileOptions() const
+OutputFileOptions OutputItem::fileOptions() const
 {
     OutputFileOptions options;
     options.fileType = fileType();
@@ -517,7 +496,7 @@ OutputFileOptions OutputNode::fileOptions() const
     return options;
 }
 
-OutputRunOptions OutputNode::runOptions() const
+OutputRunOptions OutputItem::runOptions() const
 {
     const FileExtensionRules rules = FileTypes::currentExtensionRules();
     OutputRunOptions options;
@@ -533,19 +512,19 @@ OutputRunOptions OutputNode::runOptions() const
     return options;
 }
 
-void OutputNode::run(bool, bool freeUpstream)
+void OutputItem::run(bool, bool freeUpstream)
 {
-    if (GraphScene::isStopRequested() || status() == UpToDate || !isUpstreamUpToDate())
+    if (isStopRequested() || status() == UpToDate || !isUpstreamUpToDate())
         return;
     m_dataset.clear();
     clearMessages();
     m_noFilesColumn = false;
 
-    const QList<Node *> inputs = upstream();
+    const QList<FlowItem *> inputs = upstream();
     if (inputs.size() != 1) {
         setStatus(UpToDate, false);
         addWarning(QStringLiteral("No transforms or inputs connected"));
-        update();
+        emit changed();
         return;
     }
 
@@ -556,7 +535,7 @@ void OutputNode::run(bool, bool freeUpstream)
         if (!blocked.isEmpty()) {
             setStatus(Error, true);
             addWarning(blocked);
-            update();
+            emit changed();
             return;
         }
     }
@@ -571,8 +550,8 @@ void OutputNode::run(bool, bool freeUpstream)
     ConfirmTargets confirm;
     if (m_multiFileConfirm && s_interactive) {
         confirm = [](const QString &title, const QString &text) {
-            return s_confirmHandler ? s_confirmHandler(title, text)
-                                    : askWithMessageBox(title, text);
+            // Without a window to ask in, the question takes its default answer.
+            return s_confirmHandler ? s_confirmHandler(title, text) : true;
         };
     }
     const OutputRunResult result = writeOutput(
@@ -590,18 +569,18 @@ void OutputNode::run(bool, bool freeUpstream)
     setStatus(result.ok ? UpToDate : Error, false);
     emit processingEnd(this);
     m_dataset.clearStringPools();
-    update();
+    emit changed();
     if (freeUpstream)
         freeUpstreamData();
 }
 
-void OutputNode::setSourcePaths(const QString &documentFolder)
+void OutputItem::setSourcePaths(const QString &documentFolder)
 {
-    IONode::setPath(resolvedAgainstFolder(path(), documentFolder));
+    IOItem::setPath(resolvedAgainstFolder(path(), documentFolder));
     m_excelStyleTemplatePath = resolvedAgainstFolder(m_excelStyleTemplatePath, documentFolder);
 }
 
-void OutputNode::writeAttributes(QDomElement &element, const QString &documentFolder) const
+void OutputItem::writeAttributes(QDomElement &element, const QString &documentFolder) const
 {
     using namespace XmlAttributes;
     setInt(element, QStringLiteral("id"), id());
@@ -646,7 +625,7 @@ void OutputNode::writeAttributes(QDomElement &element, const QString &documentFo
     setText(element, QStringLiteral("file_comment"), m_fileComment);
 }
 
-void OutputNode::readAttributes(const QDomElement &element, int version,
+void OutputItem::readAttributes(const QDomElement &element, int version,
                                 const QString &documentFolder)
 {
     using namespace XmlAttributes;
@@ -659,12 +638,12 @@ void OutputNode::readAttributes(const QDomElement &element, int version,
     setAlias(text(element, QStringLiteral("alias"), text(element, QStringLiteral("name"))));
     setComment(text(element, QStringLiteral("comment")));
     setPos(position(element));
-    IONode::setPath(resolvedAgainstFolder(text(element, QStringLiteral("path")), documentFolder));
+    IOItem::setPath(resolvedAgainstFolder(text(element, QStringLiteral("path")), documentFolder));
 
     // What a new item would take from the extension fills in for any option left out.
     const QString extension = QFileInfo(path()).suffix().trimmed().toLower();
     const bool tabbed = extension.startsWith(QLatin1Char('t'));
-    IONode::setFileType(boundedInt(element, QStringLiteral("file_type"),
+    IOItem::setFileType(boundedInt(element, QStringLiteral("file_type"),
                                    outputFileTypeForPath(path(), FileTypeDelimited),
                                    FileTypePlainText));
     const QString custom = text(element, QStringLiteral("custom_delimiter"));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QColor>
 #include <QDomElement>
 #include <QList>
 #include <QPointF>
@@ -18,7 +17,6 @@ void setBool(QDomElement &element, const QString &name, bool value);
 void setText(QDomElement &element, const QString &name, const QString &text);
 void setTextList(QDomElement &element, const QString &name, const QStringList &texts);
 void setIntList(QDomElement &element, const QString &name, const QList<int> &values);
-void setColor(QDomElement &element, const QString &name, const QColor &color);
 // Writes both point forms: pos_v12 as a list, and the older pos joined by "^".
 void setPosition(QDomElement &element, const QPointF &point);
 
@@ -29,7 +27,6 @@ QString text(const QDomElement &element, const QString &name,
              const QString &defaultValue = QString());
 QStringList textList(const QDomElement &element, const QString &name);
 QList<int> intList(const QDomElement &element, const QString &name);
-QColor color(const QDomElement &element, const QString &name, const QColor &defaultValue);
 // pos_v12 when present and not empty, else pos.
 QPointF position(const QDomElement &element);
 

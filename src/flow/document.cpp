@@ -1,15 +1,13 @@
-#include "graph/document.h"
+#include "flow/document.h"
 
-#include "graph/connection.h"
-#include "graph/documentsupport.h"
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/xmlattributes.h"
+#include "flow/documentsupport.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
+#include "flow/xmlattributes.h"
 #include "io/pathvariables.h"
-#include "shell/guards.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 #include "transforms/registry.h"
@@ -95,26 +93,26 @@ QDomElement metaElement(QDomDocument &doc, const DocumentData &data, const QStri
     return meta;
 }
 
-QDomElement ioElements(QDomDocument &doc, const GraphScene &scene, int itemType,
+QDomElement ioElements(QDomDocument &doc, const FlowModel &model, int itemType,
                        const QString &group, const QString &name, const QString &folder)
 {
     QDomElement parent = doc.createElement(group);
-    const QList<Node *> nodes = nodesById(scene, itemType);
-    for (const Node *node : nodes) {
+    const QList<FlowItem *> nodes = nodesById(model, itemType);
+    for (const FlowItem *node : nodes) {
         QDomElement element = doc.createElement(name);
-        static_cast<const IONode *>(node)->writeAttributes(element, folder);
+        static_cast<const IOItem *>(node)->writeAttributes(element, folder);
         parent.appendChild(element);
     }
     return parent;
 }
 
-QDomElement transformElements(QDomDocument &doc, const GraphScene &scene)
+QDomElement transformElements(QDomDocument &doc, const FlowModel &model)
 {
     using namespace XmlAttributes;
     QDomElement parent = doc.createElement(QStringLiteral("transforms"));
-    const QList<Node *> nodes = nodesById(scene, Node::TransformType);
-    for (const Node *node : nodes) {
-        const Transform *transform = static_cast<const TransformNode *>(node)->transform();
+    const QList<FlowItem *> nodes = nodesById(model, FlowItem::TransformKind);
+    for (const FlowItem *node : nodes) {
+        const Transform *transform = static_cast<const TransformItem *>(node)->transform();
         QDomElement element = doc.createElement(QStringLiteral("transform"));
         setInt(element, QStringLiteral("id"), node->id());
         setText(element, QStringLiteral("name"), transform->typeName());
@@ -137,13 +135,13 @@ QDomElement transformElements(QDomDocument &doc, const GraphScene &scene)
     return parent;
 }
 
-QDomElement noteElements(QDomDocument &doc, const GraphScene &scene)
+QDomElement noteElements(QDomDocument &doc, const FlowModel &model)
 {
     using namespace XmlAttributes;
     QDomElement parent = doc.createElement(QStringLiteral("notes"));
-    const QList<Node *> nodes = nodesById(scene, Node::NoteType);
-    for (const Node *node : nodes) {
-        const auto *note = static_cast<const NoteNode *>(node);
+    const QList<FlowItem *> nodes = nodesById(model, FlowItem::NoteKind);
+    for (const FlowItem *node : nodes) {
+        const auto *note = static_cast<const NoteItem *>(node);
         QDomElement element = doc.createElement(QStringLiteral("note"));
         setInt(element, QStringLiteral("id"), note->id());
         setText(element, QStringLiteral("comment"), note->comment());
@@ -152,19 +150,19 @@ QDomElement noteElements(QDomDocument &doc, const GraphScene &scene)
         element.setAttribute(QStringLiteral("pos_v12"),
                              QString::number(pos.x(), 'g', 6) + ListSeparator
                                  + QString::number(pos.y(), 'g', 6));
-        setColor(element, QStringLiteral("color"), note->color());
+        setText(element, QStringLiteral("color"), note->color());
         setInt(element, QStringLiteral("arrow"), note->arrow());
         parent.appendChild(element);
     }
     return parent;
 }
 
-QDomElement connectionElements(QDomDocument &doc, const GraphScene &scene)
+QDomElement connectionElements(QDomDocument &doc, const FlowModel &model)
 {
     QList<QPair<int, int>> ids;
-    const QList<Connection *> connections = scene.allConnections();
+    const QList<FlowConnection *> connections = model.connections();
     ids.reserve(connections.size());
-    for (const Connection *connection : connections)
+    for (const FlowConnection *connection : connections)
         ids.append({connection->source()->id(), connection->target()->id()});
     std::sort(ids.begin(), ids.end());
     QDomElement parent = doc.createElement(QStringLiteral("connections"));
@@ -244,7 +242,7 @@ QString lastSavedBy(const QDateTime &when)
     return text;
 }
 
-QString documentText(const GraphScene &scene, const DocumentData &data, const QString &path,
+QString documentText(const FlowModel &model, const DocumentData &data, const QString &path,
                      const QString &savedBy)
 {
     const HashSeedGuard seed;
@@ -253,19 +251,19 @@ QString documentText(const GraphScene &scene, const DocumentData &data, const QS
     QDomElement root = doc.createElement(QStringLiteral("root"));
     doc.appendChild(root);
     root.appendChild(metaElement(doc, data, path, savedBy));
-    root.appendChild(ioElements(doc, scene, Node::InputType, QStringLiteral("inputs"),
+    root.appendChild(ioElements(doc, model, FlowItem::InputKind, QStringLiteral("inputs"),
                                 QStringLiteral("input"), folder));
-    root.appendChild(transformElements(doc, scene));
-    root.appendChild(ioElements(doc, scene, Node::OutputType, QStringLiteral("outputs"),
+    root.appendChild(transformElements(doc, model));
+    root.appendChild(ioElements(doc, model, FlowItem::OutputKind, QStringLiteral("outputs"),
                                 QStringLiteral("output"), folder));
-    root.appendChild(noteElements(doc, scene));
-    root.appendChild(connectionElements(doc, scene));
+    root.appendChild(noteElements(doc, model));
+    root.appendChild(connectionElements(doc, model));
     root.appendChild(batchValueElements(doc, data));
     root.appendChild(batchLoggingElement(doc, data));
     return doc.toString(4);
 }
 
-bool saveDocument(DocumentLock *lock, const GraphScene &scene, const DocumentData &data,
+bool saveDocument(DocumentLock *lock, const FlowModel &model, const DocumentData &data,
                   const QString &path, QString *error)
 {
     const QString cannotOpen = QStringLiteral("Can't open file '%1' to write.").arg(path);
@@ -273,7 +271,7 @@ bool saveDocument(DocumentLock *lock, const GraphScene &scene, const DocumentDat
     if (!holdsPath && isLockedElsewhere(path))
         return fail(error, cannotOpen);
 
-    const QString text = documentText(scene, data, path, lastSavedBy());
+    const QString text = documentText(model, data, path, lastSavedBy());
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
         return fail(error, cannotOpen);
@@ -374,23 +372,28 @@ bool isEmergencySaveDue(int itemCount)
     return age < 0 || age >= 1;
 }
 
-bool saveRecoveryFile(const GraphScene &scene, const DocumentData &data, QString *error)
+bool saveRecoveryFile(const FlowModel &model, const DocumentData &data, QString *error)
 {
     DocumentData recovery = data;
     recovery.id.clear();
-    return saveDocument(nullptr, scene, recovery, recoveryFilePath(), error);
+    return saveDocument(nullptr, model, recovery, recoveryFilePath(), error);
 }
 
-bool periodicRecoverySave(const GraphScene &scene, const DocumentData &data, bool modified,
-                          const std::function<void(const QString &)> &showStatus)
+bool periodicRecoverySave(const FlowModel &model, const DocumentData &data, bool modified,
+                          const std::function<void(const QString &)> &showStatus,
+                          const std::function<void(bool)> &busy)
 {
-    if (!isRecoverySaveDue(modified, scene.nodes().size()))
+    if (!isRecoverySaveDue(modified, model.items().size()))
         return false;
-    const BusyCursor busy;
+    if (busy)
+        busy(true);
     if (showStatus)
         showStatus(QStringLiteral("Saving auto recovery file"));
     QString error;
-    if (saveRecoveryFile(scene, data, &error))
+    const bool saved = saveRecoveryFile(model, data, &error);
+    if (busy)
+        busy(false);
+    if (saved)
         return true;
     qWarning("%s",
              qUtf8Printable(QStringLiteral("Error saving auto recovery file ") + recoveryFilePath()
@@ -398,10 +401,10 @@ bool periodicRecoverySave(const GraphScene &scene, const DocumentData &data, boo
     return false;
 }
 
-bool emergencyRecoverySave(const GraphScene &scene, const DocumentData &data)
+bool emergencyRecoverySave(const FlowModel &model, const DocumentData &data)
 {
-    if (!isEmergencySaveDue(scene.nodes().size()))
+    if (!isEmergencySaveDue(model.items().size()))
         return false;
     QString error;
-    return saveRecoveryFile(scene, data, &error);
+    return saveRecoveryFile(model, data, &error);
 }

@@ -1,8 +1,7 @@
-#include "graph/inputnode.h"
+#include "flow/inputitem.h"
 
-#include "graph/graphscene.h"
-#include "graph/transformnode.h"
-#include "graph/xmlattributes.h"
+#include "flow/flowmodel.h"
+#include "flow/xmlattributes.h"
 #include "io/delimitedtext.h"
 #include "io/filetypes.h"
 #include "io/inputreader.h"
@@ -42,15 +41,15 @@ QString resolvedPath(const QString &stored, const QString &documentFolder)
 
 } // namespace
 
-InputNode::InputNode(int id)
-    : IONode(id)
+InputItem::InputItem(int id)
+    : IOItem(id)
 {
     setFileType(FileTypeDelimited);
 }
 
-InputNode::~InputNode() = default;
+InputItem::~InputItem() = default;
 
-void InputNode::copyOptionsInto(InputNode *copy) const
+void InputItem::copyOptionsInto(InputItem *copy) const
 {
     copy->m_medium = m_medium;
     copy->m_text = m_text;
@@ -78,15 +77,15 @@ void InputNode::copyOptionsInto(InputNode *copy) const
     copy->m_schema = m_schema;
 }
 
-Node *InputNode::clone() const
+FlowItem *InputItem::clone() const
 {
-    auto *copy = new InputNode(id());
+    auto *copy = new InputItem(id());
     copyIOInto(copy);
     copyOptionsInto(copy);
     return copy;
 }
 
-QString InputNode::displayName() const
+QString InputItem::displayName() const
 {
     if (m_medium == Clipboard)
         return QStringLiteral("Clipboard");
@@ -98,30 +97,13 @@ QString InputNode::displayName() const
     return name;
 }
 
-QString InputNode::description() const
+QString InputItem::description() const
 {
     return QStringLiteral("Input from %1.")
         .arg(m_medium == Clipboard ? QStringLiteral("clipboard") : QStringLiteral("file"));
 }
 
-QColor InputNode::backgroundColor() const
-{
-    return QColor(0xE9, 0xF6, 0xEA);
-}
-
-QColor InputNode::borderColor() const
-{
-    return QColor(0x3C, 0x8D, 0x40);
-}
-
-void InputNode::connectToScene(GraphScene *scene)
-{
-    IONode::connectToScene(scene);
-    connect(this, &InputNode::sourceChanged, scene, &GraphScene::onSourceChanged,
-            Qt::UniqueConnection);
-}
-
-bool InputNode::hasHeader() const
+bool InputItem::hasHeader() const
 {
     if (m_dataset.hasColumns())
         return m_dataset.hasHeader();
@@ -130,12 +112,12 @@ bool InputNode::hasHeader() const
 
 // Options
 
-void InputNode::markChanged()
+void InputItem::markChanged()
 {
     setStatus(NeedsUpdate, true);
 }
 
-template<typename T> void InputNode::change(T &member, const T &value)
+template<typename T> void InputItem::change(T &member, const T &value)
 {
     if (member == value)
         return;
@@ -143,125 +125,125 @@ template<typename T> void InputNode::change(T &member, const T &value)
     markChanged();
 }
 
-void InputNode::setMedium(int value)
+void InputItem::setMedium(int value)
 {
     change(m_medium, value);
 }
 
-void InputNode::setText(const QString &value)
+void InputItem::setText(const QString &value)
 {
     change(m_text, value);
 }
 
-void InputNode::setWorksheet(const QString &value)
+void InputItem::setWorksheet(const QString &value)
 {
     change(m_worksheet, value);
 }
 
-void InputNode::setDelimiter(int value)
+void InputItem::setDelimiter(int value)
 {
     change(m_delimiter, value);
 }
 
-void InputNode::setCustomDelimiter(QChar value)
+void InputItem::setCustomDelimiter(QChar value)
 {
     change(m_customDelimiter, value);
 }
 
-void InputNode::setIgnoreRepeatedDelimiters(bool value)
+void InputItem::setIgnoreRepeatedDelimiters(bool value)
 {
     change(m_ignoreRepeatedDelimiters, value);
 }
 
-void InputNode::setQuoting(int value)
+void InputItem::setQuoting(int value)
 {
     change(m_quoting, value);
 }
 
-void InputNode::setAutoFixedWidths(int value)
+void InputItem::setAutoFixedWidths(int value)
 {
     change(m_autoFixedWidths, value);
 }
 
-void InputNode::setFixedWidths(const QList<int> &value)
+void InputItem::setFixedWidths(const QList<int> &value)
 {
     change(m_fixedWidths, value);
 }
 
-void InputNode::setEncoding(const QString &value)
+void InputItem::setEncoding(const QString &value)
 {
     change(m_encoding, value);
 }
 
-void InputNode::setHeader(int value)
+void InputItem::setHeader(int value)
 {
     change(m_header, value);
 }
 
-void InputNode::setIgnoredRows(int value)
+void InputItem::setIgnoredRows(int value)
 {
     change(m_ignoredRows, value);
 }
 
-void InputNode::setTrim(bool value)
+void InputItem::setTrim(bool value)
 {
     change(m_trim, value);
 }
 
-void InputNode::setSimplify(bool value)
+void InputItem::setSimplify(bool value)
 {
     change(m_simplify, value);
 }
 
-void InputNode::setIgnoreEmptyRows(bool value)
+void InputItem::setIgnoreEmptyRows(bool value)
 {
     change(m_ignoreEmptyRows, value);
 }
 
-void InputNode::setIgnoreEmptyColumns(bool value)
+void InputItem::setIgnoreEmptyColumns(bool value)
 {
     change(m_ignoreEmptyColumns, value);
 }
 
-void InputNode::setIgnoreExcelHiddenRows(bool value)
+void InputItem::setIgnoreExcelHiddenRows(bool value)
 {
     change(m_ignoreExcelHiddenRows, value);
 }
 
-void InputNode::setIgnoreExcelHiddenColumns(bool value)
+void InputItem::setIgnoreExcelHiddenColumns(bool value)
 {
     change(m_ignoreExcelHiddenColumns, value);
 }
 
-void InputNode::setMetaPlace(int value)
+void InputItem::setMetaPlace(int value)
 {
     change(m_metaPlace, value);
 }
 
-void InputNode::setMetaText(const QString &value)
+void InputItem::setMetaText(const QString &value)
 {
     change(m_metaText, value);
 }
 
-void InputNode::setMetaColumnName(const QString &value)
+void InputItem::setMetaColumnName(const QString &value)
 {
     change(m_metaColumnName, value);
 }
 
-void InputNode::setJsonArraysAsRows(int value)
+void InputItem::setJsonArraysAsRows(int value)
 {
     change(m_jsonArraysAsRows, value);
 }
 
-void InputNode::setPath(const QString &path)
+void InputItem::setPath(const QString &path)
 {
     if (path == this->path())
         return;
-    IONode::setPath(path);
+    IOItem::setPath(path);
     markChanged();
 }
 
-void InputNode::setInputFileType(int fileType)
+void InputItem::setInputFileType(int fileType)
 {
     if (fileType == this->fileType())
         return;
@@ -269,7 +251,7 @@ void InputNode::setInputFileType(int fileType)
     markChanged();
 }
 
-void InputNode::setWatching(bool on)
+void InputItem::setWatching(bool on)
 {
     if (m_watching == on)
         return;
@@ -277,15 +259,15 @@ void InputNode::setWatching(bool on)
     updateWatcher();
 }
 
-void InputNode::setSchema(const Schema &schema)
+void InputItem::setSchema(const Schema &schema)
 {
     m_schema = schema;
     markChanged();
 }
 
-QVariantList InputNode::stateList() const
+QVariantList InputItem::stateList() const
 {
-    QVariantList state = Node::stateList();
+    QVariantList state = FlowItem::stateList();
     state << m_medium << path() << m_text << fileType() << m_worksheet << m_delimiter
           << QString(m_customDelimiter) << m_ignoreRepeatedDelimiters << m_quoting << m_encoding
           << m_header << m_ignoredRows << m_watching << m_trim << m_simplify << m_ignoreEmptyRows
@@ -293,7 +275,7 @@ QVariantList InputNode::stateList() const
     return state;
 }
 
-QList<QPair<QString, QString>> InputNode::parameterSummary() const
+QList<QPair<QString, QString>> InputItem::parameterSummary() const
 {
     QList<QPair<QString, QString>> lines;
     const int type = fileType();
@@ -339,7 +321,7 @@ QList<QPair<QString, QString>> InputNode::parameterSummary() const
 
 // Reading
 
-InputReadOptions InputNode::readOptions() const
+InputReadOptions InputItem::readOptions() const
 {
     const FileExtensionRules rules = FileTypes::currentExtensionRules();
     InputReadOptions options;
@@ -373,15 +355,15 @@ InputReadOptions InputNode::readOptions() const
     return options;
 }
 
-QString InputNode::extensionWarning() const
+QString InputItem::extensionWarning() const
 {
     return extensionMismatchWarning(path(), fileType(),
                                     Settings::instance()->inputFileExtensions());
 }
 
-void InputNode::run(bool recursive, bool freeUpstream)
+void InputItem::run(bool recursive, bool freeUpstream)
 {
-    if (GraphScene::isStopRequested())
+    if (isStopRequested())
         return;
     if (status() != UpToDate) {
         m_dataset.clear();
@@ -409,17 +391,13 @@ void InputNode::run(bool recursive, bool freeUpstream)
         setStatus(result.ok ? UpToDate : Error, false);
         emit processingEnd(this);
         m_dataset.clearStringPools();
-        const QList<Node *> children = downstream(true);
-        for (Node *child : children) {
-            if (auto *transform = qobject_cast<TransformNode *>(child))
-                transform->resolvePendingParameterTexts();
-        }
-        update();
+        resolveChildParameterTexts();
+        emit changed();
     }
     if (!recursive)
         return;
-    const QList<Node *> children = downstream(true);
-    for (Node *child : children) {
+    const QList<FlowItem *> children = downstream(true);
+    for (FlowItem *child : children) {
         if (status() != Error)
             child->run(recursive, freeUpstream);
     }
@@ -427,7 +405,7 @@ void InputNode::run(bool recursive, bool freeUpstream)
 
 // Watching
 
-void InputNode::updateWatcher()
+void InputItem::updateWatcher()
 {
     const QString file = inputPathWithoutSheet(path());
     delete m_watcher;
@@ -436,28 +414,28 @@ void InputNode::updateWatcher()
         return;
     m_watcher = new QFileSystemWatcher(this);
     m_watcher->addPath(file);
-    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &InputNode::onFileChanged);
+    connect(m_watcher, &QFileSystemWatcher::fileChanged, this, &InputItem::onFileChanged);
 }
 
-QTimer *InputNode::importTimer()
+QTimer *InputItem::importTimer()
 {
     if (!m_importTimer) {
         m_importTimer = new QTimer(this);
         m_importTimer->setSingleShot(true);
-        connect(m_importTimer, &QTimer::timeout, this, &InputNode::onDelayedImport);
+        connect(m_importTimer, &QTimer::timeout, this, &InputItem::onDelayedImport);
     }
     return m_importTimer;
 }
 
-void InputNode::onFileChanged()
+void InputItem::onFileChanged()
 {
     importTimer()->start(ImportDelayMs);
 }
 
-void InputNode::onDelayedImport()
+void InputItem::onDelayedImport()
 {
-    GraphScene *graph = graphScene();
-    if (graph && graph->isProcessing()) {
+    const FlowModel *flow = model();
+    if (flow && flow->isProcessing()) {
         importTimer()->start(BusyRetryDelayMs);
         return;
     }
@@ -466,7 +444,7 @@ void InputNode::onDelayedImport()
 
 // Document attributes
 
-void InputNode::writeAttributes(QDomElement &element, const QString &documentFolder) const
+void InputItem::writeAttributes(QDomElement &element, const QString &documentFolder) const
 {
     XmlAttributes::setInt(element, QStringLiteral("medium"), m_medium);
     XmlAttributes::setInt(element, QStringLiteral("id"), id());
@@ -511,7 +489,7 @@ void InputNode::writeAttributes(QDomElement &element, const QString &documentFol
     XmlAttributes::setPosition(element, pos());
 }
 
-void InputNode::readAttributes(const QDomElement &element, int version,
+void InputItem::readAttributes(const QDomElement &element, int version,
                                const QString &documentFolder)
 {
     using namespace XmlAttributes;
@@ -548,7 +526,7 @@ void InputNode::readAttributes(const QDomElement &element, int version,
     m_schema.missingColumns = intValue(element, QStringLiteral("schema_missing_cols"), 0);
     m_schema.reorderColumns = intValue(element, QStringLiteral("schema_reorder_cols"), 0);
     m_schema.extraColumns = intValue(element, QStringLiteral("schema_extra_cols"), 0);
-    IONode::setPath(resolvedPath(storedFilePath, documentFolder));
+    IOItem::setPath(resolvedPath(storedFilePath, documentFolder));
     setFileType(intValue(element, QStringLiteral("file_type"), FileTypeNone));
     setAlias(XmlAttributes::text(element, QStringLiteral("alias")));
     m_delimiter = intValue(element, QStringLiteral("delimiter"), 0);

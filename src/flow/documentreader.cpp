@@ -1,15 +1,13 @@
-#include "graph/document.h"
+#include "flow/document.h"
 
-#include "graph/connection.h"
-#include "graph/documentsupport.h"
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/xmlattributes.h"
+#include "flow/documentsupport.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
+#include "flow/xmlattributes.h"
 #include "io/pathvariables.h"
-#include "shell/guards.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 #include "transforms/registry.h"
@@ -160,17 +158,17 @@ QList<StoredParameter> readStoredParameters(const QDomElement &transform)
 // The state of one load: where items go, which ids they had, what was dropped.
 struct Loader
 {
-    GraphScene *scene;
+    FlowModel *model;
     int version;
     QString folder;
-    QHash<int, Node *> nodes;
+    QHash<int, FlowItem *> nodes;
     int highestId = -1;
     Tally deprecated;
     Tally unknown;
 
-    void add(Node *node)
+    void add(FlowItem *node)
     {
-        scene->addNode(node);
+        model->addItem(node);
         nodes.insert(node->id(), node);
     }
 
@@ -216,7 +214,7 @@ struct Loader
                 parameter->setPendingText(upgradeOperators(parameter->type(), entry.text, version),
                                           version);
         }
-        auto *node = new TransformNode(transform, id, QString(),
+        auto *node = new TransformItem(transform, id, QString(),
                                        XmlAttributes::text(element, QStringLiteral("comment")));
         node->setPos(XmlAttributes::position(element));
         add(node);
@@ -227,21 +225,21 @@ struct Loader
         const int id = takeId(element);
         if (id == -1)
             return;
-        auto *note = new NoteNode(id);
+        auto *note = new NoteItem(id);
         note->setComment(XmlAttributes::text(element, QStringLiteral("comment")));
         note->setPos(XmlAttributes::position(element));
-        note->setColor(XmlAttributes::color(element, QStringLiteral("color"), note->color()));
+        note->setColor(XmlAttributes::text(element, QStringLiteral("color"), note->color()));
         note->setArrow(XmlAttributes::intValue(element, QStringLiteral("arrow"), 0));
         add(note);
     }
 
     void readConnection(const QDomElement &element)
     {
-        Node *source
+        FlowItem *source
             = nodes.value(XmlAttributes::intValue(element, QStringLiteral("start_id"), -1));
-        Node *target = nodes.value(XmlAttributes::intValue(element, QStringLiteral("end_id"), -1));
+        FlowItem *target = nodes.value(XmlAttributes::intValue(element, QStringLiteral("end_id"), -1));
         if (source && target)
-            scene->connectNodes(source, target);
+            model->connectItems(source, target);
     }
 };
 
@@ -301,7 +299,7 @@ void readBatchData(const QDomElement &root, DocumentData *data)
 
 // Loading ------------------------------------------------------------------------------------
 
-bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bool *laterVersion,
+bool loadDocument(FlowModel *model, const QString &path, DocumentData *data, bool *laterVersion,
                   QStringList *messages, QString *error)
 {
     if (laterVersion)
@@ -328,19 +326,19 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
     if (root.isNull())
         return fail(error, QStringLiteral("Document root not found."));
 
-    // Outputs find their document, for relative paths and variables, through the scene.
-    scene->setDocumentPath(QFileInfo(path).absoluteFilePath());
+    // Outputs find their document, for relative paths and variables, through the model.
+    model->setDocumentPath(QFileInfo(path).absoluteFilePath());
     DocumentData read;
-    Loader loader {scene, readMeta(root, &read), documentFolder(path), {}, -1, {}, {}};
+    Loader loader {model, readMeta(root, &read), documentFolder(path), {}, -1, {}, {}};
     if (laterVersion)
         *laterVersion = loader.version > CurrentDocumentVersion;
 
     forEachElement(root, QStringLiteral("inputs"), QStringLiteral("input"),
-                   [&loader](const QDomElement &e) { loader.readIONode<InputNode>(e); });
+                   [&loader](const QDomElement &e) { loader.readIONode<InputItem>(e); });
     forEachElement(root, QStringLiteral("transforms"), QStringLiteral("transform"),
                    [&loader](const QDomElement &e) { loader.readTransform(e); });
     forEachElement(root, QStringLiteral("outputs"), QStringLiteral("output"),
-                   [&loader](const QDomElement &e) { loader.readIONode<OutputNode>(e); });
+                   [&loader](const QDomElement &e) { loader.readIONode<OutputItem>(e); });
     forEachElement(root, QStringLiteral("notes"), QStringLiteral("note"),
                    [&loader](const QDomElement &e) { loader.readNote(e); });
     forEachElement(root, QStringLiteral("connections"), QStringLiteral("connection"),
@@ -348,20 +346,20 @@ bool loadDocument(GraphScene *scene, const QString &path, DocumentData *data, bo
     readBatchData(root, &read);
 
     if (loader.highestId >= 0)
-        Node::raiseIdCounter(loader.highestId);
+        FlowItem::raiseIdCounter(loader.highestId);
     reportDropped(loader.deprecated, loader.unknown, messages);
     if (data)
         *data = read;
     return true;
 }
 
-QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene)
+QList<InputItem *> inputsWithMissingFiles(const FlowModel &model)
 {
-    QList<InputNode *> missing;
-    const QList<Node *> inputs = nodesById(scene, Node::InputType);
-    for (Node *node : inputs) {
-        auto *input = static_cast<InputNode *>(node);
-        if (input->medium() != InputNode::File || input->path().isEmpty())
+    QList<InputItem *> missing;
+    const QList<FlowItem *> inputs = nodesById(model, FlowItem::InputKind);
+    for (FlowItem *node : inputs) {
+        auto *input = static_cast<InputItem *>(node);
+        if (input->medium() != InputItem::File || input->path().isEmpty())
             continue;
         QString path;
         QString sheet;
@@ -372,7 +370,7 @@ QList<InputNode *> inputsWithMissingFiles(const GraphScene &scene)
     return missing;
 }
 
-QString missingInputFilesQuestion(const QList<InputNode *> &inputs)
+QString missingInputFilesQuestion(const QList<InputItem *> &inputs)
 {
     constexpr int MaximumListed = 10;
     if (inputs.size() == 1)

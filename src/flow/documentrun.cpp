@@ -1,12 +1,12 @@
-#include "graph/documentrun.h"
+#include "flow/documentrun.h"
 
-#include "graph/document.h"
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
+#include "flow/document.h"
+#include "flow/documentsupport.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "io/pathvariables.h"
-#include "shell/application.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
 
@@ -21,6 +21,8 @@
 
 namespace {
 
+using DocumentSupport::nodesById;
+
 QString resolvePath(const QString &path, const QString &folder)
 {
     if (path.isEmpty() || QFileInfo(path).isAbsolute())
@@ -28,24 +30,16 @@ QString resolvePath(const QString &path, const QString &folder)
     return QDir::cleanPath(QDir(folder).absoluteFilePath(path));
 }
 
-QList<Node *> nodesById(const GraphScene &scene, int itemType)
-{
-    QList<Node *> nodes = scene.nodesOfType(itemType);
-    std::sort(nodes.begin(), nodes.end(),
-              [](const Node *a, const Node *b) { return a->id() < b->id(); });
-    return nodes;
-}
-
 // An item's own warnings and, for a transform, those of its transform.
-QStringList allWarnings(const Node *node)
+QStringList allWarnings(const FlowItem *node)
 {
     QStringList warnings = node->warnings();
-    if (const auto *transformNode = qobject_cast<const TransformNode *>(node))
+    if (const auto *transformNode = qobject_cast<const TransformItem *>(node))
         warnings += transformNode->transform()->warnings();
     return warnings;
 }
 
-void reportWarnings(CommandLineLog &log, const Node *node, bool asErrors)
+void reportWarnings(CommandLineLog &log, const FlowItem *node, bool asErrors)
 {
     const QStringList warnings = allWarnings(node);
     for (const QString &warning : warnings) {
@@ -57,13 +51,13 @@ void reportWarnings(CommandLineLog &log, const Node *node, bool asErrors)
     }
 }
 
-void reportInputs(const GraphScene &scene, CommandLineLog &log)
+void reportInputs(const FlowModel &model, CommandLineLog &log)
 {
-    const QList<Node *> inputs = nodesById(scene, Node::InputType);
-    for (const Node *node : inputs) {
-        const auto *input = static_cast<const InputNode *>(node);
-        const bool failed = input->status() == Node::Error;
-        if (input->medium() == InputNode::Clipboard) {
+    const QList<FlowItem *> inputs = nodesById(model, FlowItem::InputKind);
+    for (const FlowItem *node : inputs) {
+        const auto *input = static_cast<const InputItem *>(node);
+        const bool failed = input->status() == FlowItem::Error;
+        if (input->medium() == InputItem::Clipboard) {
             if (failed)
                 log.error(QStringLiteral("Input clipboard: Error"));
             else
@@ -81,11 +75,11 @@ void reportInputs(const GraphScene &scene, CommandLineLog &log)
     }
 }
 
-void reportTransforms(const GraphScene &scene, CommandLineLog &log)
+void reportTransforms(const FlowModel &model, CommandLineLog &log)
 {
-    const QList<Node *> transforms = nodesById(scene, Node::TransformType);
-    for (const Node *node : transforms) {
-        if (node->status() != Node::Error)
+    const QList<FlowItem *> transforms = nodesById(model, FlowItem::TransformKind);
+    for (const FlowItem *node : transforms) {
+        if (node->status() != FlowItem::Error)
             continue;
         log.error(QStringLiteral("Transform: '%1' (Id=%2), Error")
                       .arg(node->displayName(), QString::number(node->id())));
@@ -93,17 +87,17 @@ void reportTransforms(const GraphScene &scene, CommandLineLog &log)
     }
 }
 
-void reportOutputs(const GraphScene &scene, CommandLineLog &log)
+void reportOutputs(const FlowModel &model, CommandLineLog &log)
 {
-    const QList<Node *> outputs = nodesById(scene, Node::OutputType);
-    for (const Node *node : outputs) {
-        const auto *output = static_cast<const OutputNode *>(node);
-        if (output->writeMode() == OutputNode::Disabled)
+    const QList<FlowItem *> outputs = nodesById(model, FlowItem::OutputKind);
+    for (const FlowItem *node : outputs) {
+        const auto *output = static_cast<const OutputItem *>(node);
+        if (output->writeMode() == OutputItem::Disabled)
             continue;
         const QString path = QDir::toNativeSeparators(output->path());
-        const QString mode = OutputNode::writeModeName(output->writeMode());
+        const QString mode = OutputItem::writeModeName(output->writeMode());
         // An output that never ran, its input having failed, wrote nothing either.
-        const bool failed = output->status() != Node::UpToDate;
+        const bool failed = output->status() != FlowItem::UpToDate;
         if (failed)
             log.error(QStringLiteral("Output file: %1, %2, Error").arg(path, mode));
         else
@@ -116,18 +110,18 @@ void reportOutputs(const GraphScene &scene, CommandLineLog &log)
 
 // Running ------------------------------------------------------------------------------------
 
-QString applyFileArguments(GraphScene &scene, const QStringList &values,
+QString applyFileArguments(FlowModel &model, const QStringList &values,
                            const QString &documentFolder)
 {
-    const QList<Node *> inputs = nodesById(scene, Node::InputType);
-    const QList<Node *> outputs = nodesById(scene, Node::OutputType);
+    const QList<FlowItem *> inputs = nodesById(model, FlowItem::InputKind);
+    const QList<FlowItem *> outputs = nodesById(model, FlowItem::OutputKind);
     for (const QString &value : values) {
         const QStringList parts = value.split(QLatin1Char('='));
         if (parts.size() != 2)
             return QStringLiteral("Expected <alias>=<value> for %1 argument").arg(value);
         const QString alias = parts.at(0).trimmed();
         const QString location = parts.at(1).trimmed();
-        for (Node *node : inputs) {
+        for (FlowItem *node : inputs) {
             if (node->alias() != alias)
                 continue;
             QString path;
@@ -136,13 +130,13 @@ QString applyFileArguments(GraphScene &scene, const QStringList &values,
             path = resolvePath(path, documentFolder);
             if (!QFileInfo::exists(path))
                 continue;
-            auto *input = static_cast<InputNode *>(node);
+            auto *input = static_cast<InputItem *>(node);
             input->setPath(path);
             input->setWorksheet(sheet);
         }
-        for (Node *node : outputs) {
+        for (FlowItem *node : outputs) {
             if (node->alias() == alias)
-                static_cast<OutputNode *>(node)->setPath(resolvePath(location, documentFolder));
+                static_cast<OutputItem *>(node)->setPath(resolvePath(location, documentFolder));
         }
     }
     return QString();
@@ -151,21 +145,21 @@ QString applyFileArguments(GraphScene &scene, const QStringList &values,
 int runDocument(const CommandLineOptions &options, CommandLineLog &log, bool keepData)
 {
     const QString path = QFileInfo(options.documentPath).absoluteFilePath();
-    auto *ownedScene = new GraphScene;
-    std::unique_ptr<GraphScene> sceneOwner(ownedScene);
-    GraphScene &scene = *ownedScene;
+    auto *ownedModel = new FlowModel;
+    std::unique_ptr<FlowModel> modelOwner(ownedModel);
+    FlowModel &model = *ownedModel;
     DocumentData data;
     bool laterVersion = false;
     QStringList messages;
     QString error;
-    if (!loadDocument(&scene, path, &data, &laterVersion, &messages, &error))
+    if (!loadDocument(&model, path, &data, &laterVersion, &messages, &error))
         return log.abort(
             QStringLiteral("Unable to open '%1': %2").arg(options.documentPath, error));
     for (const QString &message : qAsConst(messages))
         log.error(message);
 
     const QString abortMessage
-        = applyFileArguments(scene, options.fileValues, QFileInfo(path).absolutePath());
+        = applyFileArguments(model, options.fileValues, QFileInfo(path).absolutePath());
     if (!abortMessage.isEmpty())
         return log.abort(abortMessage);
 
@@ -175,36 +169,36 @@ int runDocument(const CommandLineOptions &options, CommandLineLog &log, bool kee
                      .arg(shownPath, QDateTime::currentDateTime().toString()));
 
     // Nobody is there to answer: every question takes its default.
-    const bool wasInteractive = OutputNode::isInteractive();
-    OutputNode::setInteractive(false);
+    const bool wasInteractive = OutputItem::isInteractive();
+    OutputItem::setInteractive(false);
 
     // What the engine would show in a message box is told as an error line.
     QStringList runMessages;
     auto collect = [&runMessages](const QString &title, const QString &text) {
         runMessages.append(title.isEmpty() ? text : title + QStringLiteral(": ") + text);
     };
-    QObject::connect(&scene, &GraphScene::showWarningMessage, collect);
-    QObject::connect(&scene, &GraphScene::showCriticalMessage, collect);
+    QObject::connect(&model, &FlowModel::showWarningMessage, collect);
+    QObject::connect(&model, &FlowModel::showCriticalMessage, collect);
 
-    GraphScene::setStopRequested(false);
+    FlowModel::setStopRequested(false);
     // Nobody looks at the items' tables either, so the last reader of a table may change its
     // rows in place. Nothing is freed on the way: the process ends right after the run.
-    scene.setRowsHandedOver(true);
-    scene.process(GraphScene::RunAll, true);
-    OutputNode::setInteractive(wasInteractive);
+    model.setRowsHandedOver(true);
+    model.process(FlowModel::RunAll, true);
+    OutputItem::setInteractive(wasInteractive);
 
     for (const QString &message : qAsConst(runMessages))
         log.error(message);
     if (options.verbose) {
-        reportInputs(scene, log);
-        reportTransforms(scene, log);
-        reportOutputs(scene, log);
+        reportInputs(model, log);
+        reportTransforms(model, log);
+        reportOutputs(model, log);
         log.info(QStringLiteral("Finished processing '%1' on %2")
                      .arg(shownPath, QDateTime::currentDateTime().toString()));
     }
     log.flush();
     if (keepData)
-        sceneOwner.release();
+        modelOwner.release();
     return 0;
 }
 
@@ -229,10 +223,6 @@ void runCommandLineAndExit(const QStringList &arguments)
         code = runDocument(options, log, true);
     log.flush();
     Settings::instance()->sync();
-    if (Application *app = Application::instance()) {
-        for (const QString &temporary : qAsConst(app->temporaryFiles()))
-            QFile::remove(temporary);
-    }
     std::fflush(nullptr);
     std::_Exit(code);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "graph/graphscene.h"
-#include "graph/node.h"
+#include "flow/flowmodel.h"
+#include "flow/flowitem.h"
 
 #include <QFileInfo>
 #include <QList>
@@ -30,14 +30,14 @@ inline QString documentFolder(const QString &path)
     return QFileInfo(path).absolutePath();
 }
 
-inline bool idLess(const Node *a, const Node *b)
+inline bool idLess(const FlowItem *a, const FlowItem *b)
 {
     return a->id() < b->id();
 }
 
-inline QList<Node *> nodesById(const GraphScene &scene, int itemType)
+inline QList<FlowItem *> nodesById(const FlowModel &model, int itemType)
 {
-    QList<Node *> nodes = scene.nodesOfType(itemType);
+    QList<FlowItem *> nodes = model.itemsOfKind(itemType);
     std::sort(nodes.begin(), nodes.end(), idLess);
     return nodes;
 }

@@ -1,4 +1,4 @@
-#include "graph/xmlattributes.h"
+#include "flow/xmlattributes.h"
 
 #include <QUrl>
 
@@ -50,12 +50,6 @@ void setIntList(QDomElement &element, const QString &name, const QList<int> &val
     for (int value : values)
         numbers.append(QString::number(value));
     element.setAttribute(name, numbers.join(ListSeparator));
-}
-
-void setColor(QDomElement &element, const QString &name, const QColor &color)
-{
-    if (color.isValid())
-        setText(element, name, color.name());
 }
 
 void setPosition(QDomElement &element, const QPointF &point)
@@ -113,12 +107,6 @@ QList<int> intList(const QDomElement &element, const QString &name)
             values.append(value);
     }
     return values;
-}
-
-QColor color(const QDomElement &element, const QString &name, const QColor &defaultValue)
-{
-    const QColor value(text(element, name));
-    return value.isValid() ? value : defaultValue;
 }
 
 QPointF position(const QDomElement &element)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/ionode.h"
+#include "flow/ioitem.h"
 #include "io/inputreader.h"
 
 #include <QPointer>
@@ -11,7 +11,7 @@ class QTimer;
 // The item that brings data into a document, from a file or from text held in the document
 // (a clipboard import). It has no arrow coming in. It owns the reading options, decides the
 // header, adds meta information and watches its file when asked to.
-class InputNode : public IONode
+class InputItem : public IOItem
 {
     Q_OBJECT
 
@@ -23,21 +23,18 @@ public:
         GuessHeader = InputReadOptions::GuessHeader
     };
 
-    explicit InputNode(int id = -1);
-    ~InputNode() override;
+    explicit InputItem(int id = -1);
+    ~InputItem() override;
 
     // A new item guesses its header when runs follow each edit, and assumes one otherwise.
     static int defaultHeader(bool autoRun) { return autoRun ? GuessHeader : HasHeader; }
 
-    int type() const override { return InputType; }
-    Node *clone() const override;
+    int kind() const override { return InputKind; }
+    FlowItem *clone() const override;
     QString displayName() const override;
-    QColor backgroundColor() const override;
-    QColor borderColor() const override;
     bool canRun() const override { return true; }
     int maximumInputs() const override { return 0; }
     void run(bool recursive, bool freeUpstream) override;
-    void connectToScene(GraphScene *scene) override;
     void writeAttributes(QDomElement &element, const QString &documentFolder) const override;
     void readAttributes(const QDomElement &element, int version,
                         const QString &documentFolder) override;
@@ -118,14 +115,14 @@ public:
     InputReadOptions readOptions() const;
 
     // A change of the watched file waits this long for further changes before it is read,
-    // and again for the retry while the scene is busy with a run.
+    // and again for the retry while the model is busy with a run.
     static constexpr int ImportDelayMs = 5000;
     static constexpr int BusyRetryDelayMs = 2000;
     // The single-shot timer of the delayed re-read, made on first use; tests fire it.
     QTimer *importTimer();
 
 signals:
-    void sourceChanged(Node *node);
+    void sourceChanged(FlowItem *node);
 
 public slots:
     void onFileChanged();
@@ -136,7 +133,7 @@ private:
     // Sets an option and marks the item for a run when the value differs.
     template<typename T> void change(T &member, const T &value);
     void updateWatcher();
-    void copyOptionsInto(InputNode *copy) const;
+    void copyOptionsInto(InputItem *copy) const;
 
     int m_medium = File;
     QString m_text;

@@ -1,18 +1,18 @@
 #pragma once
 
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "io/fileformats.h"
 
 class QDomElement;
 
 // What inputs and outputs share: a file path and the type of the file.
-class IONode : public Node
+class IOItem : public FlowItem
 {
     Q_OBJECT
 
 public:
-    explicit IONode(int id = -1)
-        : Node(id)
+    explicit IOItem(int id = -1)
+        : FlowItem(id)
     { }
 
     QString path() const { return m_path; }
@@ -34,7 +34,7 @@ public:
         = 0;
 
 protected:
-    void copyIOInto(IONode *copy) const;
+    void copyIOInto(IOItem *copy) const;
 
 private:
     QString m_path;

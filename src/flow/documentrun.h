@@ -5,7 +5,7 @@
 #include <QString>
 #include <QStringList>
 
-class GraphScene;
+class FlowModel;
 
 // The command-line run of a document: load it, point its inputs and outputs where the -file
 // arguments say, run it once without asking anything and report in the log.
@@ -13,10 +13,10 @@ class GraphScene;
 // Gives the inputs and outputs named by the aliases of the -file values their new paths;
 // relative paths are taken from documentFolder. An input keeps its path when the new file
 // doesn't exist. Returns the abort message for a value that isn't "<alias>=<value>".
-QString applyFileArguments(GraphScene &scene, const QStringList &values,
+QString applyFileArguments(FlowModel &model, const QStringList &values,
                            const QString &documentFolder);
 
-// Loads the document of options into a scene of its own, runs all of it once without asking
+// Loads the document of options into a flow of its own, runs all of it once without asking
 // anything, reports as the options say, and returns the exit code.
 // keepData leaves the document's items and their data allocated after the run, for a caller
 // that ends the process at once (see runCommandLineAndExit).

@@ -1,21 +1,21 @@
-#include "graph/ionode.h"
+#include "flow/ioitem.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-QString IONode::displayName() const
+QString IOItem::displayName() const
 {
     if (m_path.isEmpty())
         return kindText();
     return QFileInfo(m_path).fileName();
 }
 
-QString IONode::leftPaneName() const
+QString IOItem::leftPaneName() const
 {
     return displayName();
 }
 
-QList<QPair<QString, QString>> IONode::fileSummary() const
+QList<QPair<QString, QString>> IOItem::fileSummary() const
 {
     QList<QPair<QString, QString>> lines;
     lines.append({QStringLiteral("Path"),
@@ -24,14 +24,14 @@ QList<QPair<QString, QString>> IONode::fileSummary() const
     return lines;
 }
 
-void IONode::setSourcePaths(const QString &documentFolder)
+void IOItem::setSourcePaths(const QString &documentFolder)
 {
     if (m_path.isEmpty() || QFileInfo(m_path).isAbsolute())
         return;
     m_path = QDir::cleanPath(QDir(documentFolder).absoluteFilePath(m_path));
 }
 
-void IONode::copyIOInto(IONode *copy) const
+void IOItem::copyIOInto(IOItem *copy) const
 {
     copyInto(copy);
     copy->m_path = m_path;
