@@ -15,6 +15,11 @@ GraphScene::GraphScene(FlowModel *model, QObject *parent)
     , m_model(model ? model : new FlowModel)
 {
     m_model->setParent(this);
+    connectModel();
+}
+
+void GraphScene::connectModel()
+{
     const QList<FlowItem *> items = m_model->items();
     for (FlowItem *item : items)
         onItemAdded(item);
@@ -32,6 +37,21 @@ GraphScene::GraphScene(FlowModel *model, QObject *parent)
 GraphScene::~GraphScene()
 {
     // The views go before the model they show; the model goes with the scene, its parent.
+    removeViews();
+}
+
+FlowModel *GraphScene::releaseModel()
+{
+    removeViews();
+    FlowModel *model = m_model;
+    model->setParent(nullptr);
+    m_model = new FlowModel(this);
+    connectModel();
+    return model;
+}
+
+void GraphScene::removeViews()
+{
     QObject::disconnect(m_model, nullptr, this, nullptr);
     const QList<Connection *> connections = m_connections.values();
     for (Connection *connection : connections) {

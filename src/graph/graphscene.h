@@ -29,6 +29,9 @@ public:
     ~GraphScene() override;
 
     FlowModel *model() const { return m_model; }
+    // Gives the model up, unowned, and shows an empty one instead: for undo, which keeps
+    // models and draws only the live one.
+    FlowModel *releaseModel();
 
     // Runs the model; RunSelected runs the selected items and what they wait for.
     void process(int mode, bool silent = false);
@@ -107,6 +110,8 @@ signals:
     void showTip(const QString &title, const QString &text, int ms);
 
 private:
+    void connectModel();
+    void removeViews();
     void forwardModelSignals();
     void onItemAdded(FlowItem *item);
     void onItemRemoved(FlowItem *item);
