@@ -1,10 +1,9 @@
 #include "shell/application.h"
 
-#include "data/dataset.h"
-#include "data/valueinterpretation.h"
 #include "shell/guards.h"
 #include "shell/insufficientmemorydialog.h"
 #include "shell/memory.h"
+#include "shell/programsettings.h"
 #include "shell/settings.h"
 
 #include <QDialog>
@@ -134,8 +133,7 @@ void Application::setProgramFolder(const QString &path)
 
 QString Application::settingsFilePath() const
 {
-    return QDir::toNativeSeparators(
-        m_programFolder.absoluteFilePath(QStringLiteral("tabulon.ini")));
+    return programSettingsPath(m_programFolder.absolutePath());
 }
 
 void Application::chooseSettings()
@@ -143,10 +141,7 @@ void Application::chooseSettings()
     const QString iniPath = settingsFilePath();
     replaceSettings(QFile::exists(iniPath) ? new Settings(iniPath) : new Settings);
     readLastFolders();
-    // Datasets and the readers of dates consult process-wide values, not the store, in their
-    // inner loops.
-    Dataset::setOptimizeFor(m_settings->optimizeFor());
-    setDateFormats(m_settings->dateFormatList());
+    applyProcessSettings(*m_settings);
 }
 
 void Application::replaceSettings(Settings *store)
