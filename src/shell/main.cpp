@@ -1,6 +1,4 @@
 #include "flow/documentrun.h"
-#include "flow/flowmodel.h"
-#include "flow/outputitem.h"
 #include "shell/application.h"
 #include "shell/programsettings.h"
 #include "workbench/mainwindow.h"
@@ -78,17 +76,11 @@ int main(int argc, char **argv)
     }
 
     Application app(argc, argv);
-    // Runs keep the window's heartbeat going, and questions asked before a window installs
-    // its own dialog go to a plain message box.
-    FlowModel::setEventPump([&app] { app.pumpEvents(); });
-    OutputItem::setConfirmHandler(&Application::confirmWithMessageBox);
 
     auto *window = new MainWindow;
     QObject::connect(&app, &QApplication::lastWindowClosed, &app, &QApplication::quit);
     window->startUp(QCoreApplication::arguments());
     const int result = app.exec();
     delete window;
-    OutputItem::setConfirmHandler(nullptr);
-    FlowModel::setEventPump(nullptr);
     return result;
 }
