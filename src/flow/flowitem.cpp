@@ -468,19 +468,39 @@ void FlowItem::reportProgress(qint64 row, qint64 frequency, qint64 total)
         onProcessed(qreal(row) / qreal(total));
 }
 
+namespace {
+
+std::function<qint64()> &progressClock()
+{
+    static std::function<qint64()> clock;
+    return clock;
+}
+
+qint64 progressNow()
+{
+    return progressClock() ? progressClock()() : QDateTime::currentMSecsSinceEpoch();
+}
+
+} // namespace
+
+void FlowItem::setProgressClock(const std::function<qint64()> &clock)
+{
+    progressClock() = clock;
+}
+
 void FlowItem::onProcessed(qreal fraction)
 {
     // May throw MaxMemoryException: no caller may assume that a report returns.
     checkMemoryLimit();
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    if (fraction < 1.0 && m_lastProgressTime.isValid() && m_lastProgressTime.msecsTo(now) < 250)
+    const qint64 now = progressNow();
+    if (fraction < 1.0 && m_lastProgressMs >= 0 && now - m_lastProgressMs < 250)
         return;
     if (fraction > 0.0 && fraction < 1.0 && std::abs(fraction - m_fractionProcessed) < 0.02)
         return;
     m_fractionProcessed = fraction;
     emit changed();
     emit processed(this, fraction);
-    m_lastProgressTime = now;
+    m_lastProgressMs = now;
 }
 
 static QString joinedWithStamp(const QStringList &lines, bool timeStamp, const QDateTime &when)

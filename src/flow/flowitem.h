@@ -13,6 +13,8 @@
 #include <QStringList>
 #include <QVariantList>
 
+#include <functional>
+
 class FlowConnection;
 class FlowModel;
 
@@ -144,6 +146,9 @@ public:
     // Checks the memory limit (which may throw) and, at most every 250 ms or 2%, tells the
     // model, which lets the event queue have a turn.
     void onProcessed(qreal fraction);
+    // The clock of that throttle, in milliseconds; a test installs one it moves by hand. Null
+    // restores the system clock.
+    static void setProgressClock(const std::function<qint64()> &clock);
 
     virtual bool hasWarnings() const { return !m_warnings.isEmpty(); }
     virtual QString warningsText(bool timeStamp = false) const;
@@ -218,7 +223,8 @@ private:
     QString m_comment;
     double m_fractionProcessed = 0.0;
     bool m_preview = false;
-    QDateTime m_lastProgressTime;
+    // When progress was last shown, by the progress clock; -1 before the first report.
+    qint64 m_lastProgressMs = -1;
 };
 
 // An arrow from one item's output to another item's input. The model owns it; both ends list

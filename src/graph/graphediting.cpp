@@ -59,11 +59,6 @@ bool GraphScene::collides(const QRectF &rect, const Node *ignore) const
     });
 }
 
-GraphScene *GraphScene::deepCopy(QObject *parent) const
-{
-    return new GraphScene(m_model->deepCopy(), parent);
-}
-
 QList<Node *> GraphScene::connectionCandidates(const Node *source) const
 {
     return source ? nodesFor(m_model->connectionCandidates(source->item())) : QList<Node *>();

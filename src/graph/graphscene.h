@@ -51,8 +51,6 @@ public:
     // user expects to see it: new items placed and selected, options following their sources,
     // a run started when Auto Run is on.
 
-    // A copy for the undo list: a scene over a deep copy of the model.
-    GraphScene *deepCopy(QObject *parent = nullptr) const;
     // The nodes the user may connect source to, and whether there is any.
     QList<Node *> connectionCandidates(const Node *source) const;
     bool canStartConnection(const Node *source) const;
