@@ -1,5 +1,8 @@
 #include "testdata.h"
 
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
 #include "transforms/framework/transform.h"
 
 #include <QFile>
@@ -58,6 +61,54 @@ Dataset runTransform(Transform &transform, const ColumnSources &inputs, bool *fa
 Dataset runTransform(Transform &transform, const ColumnSources &inputs, const RunContext &context)
 {
     return runInContext(transform, inputs, context, nullptr);
+}
+
+namespace {
+
+class DataItem : public FlowItem
+{
+public:
+    explicit DataItem(const Dataset &dataset)
+    {
+        m_dataset = dataset;
+        m_dataset.assignColumnIds(id());
+        m_status = UpToDate;
+    }
+    int kind() const override { return InputKind; }
+    FlowItem *clone() const override { return new DataItem(m_dataset); }
+    QString displayName() const override { return QStringLiteral("Data"); }
+    void run(bool, bool) override { }
+};
+
+} // namespace
+
+FlowItem *makeDataItem(const Dataset &dataset)
+{
+    return new DataItem(dataset);
+}
+
+InputItem *addTextInput(FlowModel &model, const QString &csv, const QPointF &pos)
+{
+    auto *input = new InputItem;
+    input->setMedium(InputItem::Clipboard);
+    input->setInputFileType(FileTypeDelimited);
+    input->setHeader(InputItem::HasHeader);
+    input->setText(csv);
+    input->setPos(pos);
+    model.addItem(input);
+    return input;
+}
+
+TransformItem *addTransform(FlowModel &model, Transform *transform, const QList<FlowItem *> &inputs,
+                            const QPointF &pos)
+{
+    transform->createParameters(FlowItem::asSources(inputs), false);
+    auto *item = new TransformItem(transform);
+    item->setPos(pos);
+    model.addItem(item);
+    for (FlowItem *input : inputs)
+        model.connectItems(input, item);
+    return item;
 }
 
 namespace {
