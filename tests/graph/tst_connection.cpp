@@ -1,7 +1,7 @@
+#include "flow/flowmodel.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/transformnode.h"
+#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/transformclone.h"
 #include "transforms/transformstack.h"
@@ -90,7 +90,7 @@ void TestConnection::endsSpreadAlongSide()
                                 .arg(connection->targetOffset())
                                 .arg(expected)));
         QCOMPARE(connection->targetControl(), controls.at(rank));
-        QCOMPARE(connection->endPoint().y(), stack->centrePos().y() + expected);
+        QCOMPARE(connection->endPoint().y(), stack->item()->centrePos().y() + expected);
         // Each source has one connection: its end is in its middle.
         QCOMPARE(connection->sourceOffset(), 0.0);
         QCOMPARE(connection->startPoint(), sources.at(i)->anchor(ConnectionDirection::Out));
@@ -113,7 +113,7 @@ void TestConnection::endsFollowMovedItems()
 
     // A third source moved in makes room at the target.
     TransformNode *other = addTransform(scene, new TransformClone, {}, QPointF(0.0, 800.0));
-    scene.connectNodes(other, stack);
+    QVERIFY(scene.model()->connectItems(other->item(), stack->item()));
     other->setPos(0.0, 900.0);
     QCOMPARE(connectionBetween(lower, stack)->targetOffset(), -16.0);
     QCOMPARE(connectionBetween(upper, stack)->targetOffset(), 0.0);
