@@ -3,7 +3,10 @@
 #include "flow/flowmodel.h"
 #include "flow/inputitem.h"
 #include "flow/transformitem.h"
+#include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
+
+#include <algorithm>
 
 #include <QFile>
 #include <QStandardPaths>
@@ -109,6 +112,50 @@ TransformItem *addTransform(FlowModel &model, Transform *transform, const QList<
     for (FlowItem *input : inputs)
         model.connectItems(input, item);
     return item;
+}
+
+ProbeTransform::ProbeTransform(int minimum, int maximum)
+{
+    m_descriptor.type = 998;
+    m_descriptor.typeName = QStringLiteral("Probe");
+    m_descriptor.displayName = QStringLiteral("Probe");
+    m_descriptor.minimumInputs = minimum;
+    m_descriptor.maximumInputs = maximum;
+    m_descriptor.description = QStringLiteral("Stacks rows.");
+    m_descriptor.create = createTransform<ProbeTransform>;
+    for (int i = 0; i < std::min(maximum, 2); ++i)
+        addParameter(new Parameter(ParameterType::SingleColumn,
+                                   QStringLiteral("Column_%1").arg(i + 1),
+                                   QStringLiteral("Column %1").arg(i + 1), nullptr));
+}
+
+bool ProbeTransform::autoConfigure(const ColumnSources &)
+{
+    ++configureCalls;
+    return configures;
+}
+
+void ProbeTransform::copyFrom(const Transform &other)
+{
+    Transform::copyFrom(other);
+    const auto &probe = static_cast<const ProbeTransform &>(other);
+    m_descriptor = probe.m_descriptor;
+    configures = probe.configures;
+}
+
+Dataset &ProbeTransform::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                                 bool &)
+{
+    for (const TransformInput &input : inputs) {
+        const Dataset *data = input.dataset;
+        if (!output.hasColumns()) {
+            output.setColumnCount(data->columnCount());
+            output.setHeader(data->header());
+        }
+        for (int r = 0; r < data->rowCount(); ++r)
+            output.appendRow(data->row(r), true);
+    }
+    return output;
 }
 
 namespace {

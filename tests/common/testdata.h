@@ -2,6 +2,7 @@
 
 #include "data/dataset.h"
 #include "transforms/framework/columnsource.h"
+#include "transforms/framework/transform.h"
 #include "transforms/framework/transforminput.h"
 
 #include <QList>
@@ -11,7 +12,6 @@
 class FlowItem;
 class FlowModel;
 class InputItem;
-class Transform;
 class TransformItem;
 
 // What every test program shares, with no GUI: tables built from literal rows, bare sources
@@ -56,3 +56,27 @@ FlowItem *makeDataItem(const Dataset &dataset);
 InputItem *addTextInput(FlowModel &model, const QString &csv, const QPointF &pos);
 TransformItem *addTransform(FlowModel &model, Transform *transform, const QList<FlowItem *> &inputs,
                             const QPointF &pos);
+
+// A transform of a chosen number of inputs with one column option per input (two at most),
+// bound in turn to the inputs; it stacks its inputs' rows, and can claim that reordered
+// inputs changed its options, as a key-matching transform would.
+class ProbeTransform : public Transform
+{
+public:
+    explicit ProbeTransform(int minimum = 1, int maximum = 1);
+
+    bool configures = false;
+    int configureCalls = 0;
+
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
+    void createParameters(const ColumnSources &, bool) override { }
+    bool autoConfigure(const ColumnSources &) override;
+
+protected:
+    void copyFrom(const Transform &other) override;
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                     bool &) override;
+
+private:
+    TransformDescriptor m_descriptor;
+};

@@ -1,5 +1,6 @@
 #include "flow/flowmodel.h"
 #include "flow/inputitem.h"
+#include "flow/noteitem.h"
 #include "flow/outputitem.h"
 #include "flow/transformitem.h"
 #include "shell/memory.h"
@@ -8,6 +9,7 @@
 #include "transforms/framework/parameter.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformclone.h"
+#include "transforms/transformstack.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -101,6 +103,22 @@ QStringList processedNames(const QStringList &lines)
     return names;
 }
 
+TransformItem *addProbe(FlowModel &model, const QList<FlowItem *> &inputs, const QPointF &pos,
+                        int minimum = 1, int maximum = 1)
+{
+    return addTransform(model, new ProbeTransform(minimum, maximum), inputs, pos);
+}
+
+ProbeTransform *probe(TransformItem *item)
+{
+    return static_cast<ProbeTransform *>(item->transform());
+}
+
+FlowItem *sourceOf(TransformItem *item, int option)
+{
+    return dynamic_cast<FlowItem *>(item->transform()->parameters().at(option)->sourceNode());
+}
+
 } // namespace
 
 class TestFlowModel : public QObject
@@ -139,6 +157,11 @@ private slots:
     void disconnectClearsParameterSource();
     void deleteMarksTargets();
     void cyclesAndDuplicatesRefused();
+    void snapPoint_data();
+    void snapPoint();
+    void inputOrderFollowsCanvas_data();
+    void inputOrderFollowsCanvas();
+    void deepCopyKeepsStructure();
 };
 
 void TestFlowModel::inputCaseCloneEndToEnd()
@@ -506,6 +529,109 @@ void TestFlowModel::cyclesAndDuplicatesRefused()
     QVERIFY(!model.connectItems(first, input));
     QVERIFY(!model.connectItems(first, first));
     QCOMPARE(first->upstream().size(), 1);
+}
+
+void TestFlowModel::snapPoint_data()
+{
+    QTest::addColumn<QPointF>("point");
+    QTest::addColumn<QPointF>("snapped");
+    const qreal w = FlowModel::GridWidth;
+    const qreal h = FlowModel::GridHeight;
+    QTest::newRow("on grid") << QPointF(w, h) << QPointF(w, h);
+    QTest::newRow("just below half") << QPointF(w / 2 - 0.01, h / 2 - 0.01) << QPointF(0, 0);
+    QTest::newRow("half rounds up") << QPointF(w / 2, h / 2) << QPointF(w, h);
+    QTest::newRow("negative") << QPointF(-w * 1.3, -h * 2.8) << QPointF(-w, -3 * h);
+    QTest::newRow("negative half rounds up") << QPointF(-w / 2, -h / 2) << QPointF(0, 0);
+}
+
+void TestFlowModel::snapPoint()
+{
+    QFETCH(QPointF, point);
+    QFETCH(QPointF, snapped);
+    const QPointF result = FlowModel::snapPoint(point);
+    QVERIFY2(qAbs(result.x() - snapped.x()) < 1e-9 && qAbs(result.y() - snapped.y()) < 1e-9,
+             qPrintable(QString("%1,%2").arg(result.x()).arg(result.y())));
+}
+
+void TestFlowModel::inputOrderFollowsCanvas_data()
+{
+    QTest::addColumn<bool>("configures");
+    QTest::newRow("options unchanged") << false;
+    QTest::newRow("options changed") << true;
+}
+
+void TestFlowModel::inputOrderFollowsCanvas()
+{
+    QFETCH(bool, configures);
+    FlowModel model;
+    model.setAutoRun(true);
+    InputItem *first = addTextInput(model, "a\n1\n", {0, 0});
+    InputItem *second = addTextInput(model, "a\n2\n", {0, 200});
+    auto *transform = new TransformStack;
+    TransformItem *stack = addTransform(model, transform, {first, second}, {240, 100});
+    auto *probed = addProbe(model, {first, second}, {240, 400}, 1, 2);
+    probe(probed)->configures = configures;
+    model.process(FlowModel::RunAll);
+    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"1"}, {"2"}}));
+    QCOMPARE(probed->dataset()->rows(), QList<QStringList>({{"1"}, {"2"}}));
+
+    // The user drags the lower input above the upper one.
+    second->setPos(QPointF(0, -200));
+    model.itemsMoved({second});
+
+    QCOMPARE(probed->upstream(true), QList<FlowItem *>({second, first}));
+    QVERIFY(probe(probed)->configureCalls >= 1);
+    if (configures) {
+        QCOMPARE(probed->dataset()->rows(), QList<QStringList>({{"2"}, {"1"}}));
+    } else {
+        // Nothing reported changed: the last result stands until the next run.
+        QCOMPARE(probed->status(), int(FlowItem::UpToDate));
+        QCOMPARE(probed->dataset()->rows(), QList<QStringList>({{"1"}, {"2"}}));
+    }
+    // Whatever runs next takes the inputs in canvas order.
+    model.process(FlowModel::RunAll);
+    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"2"}, {"1"}}));
+}
+
+void TestFlowModel::deepCopyKeepsStructure()
+{
+    FlowModel model;
+    model.setAutoRun(false);
+    model.setSnapToGrid(true);
+    InputItem *top = addTextInput(model, "a\n1\n", {0, 0});
+    InputItem *bottom = addTextInput(model, "a\n2\n", {0, 200});
+    TransformItem *pair = addProbe(model, {top, bottom}, {240, 100}, 1, 2);
+    TransformItem *last = addProbe(model, {pair}, {480, 100});
+    auto *note = new NoteItem;
+    note->setComment("why");
+    model.addItem(note);
+    model.process(FlowModel::RunAll);
+
+    QScopedPointer<FlowModel> copy(model.deepCopy());
+    QVERIFY(copy->snapToGrid());
+    QVERIFY(!copy->autoRun());
+    QCOMPARE(copy->items().size(), 5);
+    QCOMPARE(copy->connections().size(), 3);
+    auto *pairCopy = qobject_cast<TransformItem *>(copy->itemById(pair->id()));
+    auto *lastCopy = qobject_cast<TransformItem *>(copy->itemById(last->id()));
+    FlowItem *topCopy = copy->itemById(top->id());
+    FlowItem *bottomCopy = copy->itemById(bottom->id());
+    QVERIFY(pairCopy && lastCopy && topCopy && bottomCopy);
+    QVERIFY(pairCopy != pair);
+    QCOMPARE(pairCopy->upstream(true), QList<FlowItem *>({topCopy, bottomCopy}));
+    QCOMPARE(sourceOf(pairCopy, 0), topCopy);
+    QCOMPARE(sourceOf(pairCopy, 1), bottomCopy);
+    QCOMPARE(sourceOf(lastCopy, 0), static_cast<FlowItem *>(pairCopy));
+    QCOMPARE(pairCopy->status(), int(FlowItem::UpToDate));
+    QCOMPARE(pairCopy->pos(), pair->pos());
+    QCOMPARE(copy->itemById(note->id())->comment(), QString("why"));
+    // The rows are the original's, not copies of them.
+    QCOMPARE(&pairCopy->dataset()->rows().at(0).at(0), &pair->dataset()->rows().at(0).at(0));
+
+    // Editing the copy leaves the original alone.
+    copy->disconnect(pairCopy->connections(ConnectionDirection::In).first());
+    QCOMPARE(pair->upstream().size(), 2);
+    QCOMPARE(sourceOf(pair, 0), static_cast<FlowItem *>(top));
 }
 
 QTEST_GUILESS_MAIN(TestFlowModel)
