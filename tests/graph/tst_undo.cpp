@@ -1,9 +1,9 @@
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
+#include "graph/node.h"
 #include "graph/undo.h"
 #include "testutil.h"
 #include "transforms/transformstack.h"
@@ -52,8 +52,8 @@ struct Workbench
 {
     Workbench()
     {
-        auto *scene = new GraphScene(&owner);
-        scene->setAutoRun(false);
+        auto *scene = new GraphScene(nullptr, &owner);
+        scene->model()->setAutoRun(false);
         history.setLiveScene(scene);
         UndoHistory::setCurrent(&history);
         QObject::connect(&history, &UndoHistory::sceneSwapped,
@@ -131,21 +131,25 @@ void TestUndo::eachEditIsOneStep()
     InputNode *input = addTextInput(*scene, "a\n1\n", {0, 0});
     InputNode *loose = addTextInput(*scene, "a\n2\n", {0, 300});
     TransformNode *stack = addTransform(*scene, new TransformStack, {input}, {240, 0});
-    scene->process(GraphScene::RunAll);
+    scene->process(FlowModel::RunAll);
     QSignalSpy recovery(&bench.history, &UndoHistory::recoveryDue);
 
     auto shape = [](GraphScene *s) {
         QList<int> result;
         for (Node *node : s->nodes())
-            result.append(node->id());
+            result.append(node->item()->id());
         std::sort(result.begin(), result.end());
         QStringList connections;
         for (Connection *c : s->allConnections())
-            connections.append(QString("%1>%2").arg(c->source()->id()).arg(c->target()->id()));
+            connections.append(
+                QString("%1>%2").arg(c->source()->item()->id()).arg(c->target()->item()->id()));
         connections.sort();
         QStringList positions;
         for (Node *node : s->nodes())
-            positions.append(QString("%1@%2,%3").arg(node->id()).arg(node->x()).arg(node->y()));
+            positions.append(QString("%1@%2,%3")
+                                 .arg(node->item()->id())
+                                 .arg(node->item()->pos().x())
+                                 .arg(node->item()->pos().y()));
         positions.sort();
         return QStringList {QString::number(result.size()), connections.join(' '),
                             positions.join(' '), QString::number(s->snapToGrid())};
@@ -278,8 +282,7 @@ void TestUndo::nestedStepsAreOne()
     {
         UndoStep outer("add file(s)");
         bench.addNote();
-        auto *input = new InputNode;
-        bench.live()->addInputNodeByUser(input, QPointF(0, 500));
+        bench.live()->addInputByUser(new InputItem, QPointF(0, 500));
         QVERIFY(isUndoStepOpen());
     }
     QVERIFY(!isUndoStepOpen());
@@ -315,7 +318,7 @@ void TestUndo::pairSpansEvents()
 void TestUndo::withoutHistoryNothingIsRecorded()
 {
     UndoHistory history;
-    auto *scene = new GraphScene(&history);
+    auto *scene = new GraphScene(nullptr, &history);
     history.setLiveScene(scene);
     // Not current: as on the command line, edits go through without steps.
     scene->addNoteByUser(QPointF());
@@ -340,7 +343,7 @@ void TestUndo::undoIgnoredWhileRunning()
     transform->during = [&bench]() {
         bench.history.undo();
     };
-    scene->process(GraphScene::RunAll);
+    scene->process(FlowModel::RunAll);
     QCOMPARE(bench.live(), scene);
     QCOMPARE(bench.history.index(), -1);
     QVERIFY(bench.swapped.isEmpty());
@@ -356,7 +359,7 @@ void TestUndo::newDocumentForgetsSteps()
     bench.addNote();
     QPointer<GraphScene> snapshot = bench.history.snapshot(1);
     QVERIFY(snapshot);
-    auto *fresh = new GraphScene(&bench.owner);
+    auto *fresh = new GraphScene(nullptr, &bench.owner);
     bench.history.setLiveScene(fresh);
     QCOMPARE(bench.history.count(), 0);
     QVERIFY(!bench.history.canUndo());
@@ -370,15 +373,16 @@ void TestUndo::snapshotSharesRows()
     GraphScene *scene = bench.live();
     InputNode *input = addTextInput(*scene, "a\n1\n", {0, 0});
     TransformNode *stack = addTransform(*scene, new TransformStack, {input}, {240, 0});
-    stack->dataset()->setSize(1000000, 3);
-    stack->setStatus(Node::UpToDate, false);
+    stack->item()->dataset()->setSize(1000000, 3);
+    stack->item()->setStatus(FlowItem::UpToDate, false);
     bench.addNote();
     GraphScene *snapshot = bench.history.snapshot(0);
-    const Node *copy = snapshot->nodeById(stack->id());
-    QVERIFY(copy && copy != stack);
+    const FlowItem *copy = snapshot->model()->itemById(stack->item()->id());
+    QVERIFY(copy && copy != stack->item());
     QCOMPARE(copy->rowCount(), 1000000);
-    QCOMPARE(&copy->dataset()->rows().first(), &stack->dataset()->rows().first());
-    QCOMPARE(&copy->dataset()->rows().last().last(), &stack->dataset()->rows().last().last());
+    QCOMPARE(&copy->dataset()->rows().first(), &stack->item()->dataset()->rows().first());
+    QCOMPARE(&copy->dataset()->rows().last().last(),
+             &stack->item()->dataset()->rows().last().last());
 }
 
 TABULON_TEST_MAIN(TestUndo)
