@@ -237,7 +237,8 @@ struct Loader
     {
         FlowItem *source
             = nodes.value(XmlAttributes::intValue(element, QStringLiteral("start_id"), -1));
-        FlowItem *target = nodes.value(XmlAttributes::intValue(element, QStringLiteral("end_id"), -1));
+        FlowItem *target
+            = nodes.value(XmlAttributes::intValue(element, QStringLiteral("end_id"), -1));
         if (source && target)
             model->connectItems(source, target);
     }

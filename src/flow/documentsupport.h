@@ -1,7 +1,7 @@
 #pragma once
 
-#include "flow/flowmodel.h"
 #include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 
 #include <QFileInfo>
 #include <QList>

@@ -429,8 +429,9 @@ bool FlowItem::isUpstream(const FlowItem *node) const
 
 bool FlowItem::isConnectedFrom(const FlowItem *source) const
 {
-    return std::any_of(m_connections.cbegin(), m_connections.cend(),
-                       [&](FlowConnection *c) { return c->source() == source && c->target() == this; });
+    return std::any_of(m_connections.cbegin(), m_connections.cend(), [&](FlowConnection *c) {
+        return c->source() == source && c->target() == this;
+    });
 }
 
 void FlowItem::setFractionProcessed(double fraction)

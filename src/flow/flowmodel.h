@@ -85,6 +85,10 @@ public:
     // pointing at the copied items, and datasets sharing their rows with the originals.
     FlowModel *deepCopy(QObject *parent = nullptr) const;
 
+    // Copies root and everything below it under the bottom of the flow, with new ids, aliases
+    // and column ids, fed by the same inputs; returns the root's copy.
+    FlowItem *duplicateBranch(FlowItem *root);
+
     // The items were moved by the user: snaps all items when the grid is on, lets the
     // transforms below that read several inputs reorder them after the canvas, and runs the
     // changes when Auto Run is on.

@@ -88,9 +88,10 @@ void FlowModel::runSelected(const QList<FlowItem *> &selected)
         const QList<FlowItem *> pass = work;
         for (FlowItem *node : pass) {
             const QList<FlowItem *> parents = node->upstream();
-            const bool waiting = std::any_of(parents.cbegin(), parents.cend(), [](FlowItem *parent) {
-                return parent->status() == FlowItem::NeedsUpdate;
-            });
+            const bool waiting
+                = std::any_of(parents.cbegin(), parents.cend(), [](FlowItem *parent) {
+                      return parent->status() == FlowItem::NeedsUpdate;
+                  });
             if (waiting)
                 continue;
             node->run(false, false);
@@ -110,8 +111,9 @@ void FlowModel::runFromRoots(int mode)
         else if (node->status() == FlowItem::Error)
             node->setStatus(FlowItem::NeedsUpdate, false);
     }
-    m_itemCount = int(std::count_if(all.cbegin(), all.cend(),
-                                    [](FlowItem *node) { return node->status() != FlowItem::UpToDate; }));
+    m_itemCount = int(std::count_if(all.cbegin(), all.cend(), [](FlowItem *node) {
+        return node->status() != FlowItem::UpToDate;
+    }));
     sortLeftToRight(all);
     for (FlowItem *node : qAsConst(all)) {
         if (node->upstream().isEmpty())
@@ -125,21 +127,23 @@ void FlowModel::runFromRoots(int mode)
 
 void FlowModel::logSummary(qint64 elapsedMs)
 {
-    const QString processed = QStringLiteral("%1 item(s) processed in %2")
-                                  .arg(QString::number(m_doneCount), FlowItem::elapsedText(elapsedMs));
+    const QString processed
+        = QStringLiteral("%1 item(s) processed in %2")
+              .arg(QString::number(m_doneCount), FlowItem::elapsedText(elapsedMs));
     emit showTempMessage(processed);
     emit showLogMessage(processed);
 
     const QList<FlowItem *> &all = m_items;
     QStringList counts;
     for (int status : {FlowItem::UpToDate, FlowItem::NeedsUpdate, FlowItem::Error}) {
-        const auto count = std::count_if(all.cbegin(), all.cend(),
-                                         [status](FlowItem *node) { return node->status() == status; });
+        const auto count = std::count_if(all.cbegin(), all.cend(), [status](FlowItem *node) {
+            return node->status() == status;
+        });
         counts.append(QStringLiteral("%1: %2").arg(FlowItem::statusText(status)).arg(count));
     }
     emit showLogMessage(counts.join(QStringLiteral(", ")));
-    const auto warned
-        = std::count_if(all.cbegin(), all.cend(), [](FlowItem *node) { return node->hasWarnings(); });
+    const auto warned = std::count_if(all.cbegin(), all.cend(),
+                                      [](FlowItem *node) { return node->hasWarnings(); });
     emit showLogMessage(QStringLiteral("%1 item(s) with warnings\n").arg(warned));
 }
 
@@ -166,4 +170,3 @@ void FlowModel::onProcessingEnd(FlowItem *node)
     emit showProgress(m_itemCount < 1 ? 100 : m_doneCount * 100 / m_itemCount);
     emit showNodeLogMessage(node->logLine());
 }
-

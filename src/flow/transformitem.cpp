@@ -183,7 +183,8 @@ QList<Parameter *> TransformItem::parametersWithSource(const FlowItem *source) c
     return found;
 }
 
-void TransformItem::remapParameterSources(const QHash<const FlowItem *, FlowItem *> &map, bool dropUnmapped)
+void TransformItem::remapParameterSources(const QHash<const FlowItem *, FlowItem *> &map,
+                                          bool dropUnmapped)
 {
     const QList<Parameter *> parameters = m_transform->parameters();
     for (Parameter *parameter : parameters) {
@@ -221,9 +222,10 @@ TransformInputs TransformItem::transformInputs(const QList<FlowItem *> &inputs,
         // An input read twice, as in a self-join, is read again after any one use.
         if (mayTake && inputs.count(input) == 1) {
             const QList<FlowItem *> readers = input->downstream();
-            entry.takeable = std::none_of(readers.cbegin(), readers.cend(), [this](const FlowItem *n) {
-                return n != this && n->status() == NeedsUpdate;
-            });
+            entry.takeable
+                = std::none_of(readers.cbegin(), readers.cend(), [this](const FlowItem *n) {
+                      return n != this && n->status() == NeedsUpdate;
+                  });
         }
         result.append(entry);
     }
@@ -265,8 +267,8 @@ void TransformItem::run(bool recursive, bool freeUpstream)
             context.stopRequested = &FlowModel::isStopRequested;
             if (const FlowModel *flow = model())
                 context.documentPath = flow->documentPath();
-            m_dataset = m_transform->execute(transformInputs(inputs, freeUpstream), context,
-                                             &failed);
+            m_dataset
+                = m_transform->execute(transformInputs(inputs, freeUpstream), context, &failed);
             if (!m_transform->keepsSourceRows())
                 m_dataset.clearSourceRows();
             if (!m_transform->keepsIssues())

@@ -19,8 +19,9 @@ constexpr qreal TipGap = 2.0;
 
 } // namespace
 
-Connection::Connection(Node *source, Node *target)
-    : m_source(source)
+Connection::Connection(FlowConnection *link, Node *source, Node *target)
+    : m_link(link)
+    , m_source(source)
     , m_target(target)
 {
     setZValue(-1.0);
@@ -48,7 +49,7 @@ void Connection::placeEnd(const Node *node, bool outgoing, qreal *offset, qreal 
         return;
     }
     std::stable_sort(side.begin(), side.end(), [node](const Connection *a, const Connection *b) {
-        return Node::topToBottom(a->otherEnd(node), b->otherEnd(node));
+        return FlowItem::topToBottom(a->otherEnd(node)->item(), b->otherEnd(node)->item());
     });
     const int i = std::max(0, int(side.indexOf(const_cast<Connection *>(this))));
     const qreal height = Node::itemSize().height();
@@ -136,7 +137,7 @@ QColor Connection::penColor() const
         return colors->color(Colors::Selection);
     QColor colour = colors->color(Colors::Connection);
     // A connection whose data isn't there yet is drawn fainter.
-    if (m_source->status() != Node::UpToDate)
+    if (m_source->item()->status() != FlowItem::UpToDate)
         colour.setAlpha(150);
     return colour;
 }

@@ -4,12 +4,14 @@
 #include <QList>
 #include <QPolygonF>
 
+class FlowConnection;
 class Node;
 
-// An arrow from one item's output to another item's input. Both ends keep the connection in
-// their lists; the scene owns it as a graphics item. The ends of all connections on one side
-// of an item are spread along that side, ordered by the height of the items at their other
-// ends, and the inner curves bend less than the outer ones so that they don't cross.
+// The drawing of one connection of the flow: an arrow from one node's output to another
+// node's input. Both ends keep it in their lists; the scene owns it as a graphics item. The ends of
+// all connections on one side of an item are spread along that side, ordered by the height of the
+// items at their other ends, and the inner curves bend less than the outer ones so that they don't
+// cross.
 class Connection : public QGraphicsPathItem
 {
 public:
@@ -23,9 +25,10 @@ public:
     static constexpr qreal HitWidth = 10.0;
     static constexpr qreal HeadAngle = 0.7;
 
-    Connection(Node *source, Node *target);
+    Connection(FlowConnection *link, Node *source, Node *target);
 
     int type() const override { return Type; }
+    FlowConnection *link() const { return m_link; }
     Node *source() const { return m_source; }
     Node *target() const { return m_target; }
     Node *otherEnd(const Node *node) const { return node == m_source ? m_target : m_source; }
@@ -65,6 +68,7 @@ private:
     // The place of this connection's end among the n ends on the given side of node.
     void placeEnd(const Node *node, bool outgoing, qreal *offset, qreal *control) const;
 
+    FlowConnection *m_link;
     Node *m_source;
     Node *m_target;
     bool m_highlighted = false;

@@ -1,37 +1,29 @@
 #include "graph/graphscene.h"
 
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "graph/connection.h"
-#include "graph/inputnode.h"
 #include "graph/node.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/undo.h"
-#include "shell/application.h"
-#include "shell/guards.h"
-#include "shell/settings.h"
+#include "shell/undostep.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 
-#include <QApplication>
-#include <QDateTime>
-#include <QLineF>
 #include <QLocale>
-#include <QRegularExpression>
-#include <QtMath>
+#include <QSet>
 
 #include <algorithm>
 
 // The edits of the user on the scene: connections, new items in free places, deletion with
-// bridging, disconnection and the snap grid; duplicating a branch is in duplicatebranch.cpp.
-// Each public edit is one undo step.
+// bridging, disconnection, duplication and the snap grid. Each public edit is one undo step;
+// the model does the work, and the scene's nodes follow its signals.
 
 namespace {
 
-bool isNodeType(int type)
-{
-    return type >= Node::InputType && type <= Node::NoteType;
-}
+constexpr qreal GridWidth = FlowModel::GridWidth;
+constexpr qreal GridHeight = FlowModel::GridHeight;
 
 QRectF itemRect(const QPointF &pos)
 {
@@ -40,169 +32,105 @@ QRectF itemRect(const QPointF &pos)
 
 } // namespace
 
-Connection *GraphScene::makeConnection(Node *source, Node *target)
-{
-    auto *connection = new Connection(source, target);
-    source->addConnection(connection);
-    target->addConnection(connection);
-    addItem(connection);
-    return connection;
-}
-
-void GraphScene::deleteConnection(Connection *connection)
-{
-    connection->source()->removeConnection(connection);
-    connection->target()->removeConnection(connection);
-    removeItem(connection);
-    delete connection;
-}
-
 void GraphScene::refreshGeometry()
 {
     const QList<Connection *> connections = allConnections();
     for (Connection *connection : connections)
         connection->updatePath();
     QRectF bounds;
-    const QList<Node *> all = nodes();
-    for (const Node *node : all)
-        bounds |= itemRect(node->pos());
+    const QList<FlowItem *> all = m_model->items();
+    for (const FlowItem *item : all)
+        bounds |= itemRect(item->pos());
     // Room for the selection outline and the connect overlays along the edges.
     setSceneRect(bounds.adjusted(-45.0, -45.0, 45.0, 45.0));
 }
 
 void GraphScene::runChangesIfAuto()
 {
-    if (m_autoRun && !m_running)
-        process(RunChanges, false);
-}
-
-QList<Node *> GraphScene::selectedNodes() const
-{
-    QList<Node *> result;
-    const QList<QGraphicsItem *> selection = selectedItems();
-    for (QGraphicsItem *item : selection) {
-        if (isNodeType(item->type()))
-            result.append(static_cast<Node *>(item));
-    }
-    return result;
+    if (m_model->autoRun() && !m_model->isProcessing())
+        m_model->process(FlowModel::RunChanges, false);
 }
 
 bool GraphScene::collides(const QRectF &rect, const Node *ignore) const
 {
-    const QList<Node *> all = nodes();
-    return std::any_of(all.cbegin(), all.cend(), [&](const Node *node) {
-        return node != ignore && itemRect(node->pos()).intersects(rect);
+    const QList<FlowItem *> all = m_model->items();
+    return std::any_of(all.cbegin(), all.cend(), [&](const FlowItem *item) {
+        return (!ignore || item != ignore->item()) && itemRect(item->pos()).intersects(rect);
     });
-}
-
-QPointF GraphScene::snapPoint(const QPointF &point)
-{
-    return QPointF(qFloor(point.x() / GridWidth + 0.5) * GridWidth,
-                   qFloor(point.y() / GridHeight + 0.5) * GridHeight);
 }
 
 GraphScene *GraphScene::deepCopy(QObject *parent) const
 {
-    auto *copy = new GraphScene(parent);
-    copy->m_snapToGrid = m_snapToGrid;
-    copy->m_autoRun = m_autoRun;
-    copy->m_documentPath = m_documentPath;
-
-    QHash<const Node *, Node *> map;
-    const QList<Node *> all = nodes();
-    for (const Node *node : all) {
-        Node *clone = node->clone();
-        clone->setZValue(node->zValue());
-        copy->addNode(clone);
-        map.insert(node, clone);
-    }
-    for (Node *clone : qAsConst(map)) {
-        if (auto *transform = qobject_cast<TransformNode *>(clone))
-            transform->remapParameterSources(map, true);
-    }
-    const QList<Connection *> connections = allConnections();
-    for (const Connection *connection : connections) {
-        Node *source = map.value(connection->source());
-        Node *target = map.value(connection->target());
-        if (source && target)
-            copy->makeConnection(source, target);
-    }
-    copy->refreshGeometry();
-    return copy;
+    return new GraphScene(m_model->deepCopy(), parent);
 }
 
 QList<Node *> GraphScene::connectionCandidates(const Node *source) const
 {
-    QList<Node *> candidates;
-    if (!source)
-        return candidates;
-    const QList<Node *> all = nodes();
-    for (Node *target : all) {
-        if (target == source)
-            continue;
-        if (target->connections(ConnectionDirection::In).size() >= target->maximumInputs())
-            continue;
-        if (target->isConnectedFrom(source) || source->isUpstream(target))
-            continue;
-        candidates.append(target);
-    }
-    return candidates;
+    return source ? nodesFor(m_model->connectionCandidates(source->item())) : QList<Node *>();
 }
 
 bool GraphScene::canStartConnection(const Node *source) const
 {
-    return source && source->connections(ConnectionDirection::Out).size() < source->maximumOutputs()
-        && !connectionCandidates(source).isEmpty();
+    return source
+        && source->item()->connections(ConnectionDirection::Out).size()
+        < source->item()->maximumOutputs()
+        && !m_model->connectionCandidates(source->item()).isEmpty();
 }
 
 Connection *GraphScene::addConnectionByUser(Node *source, Node *target)
 {
-    if (!source || !target || !connectionCandidates(source).contains(target)
-        || source->connections(ConnectionDirection::Out).size() >= source->maximumOutputs())
+    if (!source || !target || !canStartConnection(source)
+        || !m_model->connectionCandidates(source->item()).contains(target->item()))
         return nullptr;
     UndoStep step(QStringLiteral("add connection"));
-    Connection *connection = makeConnection(source, target);
+    FlowConnection *link = m_model->makeConnection(source->item(), target->item());
     const QList<Connection *> touching
         = source->connections() + target->connections(ConnectionDirection::Both);
     for (Connection *each : touching)
         each->updatePath();
-    if (auto *transform = qobject_cast<TransformNode *>(target)) {
+    if (auto *transform = qobject_cast<TransformItem *>(target->item())) {
         transform->connectParameters();
         emit nodeParametersChanged(transform);
     }
-    target->setStatus(Node::NeedsUpdate, true);
+    target->item()->setStatus(FlowItem::NeedsUpdate, true);
     runChangesIfAuto();
-    return connection;
+    return m_connections.value(link);
 }
 
-void GraphScene::addInputNodeByUser(InputNode *node, const QPointF &scenePos, bool ctrlHeld)
+Node *GraphScene::addPlaced(FlowItem *item, const QPointF &pos)
 {
-    if (!node)
-        return;
-    UndoStep step(node->medium() == InputNode::Clipboard ? QStringLiteral("add clipboard")
-                                                         : QStringLiteral("add file(s)"));
-    const QPointF pos = scenePos.isNull() ? freePlace({}, ctrlHeld, scenePos) : scenePos;
-    node->setPos(pos);
-    addNode(node);
+    item->setPos(pos);
+    m_model->addItem(item);
     clearSelection();
-    node->setSelected(true);
+    Node *node = nodeFor(item);
+    if (node)
+        node->setSelected(true);
+    return node;
+}
+
+Node *GraphScene::addInputByUser(InputItem *input, const QPointF &scenePos, bool ctrlHeld)
+{
+    if (!input)
+        return nullptr;
+    UndoStep step(input->medium() == InputItem::Clipboard ? QStringLiteral("add clipboard")
+                                                          : QStringLiteral("add file(s)"));
+    Node *node = addPlaced(input, scenePos.isNull() ? freePlace({}, ctrlHeld, scenePos) : scenePos);
     refreshGeometry();
     emit nodesAdded();
     runChangesIfAuto();
+    return node;
 }
 
-OutputNode *GraphScene::addOutputByUser(Node *source, const QString &path)
+Node *GraphScene::addOutputByUser(Node *sourceNode, const QString &path)
 {
+    FlowItem *source = sourceNode ? sourceNode->item() : nullptr;
     if (!source || source->maximumOutputs() <= source->connections(ConnectionDirection::Out).size())
         return nullptr;
     UndoStep step(QStringLiteral("add output"));
-    clearSelection();
-    auto *output = new OutputNode(-1, path);
-    output->setPos(freePlace({source}, false, QPointF()));
-    addNode(output);
-    makeConnection(source, output);
-    output->setStatus(Node::NeedsUpdate, true);
-    output->setSelected(true);
+    auto *output = new OutputItem(-1, path);
+    Node *node = addPlaced(output, freePlace({sourceNode}, false, QPointF()));
+    m_model->makeConnection(source, output);
+    output->setStatus(FlowItem::NeedsUpdate, true);
     refreshGeometry();
 
     const qint64 rows = source->rowCount();
@@ -221,28 +149,28 @@ OutputNode *GraphScene::addOutputByUser(Node *source, const QString &path)
             tooBig.arg(QStringLiteral("Excel .xls"), locale.toString(65536), locale.toString(256)));
     emit nodesAdded();
     runChangesIfAuto();
-    return output;
+    return node;
 }
 
 QPointF GraphScene::notePlace(const QPointF &scenePos, int *arrow) const
 {
     *arrow = 0;
-    const QList<Node *> all = nodes();
-    const Node *under = nullptr;
-    for (const Node *node : all) {
-        if (node->type() != Node::NoteType && itemRect(node->pos()).contains(scenePos))
-            under = node;
+    const QList<FlowItem *> all = m_model->items();
+    const FlowItem *under = nullptr;
+    for (const FlowItem *item : all) {
+        if (item->kind() != FlowItem::NoteKind && itemRect(item->pos()).contains(scenePos))
+            under = item;
     }
     if (!under)
         return scenePos;
     // The sides a note prefers depend on where the item's arrows run: 1 below, 2 left,
     // 3 above, 4 right.
     QList<int> sides;
-    switch (under->type()) {
-    case Node::InputType:
+    switch (under->kind()) {
+    case FlowItem::InputKind:
         sides = {2, 3, 1, 4};
         break;
-    case Node::OutputType:
+    case FlowItem::OutputKind:
         sides = {4, 3, 1, 2};
         break;
     default:
@@ -274,20 +202,17 @@ QPointF GraphScene::notePlace(const QPointF &scenePos, int *arrow) const
     return scenePos;
 }
 
-NoteNode *GraphScene::addNoteByUser(const QPointF &scenePos)
+Node *GraphScene::addNoteByUser(const QPointF &scenePos)
 {
     UndoStep step(QStringLiteral("add note"));
     int arrow = 0;
     const QPointF place = notePlace(scenePos, &arrow);
-    auto *note = new NoteNode;
+    auto *note = new NoteItem;
     note->setArrow(arrow);
-    note->setPos(place);
-    addNode(note);
-    clearSelection();
-    note->setSelected(true);
+    Node *node = addPlaced(note, place);
     refreshGeometry();
     emit nodesAdded();
-    return note;
+    return node;
 }
 
 bool GraphScene::canAddTransform(const Transform *prototype,
@@ -325,56 +250,58 @@ bool GraphScene::canAddTransform(const Transform *prototype,
     return sources >= prototype->minimumInputs() && sources <= prototype->maximumInputs();
 }
 
-TransformNode *GraphScene::addTransformByUser(const Transform *prototype, bool ctrlHeld,
-                                              const QPointF &cursorScenePos)
+Node *GraphScene::addTransformByUser(const Transform *prototype, bool ctrlHeld,
+                                     const QPointF &cursorScenePos)
 {
-    const QList<QGraphicsItem *> selection = selectedItems();
+    const QList<QGraphicsItem *> selection = QGraphicsScene::selectedItems();
     if (!canAddTransform(prototype, selection))
         return nullptr;
     UndoStep step(QStringLiteral("add '%1'").arg(prototype->displayName()));
 
-    QList<Node *> sources = selectedNodes();
-    sortTopToBottom(sources);
-    Connection *into = nullptr;
+    QList<Node *> sourceNodes = selectedNodes();
+    std::stable_sort(sourceNodes.begin(), sourceNodes.end(), [](const Node *a, const Node *b) {
+        return FlowItem::topToBottom(a->item(), b->item());
+    });
+    QList<FlowItem *> sources;
+    for (Node *node : qAsConst(sourceNodes))
+        sources.append(node->item());
+    FlowConnection *into = nullptr;
     if (sources.isEmpty()) {
         for (QGraphicsItem *item : selection) {
             if (item->type() == Connection::Type)
-                into = static_cast<Connection *>(item);
+                into = static_cast<Connection *>(item)->link();
         }
     }
 
     Transform *transform = prototype->clone();
-    transform->createParameters(Node::asSources(into ? QList<Node *> {into->source()} : sources),
-                                true);
-    auto *node = new TransformNode(transform);
-    clearSelection();
+    transform->createParameters(
+        FlowItem::asSources(into ? QList<FlowItem *> {into->source()} : sources), true);
+    auto *item = new TransformItem(transform);
+    Node *node = nullptr;
 
     if (into) {
-        Node *source = into->source();
-        Node *target = into->target();
+        FlowItem *source = into->source();
+        FlowItem *target = into->target();
         // The target's options that read the source now read the new transform, which passes
         // the same columns on.
         QList<Parameter *> moved;
-        if (auto *targetTransform = qobject_cast<TransformNode *>(target))
+        if (auto *targetTransform = qobject_cast<TransformItem *>(target))
             moved = targetTransform->parametersWithSource(source);
-        node->setPos(freePlace({source}, ctrlHeld, cursorScenePos));
-        addNode(node);
-        deleteConnection(into);
-        makeConnection(source, node);
-        makeConnection(node, target);
+        node = addPlaced(item, freePlace({nodeFor(source)}, ctrlHeld, cursorScenePos));
+        m_model->deleteConnection(into);
+        m_model->makeConnection(source, item);
+        m_model->makeConnection(item, target);
         for (Parameter *parameter : qAsConst(moved))
-            parameter->setSourceNode(node);
-        target->setStatus(Node::NeedsUpdate, true);
+            parameter->setSourceNode(item);
+        target->setStatus(FlowItem::NeedsUpdate, true);
     } else {
-        node->setPos(freePlace(sources, ctrlHeld, cursorScenePos));
-        addNode(node);
-        for (Node *source : qAsConst(sources))
-            makeConnection(source, node);
+        node = addPlaced(item, freePlace(sourceNodes, ctrlHeld, cursorScenePos));
+        for (FlowItem *source : qAsConst(sources))
+            m_model->makeConnection(source, item);
     }
-    node->autoConfigure();
-    node->connectParameters();
-    node->setStatus(Node::NeedsUpdate, true);
-    node->setSelected(true);
+    item->autoConfigure();
+    item->connectParameters();
+    item->setStatus(FlowItem::NeedsUpdate, true);
     refreshGeometry();
     emit transformNodeAddedByUser(prototype->typeName());
     emit nodesAdded();
@@ -402,9 +329,9 @@ QPointF GraphScene::freePlace(const QList<Node *> &sources, bool ctrlHeld,
             return cursorScenePos;
         // No point given: the first free place down the left edge of the graph.
         QRectF bounds;
-        const QList<Node *> all = nodes();
-        for (const Node *node : all)
-            bounds |= itemRect(node->pos());
+        const QList<FlowItem *> all = m_model->items();
+        for (const FlowItem *item : all)
+            bounds |= itemRect(item->pos());
         return freePlaceFrom(bounds.topLeft(), true);
     }
     const Node *rightMost = sources.first();
@@ -415,9 +342,9 @@ QPointF GraphScene::freePlace(const QList<Node *> &sources, bool ctrlHeld,
     QPointF start = rightMost->pos() + QPointF(GridWidth, 0.0);
 
     QRectF bounds;
-    const QList<Node *> all = nodes();
-    for (const Node *node : all)
-        bounds |= itemRect(node->pos());
+    const QList<FlowItem *> all = m_model->items();
+    for (const FlowItem *item : all)
+        bounds |= itemRect(item->pos());
     if ((bounds | itemRect(start)).width() > RowWidth)
         start = QPointF(bounds.left(), bounds.bottom() - Node::itemSize().height() + GridHeight);
     return freePlaceFrom(start);
@@ -425,67 +352,38 @@ QPointF GraphScene::freePlace(const QList<Node *> &sources, bool ctrlHeld,
 
 void GraphScene::deleteSelectedByUser()
 {
-    if (m_running)
+    if (m_model->isProcessing())
         return;
-    const QList<QGraphicsItem *> selection = selectedItems();
+    const QList<QGraphicsItem *> selection = QGraphicsScene::selectedItems();
     if (selection.isEmpty())
         return;
     UndoStep step(QStringLiteral("delete"));
 
-    QList<Connection *> selectedConnections;
-    QList<Node *> selected;
+    QList<FlowConnection *> selectedConnections;
+    QList<FlowItem *> selected;
     for (QGraphicsItem *item : selection) {
         if (item->type() == Connection::Type)
-            selectedConnections.append(static_cast<Connection *>(item));
-        else if (isNodeType(item->type()))
-            selected.append(static_cast<Node *>(item));
+            selectedConnections.append(static_cast<Connection *>(item)->link());
+        else if (Node::isNodeType(item->type()))
+            selected.append(static_cast<Node *>(item)->item());
     }
 
-    for (Connection *connection : qAsConst(selectedConnections)) {
-        connection->target()->setStatus(Node::NeedsUpdate, true);
-        deleteConnection(connection);
+    for (FlowConnection *connection : qAsConst(selectedConnections)) {
+        connection->target()->setStatus(FlowItem::NeedsUpdate, true);
+        m_model->deleteConnection(connection);
     }
-
-    // A transform taken out of a chain leaves its source feeding its targets.
-    for (Node *node : qAsConst(selected)) {
-        auto *transform = qobject_cast<TransformNode *>(node);
-        if (!transform)
-            continue;
-        const QList<Connection *> incoming = transform->connections(ConnectionDirection::In);
-        const QList<Connection *> outgoing = transform->connections(ConnectionDirection::Out);
-        if (incoming.size() != 1 || outgoing.isEmpty())
-            continue;
-        Node *source = incoming.first()->source();
-        if (selected.contains(source))
-            continue;
-        transform->setStatus(Node::NeedsUpdate, true);
-        deleteConnection(incoming.first());
-        for (Connection *connection : outgoing) {
-            Node *target = connection->target();
-            if (selected.contains(target))
-                continue;
-            QList<Parameter *> moved;
-            if (auto *targetTransform = qobject_cast<TransformNode *>(target))
-                moved = targetTransform->parametersWithSource(transform);
-            deleteConnection(connection);
-            makeConnection(source, target);
-            for (Parameter *parameter : qAsConst(moved))
-                parameter->setSourceNode(source);
-        }
-    }
-
-    for (Node *node : qAsConst(selected))
-        node->deleteNode();
+    bridgeAround(selected);
+    for (FlowItem *item : qAsConst(selected))
+        m_model->removeItem(item);
 
     // Bridging can join a source to a target it already fed.
-    QList<Connection *> connections = allConnections();
-    std::sort(connections.begin(), connections.end(), std::less<Connection *>());
+    QList<FlowConnection *> connections = m_model->connections();
     for (int i = 0; i < connections.size(); ++i) {
         for (int j = i + 1; j < connections.size(); ++j) {
-            Connection *low = connections.at(i);
-            Connection *high = connections.at(j);
+            FlowConnection *low = connections.at(i);
+            FlowConnection *high = connections.at(j);
             if (high && low && high->source() == low->source() && high->target() == low->target()) {
-                deleteConnection(high);
+                m_model->deleteConnection(high);
                 connections[j] = nullptr;
             }
         }
@@ -499,6 +397,37 @@ void GraphScene::deleteSelectedByUser()
                      QStringLiteral("You can delete/insert transforms without deleting "
                                     "connections. See 'Reference>Connections' in the help."),
                      20000);
+}
+
+void GraphScene::bridgeAround(const QList<FlowItem *> &selected)
+{
+    // A transform taken out of a chain leaves its source feeding its targets.
+    for (FlowItem *item : selected) {
+        auto *transform = qobject_cast<TransformItem *>(item);
+        if (!transform)
+            continue;
+        const QList<FlowConnection *> incoming = transform->connections(ConnectionDirection::In);
+        const QList<FlowConnection *> outgoing = transform->connections(ConnectionDirection::Out);
+        if (incoming.size() != 1 || outgoing.isEmpty())
+            continue;
+        FlowItem *source = incoming.first()->source();
+        if (selected.contains(source))
+            continue;
+        transform->setStatus(FlowItem::NeedsUpdate, true);
+        m_model->deleteConnection(incoming.first());
+        for (FlowConnection *connection : outgoing) {
+            FlowItem *target = connection->target();
+            if (selected.contains(target))
+                continue;
+            QList<Parameter *> moved;
+            if (auto *targetTransform = qobject_cast<TransformItem *>(target))
+                moved = targetTransform->parametersWithSource(transform);
+            m_model->deleteConnection(connection);
+            m_model->makeConnection(source, target);
+            for (Parameter *parameter : qAsConst(moved))
+                parameter->setSourceNode(source);
+        }
+    }
 }
 
 namespace {
@@ -520,22 +449,23 @@ ConnectionDirection toConnectionDirection(GraphScene::Disconnect direction)
 
 int GraphScene::columnOptionsAtRisk(Disconnect direction) const
 {
-    const QList<Node *> selected = selectedNodes();
-    QSet<TransformNode *> affected;
-    for (const Node *node : selected) {
-        const QList<Connection *> connections = node->connections(toConnectionDirection(direction));
-        for (const Connection *connection : connections) {
-            if (auto *target = qobject_cast<TransformNode *>(connection->target()))
+    const QList<FlowItem *> selected = selectedItems();
+    QSet<TransformItem *> affected;
+    for (const FlowItem *item : selected) {
+        const QList<FlowConnection *> connections
+            = item->connections(toConnectionDirection(direction));
+        for (const FlowConnection *connection : connections) {
+            if (auto *target = qobject_cast<TransformItem *>(connection->target()))
                 affected.insert(target);
-            const QSet<Node *> below
-                = connection->target()->allDownstreamOfType(Node::TransformType);
-            for (Node *each : below)
-                affected.insert(static_cast<TransformNode *>(each));
+            const QSet<FlowItem *> below
+                = connection->target()->allDownstreamOfKind(FlowItem::TransformKind);
+            for (FlowItem *each : below)
+                affected.insert(static_cast<TransformItem *>(each));
         }
     }
     int count = 0;
-    for (TransformNode *transform : qAsConst(affected)) {
-        if (direction == Disconnect::Out && transform->isSelected())
+    for (TransformItem *transform : qAsConst(affected)) {
+        if (direction == Disconnect::Out && selected.contains(transform))
             continue;
         count += transform->columnRelatedParameterCount();
     }
@@ -544,32 +474,49 @@ int GraphScene::columnOptionsAtRisk(Disconnect direction) const
 
 void GraphScene::disconnectSelectedByUser(Disconnect direction)
 {
-    if (m_running)
+    if (m_model->isProcessing())
         return;
-    const QList<Node *> selected = selectedNodes();
+    const QList<FlowItem *> selected = selectedItems();
     if (selected.isEmpty())
         return;
     UndoStep step(QStringLiteral("disconnect"));
-    for (Node *node : selected) {
-        if (direction != Disconnect::Out && !node->connections(ConnectionDirection::In).isEmpty())
-            node->setStatus(Node::NeedsUpdate, true);
+    for (FlowItem *item : selected) {
+        if (direction != Disconnect::Out && !item->connections(ConnectionDirection::In).isEmpty())
+            item->setStatus(FlowItem::NeedsUpdate, true);
         if (direction != Disconnect::In) {
-            const QList<Node *> targets = node->downstream();
-            for (Node *target : targets)
-                target->setStatus(Node::NeedsUpdate, true);
+            const QList<FlowItem *> targets = item->downstream();
+            for (FlowItem *target : targets)
+                target->setStatus(FlowItem::NeedsUpdate, true);
         }
-        node->deleteConnections(toConnectionDirection(direction));
+        const QList<FlowConnection *> doomed = item->connections(toConnectionDirection(direction));
+        for (FlowConnection *connection : doomed)
+            m_model->deleteConnection(connection);
     }
     refreshGeometry();
     runChangesIfAuto();
 }
 
+void GraphScene::duplicateBranchByUser()
+{
+    const QList<FlowItem *> selected = selectedItems();
+    if (selected.size() != 1 || m_model->isProcessing())
+        return;
+    UndoStep step(QStringLiteral("duplicate branch"));
+    clearSelection();
+    FlowItem *rootCopy = m_model->duplicateBranch(selected.first());
+    if (Node *node = nodeFor(rootCopy))
+        node->setSelected(true);
+    refreshGeometry();
+    emit nodesAdded();
+    runChangesIfAuto();
+}
+
 void GraphScene::setSnapToGrid(bool on)
 {
-    if (m_snapToGrid == on)
+    if (m_model->snapToGrid() == on)
         return;
     UndoStep step(on ? QStringLiteral("snap on") : QStringLiteral("snap off"));
-    m_snapToGrid = on;
+    m_model->setSnapToGrid(on);
 }
 
 void GraphScene::endItemsMove()

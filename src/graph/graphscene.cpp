@@ -1,351 +1,231 @@
 #include "graph/graphscene.h"
 
+#include "flow/flowmodel.h"
+#include "flow/transformitem.h"
 #include "graph/connection.h"
-#include "graph/inputnode.h"
 #include "graph/node.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/undo.h"
-#include "shell/application.h"
 #include "shell/guards.h"
-#include "shell/settings.h"
-#include "transforms/framework/parameter.h"
-#include "transforms/framework/transform.h"
 
 #include <QApplication>
-#include <QDateTime>
-#include <QLineF>
-#include <QLocale>
-#include <QRegularExpression>
-#include <QtMath>
 
-#include <algorithm>
+#include <memory>
 
-bool GraphScene::s_stopRequested = false;
-
-namespace {
-
-// Pumping is costly next to the work of an inner loop; one pump per 500 ms keeps the window
-// alive without slowing a run of millions of rows.
-QElapsedTimer s_lastPump;
-
-} // namespace
-
-void pumpEvents()
+GraphScene::GraphScene(FlowModel *model, QObject *parent)
+    : QGraphicsScene(parent)
+    , m_model(model ? model : new FlowModel)
 {
-    if (Application *app = Application::instance())
-        app->pumpEvents();
-    else
-        QCoreApplication::processEvents(QEventLoop::AllEvents);
+    m_model->setParent(this);
+    connectModel();
 }
 
-GraphScene::GraphScene(QObject *parent)
-    : QGraphicsScene(parent)
-{ }
+void GraphScene::connectModel()
+{
+    const QList<FlowItem *> items = m_model->items();
+    for (FlowItem *item : items)
+        onItemAdded(item);
+    const QList<FlowConnection *> connections = m_model->connections();
+    for (FlowConnection *connection : connections)
+        onConnectionAdded(connection);
+    connect(m_model, &FlowModel::itemAdded, this, &GraphScene::onItemAdded);
+    connect(m_model, &FlowModel::itemRemoved, this, &GraphScene::onItemRemoved);
+    connect(m_model, &FlowModel::connectionAdded, this, &GraphScene::onConnectionAdded);
+    connect(m_model, &FlowModel::connectionRemoved, this, &GraphScene::onConnectionRemoved);
+    forwardModelSignals();
+    refreshGeometry();
+}
 
 GraphScene::~GraphScene()
 {
-    // Connections go first so that no item is left holding a pointer to a deleted one.
-    const QList<Connection *> connections = allConnections();
+    // The views go before the model they show; the model goes with the scene, its parent.
+    removeViews();
+}
+
+FlowModel *GraphScene::releaseModel()
+{
+    removeViews();
+    FlowModel *model = m_model;
+    model->setParent(nullptr);
+    m_model = new FlowModel(this);
+    connectModel();
+    return model;
+}
+
+void GraphScene::removeViews()
+{
+    QObject::disconnect(m_model, nullptr, this, nullptr);
+    const QList<Connection *> connections = m_connections.values();
     for (Connection *connection : connections) {
-        connection->source()->removeConnection(connection);
-        connection->target()->removeConnection(connection);
         removeItem(connection);
         delete connection;
     }
+    m_connections.clear();
+    const QList<Node *> nodes = m_nodes.values();
+    for (Node *node : nodes) {
+        removeItem(node);
+        delete node;
+    }
+    m_nodes.clear();
 }
 
-void GraphScene::addNode(Node *node)
+void GraphScene::forwardModelSignals()
 {
+    FlowModel *model = m_model;
+    connect(model, &FlowModel::allowUserInteraction, this, [](bool allow) {
+        // Every run, whoever started it, shows the busy cursor.
+        static std::unique_ptr<BusyCursor> busy;
+        if (!allow && !busy)
+            busy = std::make_unique<BusyCursor>();
+        else if (allow)
+            busy.reset();
+    });
+    connect(model, &FlowModel::allowUserInteraction, this, &GraphScene::allowUserInteraction);
+    connect(model, &FlowModel::completedTransforms, this, [this] {
+        update();
+        emit completedTransforms();
+    });
+    connect(model, &FlowModel::nodeDataChanged, this, &GraphScene::nodeDataChanged);
+    connect(model, &FlowModel::nodeParametersChanged, this, &GraphScene::nodeParametersChanged);
+    connect(model, &FlowModel::nodesPosChanged, this, &GraphScene::nodesPosChanged);
+    connect(model, &FlowModel::showStatusBarMessage, this, &GraphScene::showStatusBarMessage);
+    connect(model, &FlowModel::showTempMessage, this, &GraphScene::showTempMessage);
+    connect(model, &FlowModel::showLogMessage, this, &GraphScene::showLogMessage);
+    connect(model, &FlowModel::showNodeLogMessage, this, &GraphScene::showNodeLogMessage);
+    connect(model, &FlowModel::showWarningMessage, this, &GraphScene::showWarningMessage);
+    connect(model, &FlowModel::showCriticalMessage, this, &GraphScene::showCriticalMessage);
+    connect(model, &FlowModel::showProgress, this, &GraphScene::showProgress);
+    connect(model, &FlowModel::beepRequested, this, [] { QApplication::beep(); });
+}
+
+void GraphScene::onItemAdded(FlowItem *item)
+{
+    if (m_nodes.contains(item))
+        return;
+    Node *node = Node::create(item);
+    if (!node)
+        return;
+    m_nodes.insert(item, node);
     addItem(node);
-    node->connectToScene(this);
+    connect(node, &Node::nodePosChanged, this, &GraphScene::onPosChanged);
 }
 
-Connection *GraphScene::connectNodes(Node *source, Node *target)
+void GraphScene::onItemRemoved(FlowItem *item)
 {
-    if (!source || !target || source == target)
-        return nullptr;
-    if (target->isConnectedFrom(source) || source->isUpstream(target))
-        return nullptr;
-    if (target->upstream().size() >= target->maximumInputs()
-        || source->downstream().size() >= source->maximumOutputs())
-        return nullptr;
-    auto *connection = new Connection(source, target);
+    Node *node = m_nodes.take(item);
+    if (!node)
+        return;
+    removeItem(node);
+    // The node may be inside its own event handler (a delete button on it).
+    node->deleteLater();
+}
+
+void GraphScene::onConnectionAdded(FlowConnection *link)
+{
+    Node *source = m_nodes.value(link->source());
+    Node *target = m_nodes.value(link->target());
+    if (!source || !target || m_connections.contains(link))
+        return;
+    auto *connection = new Connection(link, source, target);
+    m_connections.insert(link, connection);
     source->addConnection(connection);
     target->addConnection(connection);
     addItem(connection);
-    if (auto *transform = qobject_cast<TransformNode *>(target))
-        transform->connectParameters();
-    target->setStatus(Node::NeedsUpdate, true);
-    return connection;
 }
 
-void GraphScene::disconnect(Connection *connection)
+void GraphScene::onConnectionRemoved(FlowConnection *link)
 {
-    Node *target = connection->target();
+    Connection *connection = m_connections.take(link);
+    if (!connection)
+        return;
     connection->source()->removeConnection(connection);
-    target->removeConnection(connection);
+    connection->target()->removeConnection(connection);
     removeItem(connection);
     delete connection;
-    if (auto *transform = qobject_cast<TransformNode *>(target))
-        transform->connectParameters();
-    target->setStatus(Node::NeedsUpdate, true);
+}
+
+void GraphScene::process(int mode, bool silent)
+{
+    m_model->process(mode, silent,
+                     mode == FlowModel::RunSelected ? selectedItems() : QList<FlowItem *>());
+}
+
+bool GraphScene::isProcessing() const
+{
+    return m_model->isProcessing();
 }
 
 QList<Node *> GraphScene::nodes() const
 {
+    return nodesFor(m_model->items());
+}
+
+QList<Node *> GraphScene::nodesFor(const QList<FlowItem *> &items) const
+{
     QList<Node *> result;
-    const QList<QGraphicsItem *> all = items(Qt::AscendingOrder);
-    for (QGraphicsItem *item : all) {
-        if (item->type() >= Node::InputType && item->type() <= Node::NoteType)
-            result.append(static_cast<Node *>(item));
+    result.reserve(items.size());
+    for (const FlowItem *item : items) {
+        if (Node *node = m_nodes.value(item))
+            result.append(node);
     }
     return result;
 }
 
 QList<Node *> GraphScene::nodesOfType(int itemType) const
 {
-    QList<Node *> result;
-    const QList<Node *> all = nodes();
-    for (Node *node : all) {
-        if (node->type() == itemType)
-            result.append(node);
-    }
-    return result;
+    return nodesFor(m_model->itemsOfKind(itemType - QGraphicsItem::UserType));
 }
 
 Node *GraphScene::nodeById(int id) const
 {
-    const QList<Node *> all = nodes();
-    for (Node *node : all) {
-        if (node->id() == id)
-            return node;
-    }
-    return nullptr;
+    return m_nodes.value(m_model->itemById(id));
+}
+
+Node *GraphScene::nodeFor(const FlowItem *item) const
+{
+    return m_nodes.value(item);
 }
 
 QList<Connection *> GraphScene::allConnections() const
 {
     QList<Connection *> result;
-    const QList<QGraphicsItem *> all = items(Qt::AscendingOrder);
-    for (QGraphicsItem *item : all) {
-        if (item->type() == Connection::Type)
-            result.append(static_cast<Connection *>(item));
+    const QList<FlowConnection *> links = m_model->connections();
+    for (const FlowConnection *link : links) {
+        if (Connection *connection = m_connections.value(link))
+            result.append(connection);
     }
     return result;
 }
 
-void GraphScene::sortLeftToRight(QList<Node *> &nodes)
+QList<Node *> GraphScene::selectedNodes() const
 {
-    std::stable_sort(nodes.begin(), nodes.end(), Node::leftToRight);
+    QList<Node *> result;
+    const QList<QGraphicsItem *> selection = QGraphicsScene::selectedItems();
+    for (QGraphicsItem *item : selection) {
+        if (Node::isNodeType(item->type()))
+            result.append(static_cast<Node *>(item));
+    }
+    return result;
 }
 
-void GraphScene::sortTopToBottom(QList<Node *> &nodes)
+QList<FlowItem *> GraphScene::selectedItems() const
 {
-    std::stable_sort(nodes.begin(), nodes.end(), Node::topToBottom);
+    QList<FlowItem *> result;
+    const QList<Node *> selection = selectedNodes();
+    for (Node *node : selection)
+        result.append(node->item());
+    return result;
 }
 
-void GraphScene::process(int mode, bool silent)
+bool GraphScene::snapToGrid() const
 {
-    if (m_running)
-        return;
-    m_running = true;
-    emit allowUserInteraction(false);
-    BusyCursor busy;
-    pumpEvents();
-
-    emit showLogMessage(
-        QStringLiteral("Started run at: %1").arg(QDateTime::currentDateTime().toString()));
-    QElapsedTimer elapsed;
-    elapsed.start();
-    m_doneCount = 0;
-    m_itemCount = 0;
-    emit showProgress(0);
-
-    if (mode == RunSelected)
-        runSelected();
-    else
-        runFromRoots(mode);
-
-    const qint64 elapsedMs = elapsed.elapsed();
-    emit showLogMessage(
-        QStringLiteral("Ended run at: %1").arg(QDateTime::currentDateTime().toString()));
-    emit completedTransforms();
-    emit showProgress(100);
-    if (m_doneCount >= 1)
-        logSummary(elapsedMs);
-
-    update();
-    if (!silent && Settings::instance()->beepAfterProcessing())
-        QApplication::beep();
-    emit allowUserInteraction(true);
-    m_running = false;
-}
-
-void GraphScene::runSelected()
-{
-    QList<Node *> selected;
-    const QList<QGraphicsItem *> items = selectedItems();
-    for (QGraphicsItem *item : items) {
-        if (item->type() >= Node::InputType && item->type() <= Node::NoteType)
-            selected.append(static_cast<Node *>(item));
-    }
-    for (Node *node : qAsConst(selected))
-        node->setStatus(Node::NeedsUpdate, true);
-
-    QList<Node *> work;
-    for (Node *node : qAsConst(selected)) {
-        if (!work.contains(node))
-            work.append(node);
-        const QSet<Node *> ancestors = node->allUpstream(false);
-        // The set's order is arbitrary; sorting keeps the work list the same at every run.
-        QList<Node *> ordered(ancestors.cbegin(), ancestors.cend());
-        sortLeftToRight(ordered);
-        for (Node *ancestor : qAsConst(ordered)) {
-            if (ancestor->status() == Node::NeedsUpdate) {
-                if (!work.contains(ancestor))
-                    work.append(ancestor);
-            } else if (ancestor->status() == Node::Error) {
-                node->setStatus(Node::NeedsUpdate, false);
-                if (!work.contains(ancestor))
-                    work.append(ancestor);
-            }
-        }
-    }
-    m_itemCount = work.size();
-    sortLeftToRight(work);
-
-    while (!work.isEmpty()) {
-        if (s_stopRequested) {
-            emit showLogMessage(QStringLiteral("  Stopped by user"));
-            break;
-        }
-        const QList<Node *> pass = work;
-        for (Node *node : pass) {
-            const QList<Node *> parents = node->upstream();
-            const bool waiting = std::any_of(parents.cbegin(), parents.cend(), [](Node *parent) {
-                return parent->status() == Node::NeedsUpdate;
-            });
-            if (waiting)
-                continue;
-            node->run(false, false);
-            work.removeOne(node);
-        }
-        // A list that cannot drain loops until the user stops it; let the Stop button through.
-        pumpEvents();
-    }
-}
-
-void GraphScene::runFromRoots(int mode)
-{
-    QList<Node *> all = nodes();
-    for (Node *node : qAsConst(all)) {
-        if (mode == RunAll || mode == RunBatch)
-            node->setStatus(Node::NeedsUpdate, false);
-        else if (node->status() == Node::Error)
-            node->setStatus(Node::NeedsUpdate, false);
-    }
-    m_itemCount = int(std::count_if(all.cbegin(), all.cend(),
-                                    [](Node *node) { return node->status() != Node::UpToDate; }));
-    sortLeftToRight(all);
-    for (Node *node : qAsConst(all)) {
-        if (node->upstream().isEmpty())
-            node->run(true, mode == RunBatch);
-        if (s_stopRequested) {
-            emit showLogMessage(QStringLiteral("  Stopped by user"));
-            break;
-        }
-    }
-}
-
-void GraphScene::logSummary(qint64 elapsedMs)
-{
-    const QString processed = QStringLiteral("%1 item(s) processed in %2")
-                                  .arg(QString::number(m_doneCount), Node::elapsedText(elapsedMs));
-    emit showTempMessage(processed);
-    emit showLogMessage(processed);
-
-    const QList<Node *> all = nodes();
-    QStringList counts;
-    for (int status : {Node::UpToDate, Node::NeedsUpdate, Node::Error}) {
-        const auto count = std::count_if(all.cbegin(), all.cend(),
-                                         [status](Node *node) { return node->status() == status; });
-        counts.append(QStringLiteral("%1: %2").arg(Node::statusText(status)).arg(count));
-    }
-    emit showLogMessage(counts.join(QStringLiteral(", ")));
-    const auto warned
-        = std::count_if(all.cbegin(), all.cend(), [](Node *node) { return node->hasWarnings(); });
-    emit showLogMessage(QStringLiteral("%1 item(s) with warnings\n").arg(warned));
-}
-
-void GraphScene::onSourceChanged(Node *node)
-{
-    if (m_running)
-        return;
-    node->setStatus(Node::NeedsUpdate, true);
-    if (m_autoRun)
-        process(RunChanges, false);
+    return m_model->snapToGrid();
 }
 
 void GraphScene::onPosChanged(const QList<Node *> &dragged)
 {
-    QList<Node *> moved = dragged;
-    if (m_snapToGrid) {
-        const QList<Node *> all = nodes();
-        for (Node *node : all) {
-            const QPointF before = node->pos();
-            const QPointF after = snapPoint(before);
-            if (after == before)
-                continue;
-            node->setPos(after);
-            // Rounding noise is not a move; a shift of a thousandth of a step is.
-            if (QLineF(before, after).length() > GridWidth / 1000.0 && !moved.contains(node))
-                moved.append(node);
-        }
-    }
-    bool marked = false;
-    for (Node *node : moved) {
-        const QList<Node *> children = node->downstream(true);
-        for (Node *child : children) {
-            auto *transform = qobject_cast<TransformNode *>(child);
-            if (!transform || !transform->hasSeveralInputs())
-                continue;
-            if (transform->autoConfigure()) {
-                emit nodeParametersChanged(transform);
-                transform->setStatus(Node::NeedsUpdate, false);
-                marked = true;
-            }
-        }
-    }
+    QList<FlowItem *> items;
+    for (Node *node : dragged)
+        items.append(node->item());
     refreshGeometry();
-    if (marked && m_autoRun)
-        process(RunChanges, false);
-    emit nodesPosChanged();
+    m_model->itemsMoved(items);
+    refreshGeometry();
 }
-
-void GraphScene::onProcessingStart(Node *node)
-{
-    emit nodeDataChanged(node);
-    emit showStatusBarMessage(QStringLiteral("Processing '%1'").arg(node->displayName()));
-}
-
-void GraphScene::onProcessed(Node *, qreal fraction)
-{
-    if (fraction <= 0.0 || fraction >= 1.0 || !s_lastPump.isValid()
-        || s_lastPump.elapsed() >= 500) {
-        s_lastPump.start();
-        pumpEvents();
-    }
-}
-
-void GraphScene::onProcessingEnd(Node *node)
-{
-    node->onProcessed(1.0);
-    emit nodeDataChanged(node);
-    ++m_doneCount;
-    emit showProgress(m_itemCount < 1 ? 100 : m_doneCount * 100 / m_itemCount);
-    emit showNodeLogMessage(node->logLine());
-}
-
-// ---- Editing ----------------------------------------------------------------------------------

@@ -29,6 +29,9 @@ public:
     ~GraphScene() override;
 
     FlowModel *model() const { return m_model; }
+    // Gives the model up, unowned, and shows an empty one instead: for undo, which keeps
+    // models and draws only the live one.
+    FlowModel *releaseModel();
 
     // Runs the model; RunSelected runs the selected items and what they wait for.
     void process(int mode, bool silent = false);
@@ -50,6 +53,8 @@ public:
 
     // A copy for the undo list: a scene over a deep copy of the model.
     GraphScene *deepCopy(QObject *parent = nullptr) const;
+    // The nodes the user may connect source to, and whether there is any.
+    QList<Node *> connectionCandidates(const Node *source) const;
     bool canStartConnection(const Node *source) const;
     Connection *addConnectionByUser(Node *source, Node *target);
     // A null scenePos puts the item in a free place.
@@ -105,6 +110,8 @@ signals:
     void showTip(const QString &title, const QString &text, int ms);
 
 private:
+    void connectModel();
+    void removeViews();
     void forwardModelSignals();
     void onItemAdded(FlowItem *item);
     void onItemRemoved(FlowItem *item);
@@ -115,6 +122,8 @@ private:
     bool collides(const QRectF &rect, const Node *ignore = nullptr) const;
     QPointF freePlaceFrom(const QPointF &start, bool downOnly = false) const;
     QPointF notePlace(const QPointF &scenePos, int *arrow) const;
+    // Leaves the sources of the selected transforms feeding their targets.
+    void bridgeAround(const QList<FlowItem *> &selected);
     // Adds item to the model and returns its new node, placed and selected alone.
     Node *addPlaced(FlowItem *item, const QPointF &pos);
 

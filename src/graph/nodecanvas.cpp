@@ -1,8 +1,8 @@
 #include "graph/node.h"
 
+#include "flow/noteitem.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/notenode.h"
 #include "graph/overlays.h"
 #include "graph/undo.h"
 #include "shell/colors.h"
@@ -22,8 +22,8 @@
 
 namespace {
 
-constexpr qreal ItemWidth = 180.0;
-constexpr qreal ItemHeight = 90.0;
+constexpr qreal ItemWidth = FlowItem::Width;
+constexpr qreal ItemHeight = FlowItem::Height;
 constexpr qreal HeaderHeight = 24.0;
 constexpr qreal StatusIconSize = 22.0;
 constexpr int ConnectionGuideDelayMs = 250;
@@ -40,11 +40,6 @@ int s_dragCount = 0;
 qreal s_topZ = 0.0;
 
 } // namespace
-
-QSizeF Node::itemSize()
-{
-    return QSizeF(ItemWidth, ItemHeight);
-}
 
 QRectF Node::headerRect() const
 {
@@ -153,7 +148,7 @@ void Node::paint(QPainter *painter, const QStyleOptionGraphicsItem *, QWidget *)
     painter->setRenderHint(QPainter::TextAntialiasing);
     paintBody(painter, QRectF(QPointF(0.0, 0.0), itemSize()));
     paintTexts(painter);
-    paintStatusIcon(painter, statusIconRect(), statusIcon());
+    paintStatusIcon(painter, statusIconRect(), m_item->statusIcon());
     paintProgress(painter);
     painter->restore();
 }
@@ -208,7 +203,7 @@ void Node::paintTexts(QPainter *painter) const
     const QRectF name = nameRect();
     painter->drawText(
         name, Qt::AlignVCenter | Qt::AlignLeft,
-        QFontMetricsF(nameFont).elidedText(titleLine(), Qt::ElideRight, name.width()));
+        QFontMetricsF(nameFont).elidedText(m_item->titleLine(), Qt::ElideRight, name.width()));
 
     const QFont plain = font();
     const QFontMetricsF metrics(plain);
@@ -226,19 +221,20 @@ void Node::paintTexts(QPainter *painter) const
         return true;
     };
     const bool dark = Colors::instance()->isDark();
-    if (status() == Error)
+    if (m_item->status() == FlowItem::Error)
         painter->setPen(dark ? QColor(0xFF, 0x70, 0x70) : QColor(0xAA, 0x00, 0x00));
-    drawLine(statusLine());
+    drawLine(m_item->statusLine());
     painter->setPen(text);
 
-    if (status() != Error && hasWarnings() && Settings::instance()->showWarnings()) {
+    if (m_item->status() != FlowItem::Error && m_item->hasWarnings()
+        && Settings::instance()->showWarnings()) {
         painter->setPen(dark ? QColor(0xFD, 0xB0, 0x40) : QColor(0xB0, 0x5A, 0x00));
-        const QStringList warningLines = warningsText().split(QLatin1Char('\n'));
+        const QStringList warningLines = m_item->warningsText().split(QLatin1Char('\n'));
         drawLine(warningLines.first());
         painter->setPen(text);
     }
 
-    const QString note = comment();
+    const QString note = m_item->comment();
     if (!note.isEmpty() && Settings::instance()->showComments()) {
         QFont italic = plain;
         italic.setItalic(true);
@@ -273,7 +269,8 @@ void Node::paintTexts(QPainter *painter) const
 
 void Node::paintProgress(QPainter *painter) const
 {
-    if (status() != Updating || m_fractionProcessed <= 0.0 || m_fractionProcessed >= 1.0)
+    const double fraction = m_item->fractionProcessed();
+    if (m_item->status() != FlowItem::Updating || fraction <= 0.0 || fraction >= 1.0)
         return;
     const QRectF ring = statusIconRect().adjusted(-2.5, -2.5, 2.5, 2.5);
     painter->setBrush(Qt::NoBrush);
@@ -283,7 +280,7 @@ void Node::paintProgress(QPainter *painter) const
     painter->drawEllipse(ring);
     painter->setPen(
         QPen(Colors::instance()->color(Colors::Selection), 2.5, Qt::SolidLine, Qt::FlatCap));
-    painter->drawArc(ring, 90 * 16, -int(360 * 16 * m_fractionProcessed));
+    painter->drawArc(ring, 90 * 16, -int(360 * 16 * fraction));
 }
 
 void Node::paintStatusIcon(QPainter *painter, const QRectF &rect, NodeStatusIcon icon)
@@ -366,7 +363,7 @@ void Node::drawStatusIcon(QPainter *painter, const QRectF &rect, int icon)
 void Node::showTimingBar(qreal fraction)
 {
     hideTimingBar();
-    m_timingBar = new TimingBar(this, fraction, elapsedText(m_processingTime));
+    m_timingBar = new TimingBar(this, fraction, FlowItem::elapsedText(m_item->processingTime()));
 }
 
 void Node::hideTimingBar()
@@ -406,7 +403,8 @@ void Node::removeConnectToOverlay()
 void Node::onUpdateConnectionGuide()
 {
     GraphScene *graph = graphScene();
-    if (!graph || m_connectFrom || !m_hovered || m_preview || ConnectionMaker::isActive(graph))
+    if (!graph || m_connectFrom || !m_hovered || m_item->isPreview()
+        || ConnectionMaker::isActive(graph))
         return;
     if (!graph->canStartConnection(this))
         return;
@@ -423,22 +421,21 @@ void Node::gatherNoteOffsets()
     const QRectF reach(pos() - QPointF(NoteSideX, NoteSideY), QSizeF(2 * NoteSideX, 2 * NoteSideY));
     const QList<Node *> notes = graph->nodesOfType(NoteType);
     for (Node *node : notes) {
-        const auto *note = static_cast<const NoteNode *>(node);
-        if (note->isSelected() || !reach.contains(note->pos()))
+        if (node->isSelected() || !reach.contains(node->pos()))
             continue;
-        const QPointF offset = note->pos() - pos();
+        const QPointF offset = node->pos() - pos();
         bool pointsHere = false;
-        switch (note->arrow()) {
-        case NoteNode::Below:
+        switch (static_cast<const NoteItem *>(node->item())->arrow()) {
+        case NoteItem::Below:
             pointsHere = offset.y() > 0.0 && std::abs(offset.x()) <= NoteSideY;
             break;
-        case NoteNode::Above:
+        case NoteItem::Above:
             pointsHere = offset.y() < 0.0 && std::abs(offset.x()) <= NoteSideY;
             break;
-        case NoteNode::Left:
+        case NoteItem::Left:
             pointsHere = offset.x() < 0.0 && std::abs(offset.y()) <= NoteSideY / 2.0;
             break;
-        case NoteNode::Right:
+        case NoteItem::Right:
             pointsHere = offset.x() > 0.0 && std::abs(offset.y()) <= NoteSideY / 2.0;
             break;
         default:
@@ -471,6 +468,11 @@ QVariant Node::itemChange(GraphicsItemChange change, const QVariant &value)
             gatherNoteOffsets();
         }
     } else if (change == ItemPositionHasChanged) {
+        if (m_item) {
+            m_pushingPos = true;
+            m_item->setPos(pos());
+            m_pushingPos = false;
+        }
         Connection::refreshPaths({this});
         if (m_noteDrag == s_dragCount && s_dragPressed)
             moveNotes();

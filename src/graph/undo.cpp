@@ -1,5 +1,6 @@
 #include "graph/undo.h"
 
+#include "flow/flowmodel.h"
 #include "graph/graphscene.h"
 #include "shell/guards.h"
 
@@ -48,7 +49,7 @@ void UndoHistory::prepare(const QString &hint)
         --m_index;
     }
     m_index = -1;
-    m_entries.prepend({m_live->deepCopy(m_live->parent()), hint});
+    m_entries.prepend({m_live->model()->deepCopy(this), hint});
     while (m_entries.size() > MaximumSteps)
         deleteEntry(m_entries.takeLast());
 }
@@ -66,7 +67,7 @@ void UndoHistory::undo()
     if (m_index == -1) {
         // The live state joins the list so that redo can come back to it; it is not trimmed
         // away here, or the oldest step would be lost by the act of undoing.
-        m_entries.prepend({m_live.data(), QString()});
+        m_entries.prepend({m_live->model(), QString()});
         m_index = 1;
     } else {
         ++m_index;
@@ -118,9 +119,9 @@ int UndoHistory::index() const
     return m_index;
 }
 
-GraphScene *UndoHistory::snapshot(int position) const
+FlowModel *UndoHistory::snapshot(int position) const
 {
-    return position >= 0 && position < m_entries.size() ? m_entries.at(position).scene.data()
+    return position >= 0 && position < m_entries.size() ? m_entries.at(position).model.data()
                                                         : nullptr;
 }
 
@@ -133,19 +134,30 @@ void UndoHistory::makeLive(int position)
 {
     emit aboutToSwapScene();
     GraphScene *old = m_live;
-    GraphScene *next = m_entries.at(position).scene;
+    FlowModel *model = m_entries.at(position).model;
+    if (old) {
+        const FlowModel *oldModel = old->model();
+        const bool oldKept
+            = std::any_of(m_entries.cbegin(), m_entries.cend(),
+                          [oldModel](const Entry &entry) { return entry.model == oldModel; });
+        if (oldKept)
+            old->releaseModel()->setParent(this);
+    }
+    auto *next = new GraphScene(model, old ? old->parent() : parent());
     m_live = next;
-    next->clearSelection();
-    const bool oldKept = std::any_of(m_entries.cbegin(), m_entries.cend(),
-                                     [old](const Entry &entry) { return entry.scene == old; });
     emit sceneSwapped(next, old);
-    if (!oldKept && old)
+    if (old)
         old->deleteLater();
     emit changed(true);
 }
 
+bool UndoHistory::isLiveModel(const FlowModel *model) const
+{
+    return m_live && m_live->model() == model;
+}
+
 void UndoHistory::deleteEntry(const Entry &entry)
 {
-    if (entry.scene && entry.scene != m_live)
-        delete entry.scene.data();
+    if (entry.model && !isLiveModel(entry.model))
+        delete entry.model.data();
 }

@@ -7,12 +7,14 @@
 #include <QPointer>
 #include <QString>
 
+class FlowModel;
 class GraphScene;
 
-// The window's list of snapshots of the graph. Each user edit first copies the live scene,
-// with the name of the edit, to the front of the list; undo makes a copy live and keeps the
-// scene it replaces so that redo can bring it back. Copies share their rows with the live
-// scene, so a snapshot costs the items, not the data.
+// The window's list of snapshots of the flow. Each user edit first copies the live scene's
+// model, with the name of the edit, to the front of the list; undo shows a copy in a new live
+// scene and keeps the model it replaces so that redo can bring it back. Copies share their rows
+// with the live model, so a snapshot costs the items, not the data, and draws nothing until it
+// is made live.
 class UndoHistory : public UndoRecorder
 {
     Q_OBJECT
@@ -31,7 +33,7 @@ public:
     // A new or opened document: forgets every snapshot and follows scene from now on.
     void setLiveScene(GraphScene *scene);
 
-    // Copies the live scene under hint before an edit changes it.
+    // Copies the live model under hint before an edit changes it.
     void prepare(const QString &hint) override;
     // The edit is done: labels and the modified mark may change.
     void finish() override;
@@ -47,12 +49,13 @@ public:
     // none of them, the state after an edit).
     int count() const;
     int index() const;
-    GraphScene *snapshot(int position) const;
+    FlowModel *snapshot(int position) const;
     QString hint(int position) const;
 
 signals:
     void aboutToSwapScene();
-    // old is still owned by the list, or deleted after the signal returns.
+    // live shows the model made live; old is deleted after the signal returns (its model
+    // stays in the list when redo or undo can reach it).
     void sceneSwapped(GraphScene *live, GraphScene *old);
     // The labels may have changed; documentEdited tells an edit, undo or redo from a history
     // that was only reset for a new or opened document.
@@ -62,13 +65,14 @@ signals:
 private:
     struct Entry
     {
-        // Guarded: snapshots are children of the live scene's parent, which may go first.
-        QPointer<GraphScene> scene;
+        // Guarded: the live entry belongs to the live scene, which its owner may delete.
+        QPointer<FlowModel> model;
         QString hint;
     };
 
     void makeLive(int position);
     void deleteEntry(const Entry &entry);
+    bool isLiveModel(const FlowModel *model) const;
 
     static UndoHistory *s_current;
 

@@ -2,7 +2,7 @@
 
 #include "data/dataset.h"
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "shell/delaytimer.h"
@@ -281,15 +281,15 @@ QToolButton *DataPage::scrollButton(Scroll scroll) const
     return m_scrollButtons[int(scroll)];
 }
 
-void DataPage::setNode(Node *node)
+void DataPage::setItem(FlowItem *item)
 {
     m_filterTimer->stop();
-    m_view->setNode(node);
+    m_view->setItem(item);
 }
 
-Node *DataPage::node() const
+FlowItem *DataPage::item() const
 {
-    return m_view->node();
+    return m_view->item();
 }
 
 void DataPage::refresh()
@@ -314,9 +314,8 @@ void DataPage::onModelReset()
 
 void DataPage::onCopyDataset()
 {
-    const Node *item = node();
-    if (item)
-        DataTableView::copyDataset(*item->dataset(), this);
+    if (const FlowItem *shown = item())
+        DataTableView::copyDataset(*shown->dataset(), this);
 }
 
 void DataPage::onRowValues()
@@ -449,7 +448,7 @@ void DataPage::updateButtons()
 {
     const DataTableModel *model = m_view->dataModel();
     const bool cells = model->rowCount() > 0 && model->columnCount() > 0;
-    m_copyButton->setEnabled(node() && node()->dataset()->hasColumns());
+    m_copyButton->setEnabled(item() && item()->dataset()->hasColumns());
     const bool current = cells && m_view->currentIndex().isValid();
     m_rowValuesButton->setEnabled(current);
     m_columnValuesButton->setEnabled(current);

@@ -4,7 +4,7 @@
 #include <QWidget>
 
 class DataTableView;
-class Node;
+class FlowItem;
 class QCheckBox;
 class QComboBox;
 class QLabel;
@@ -26,8 +26,8 @@ public:
     explicit DataPage(QWidget *parent = nullptr);
     ~DataPage() override;
 
-    void setNode(Node *node);
-    Node *node() const;
+    void setItem(FlowItem *item);
+    FlowItem *item() const;
     void refresh();
     DataTableView *view() const { return m_view; }
 

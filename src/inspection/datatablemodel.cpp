@@ -2,7 +2,7 @@
 
 #include "data/dataset.h"
 #include "data/valueinterpretation.h"
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "shell/appearancesettings.h"
 #include "shell/colors.h"
 #include "shell/guards.h"
@@ -56,7 +56,7 @@ DataTableModel::DataTableModel(QObject *parent)
 
 DataTableModel::~DataTableModel() = default;
 
-void DataTableModel::setNode(Node *node)
+void DataTableModel::setItem(FlowItem *item)
 {
     beginResetModel();
     detach();
@@ -69,17 +69,17 @@ void DataTableModel::setNode(Node *node)
     m_rowOnlyRows.clear();
     m_rowFilterText.clear();
     m_columnFilterText.clear();
-    if (node)
-        attach(node);
-    takeStateFromNode();
+    if (item)
+        attach(item);
+    takeStateFromItem();
     applyFilters();
     endResetModel();
     emit filterChanged();
 }
 
-Node *DataTableModel::node() const
+FlowItem *DataTableModel::item() const
 {
-    return m_node;
+    return m_item;
 }
 
 void DataTableModel::setDataset(const Dataset *dataset, int state)
@@ -95,7 +95,7 @@ void DataTableModel::setDataset(const Dataset *dataset, int state)
 void DataTableModel::refresh()
 {
     beginResetModel();
-    takeStateFromNode();
+    takeStateFromItem();
     applyFilters();
     endResetModel();
 }
@@ -109,28 +109,28 @@ void DataTableModel::setState(int state)
     endResetModel();
 }
 
-void DataTableModel::attach(Node *node)
+void DataTableModel::attach(FlowItem *item)
 {
-    m_node = node;
-    m_dataset = node->dataset();
-    connect(node, &QObject::destroyed, this, &DataTableModel::onNodeDestroyed);
-    connect(node, &Node::processingStart, this, &DataTableModel::onProcessingStart);
-    connect(node, &Node::processingEnd, this, &DataTableModel::onProcessingEnd);
+    m_item = item;
+    m_dataset = item->dataset();
+    connect(item, &QObject::destroyed, this, &DataTableModel::onItemDestroyed);
+    connect(item, &FlowItem::processingStart, this, &DataTableModel::onProcessingStart);
+    connect(item, &FlowItem::processingEnd, this, &DataTableModel::onProcessingEnd);
 }
 
 void DataTableModel::detach()
 {
-    if (m_node)
-        disconnect(m_node, nullptr, this, nullptr);
-    m_node = nullptr;
+    if (m_item)
+        disconnect(m_item, nullptr, this, nullptr);
+    m_item = nullptr;
     m_dataset = nullptr;
 }
 
-void DataTableModel::onNodeDestroyed()
+void DataTableModel::onItemDestroyed()
 {
     // The QPointer is already null here, but the dataset pointer still names freed memory.
     beginResetModel();
-    m_node = nullptr;
+    m_item = nullptr;
     m_dataset = nullptr;
     m_compare = nullptr;
     applyFilters();
@@ -149,15 +149,15 @@ void DataTableModel::onProcessingEnd()
     refresh();
 }
 
-void DataTableModel::takeStateFromNode()
+void DataTableModel::takeStateFromItem()
 {
-    if (!m_node)
+    if (!m_item)
         return;
-    switch (m_node->status()) {
-    case Node::NeedsUpdate:
+    switch (m_item->status()) {
+    case FlowItem::NeedsUpdate:
         m_state = NotRun;
         break;
-    case Node::Updating:
+    case FlowItem::Updating:
         m_state = Processing;
         break;
     default:

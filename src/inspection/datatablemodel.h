@@ -11,7 +11,7 @@
 #include <functional>
 
 class Dataset;
-class Node;
+class FlowItem;
 
 // A read-only table model over one dataset, usually the output of an item. Cells are read
 // from the dataset when the view asks for them and nothing is computed ahead, so a dataset
@@ -34,8 +34,8 @@ public:
     ~DataTableModel() override;
 
     // Shows the item's dataset and follows its runs; null shows nothing.
-    void setNode(Node *node);
-    Node *node() const;
+    void setItem(FlowItem *item);
+    FlowItem *item() const;
     // A dataset without an item, as the compare windows show; not owned, and it must not
     // change without a refresh().
     void setDataset(const Dataset *dataset, int state = HasResult);
@@ -130,12 +130,12 @@ signals:
     void filterChanged();
 
 private:
-    void attach(Node *node);
+    void attach(FlowItem *item);
     void detach();
-    void onNodeDestroyed();
+    void onItemDestroyed();
     void onProcessingStart();
     void onProcessingEnd();
-    void takeStateFromNode();
+    void takeStateFromItem();
     void applyFilters();
     void loadBrushes();
     bool showsCells() const;
@@ -143,7 +143,7 @@ private:
     QString displayText(const QString &text) const;
     QString markText(int r, int c) const;
 
-    QPointer<Node> m_node;
+    QPointer<FlowItem> m_item;
     const Dataset *m_dataset = nullptr;
     const Dataset *m_compare = nullptr;
     int m_state = HasResult;

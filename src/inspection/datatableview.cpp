@@ -2,8 +2,8 @@
 
 #include "data/dataset.h"
 #include "data/valueinterpretation.h"
-#include "graph/graphscene.h"
-#include "graph/node.h"
+#include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 #include "inspection/datatablemodel.h"
 #include "shell/appearancesettings.h"
 #include "shell/guards.h"
@@ -110,10 +110,10 @@ DataTableView::DataTableView(QWidget *parent)
 
 DataTableView::~DataTableView() = default;
 
-void DataTableView::setNode(Node *node)
+void DataTableView::setItem(FlowItem *item)
 {
     applyPreferences();
-    m_model->setNode(node);
+    m_model->setItem(item);
     if (m_model->hasMarks())
         emit hintRequested(QStringLiteral("Verification"),
                            QStringLiteral("Hover over a cell for details on verification fails."),
@@ -125,9 +125,9 @@ void DataTableView::setNode(Node *node)
                            HintMilliseconds);
 }
 
-Node *DataTableView::node() const
+FlowItem *DataTableView::item() const
 {
-    return m_model->node();
+    return m_model->item();
 }
 
 void DataTableView::refresh()
@@ -213,9 +213,9 @@ QString DataTableView::overlayText() const
         return m_emptyText;
     switch (m_model->state()) {
     case DataTableModel::NotRun: {
-        const Node *item = m_model->node();
-        const GraphScene *scene = item ? item->graphScene() : nullptr;
-        return !scene || scene->autoRun() ? QStringLiteral("Awaiting update")
+        const FlowItem *item = m_model->item();
+        const FlowModel *model = item ? item->model() : nullptr;
+        return !model || model->autoRun() ? QStringLiteral("Awaiting update")
                                           : QStringLiteral("Run to update");
     }
     case DataTableModel::Processing:

@@ -6,7 +6,7 @@
 
 class DataTableModel;
 class Dataset;
-class Node;
+class FlowItem;
 class QAction;
 class QMenu;
 
@@ -31,8 +31,8 @@ public:
     ~DataTableView() override;
 
     DataTableModel *dataModel() const { return m_model; }
-    void setNode(Node *node);
-    Node *node() const;
+    void setItem(FlowItem *item);
+    FlowItem *item() const;
     // The item's dataset changed; takes the font and padding preferences again too.
     void refresh();
 

@@ -201,6 +201,13 @@ void Application::pumpEvents()
     QCoreApplication::processEvents(QEventLoop::AllEvents);
 }
 
+bool Application::confirmWithMessageBox(const QString &title, const QString &text)
+{
+    return QMessageBox::question(nullptr, title, text, QMessageBox::Ok | QMessageBox::Cancel,
+                                 QMessageBox::Ok)
+        == QMessageBox::Ok;
+}
+
 bool Application::notify(QObject *receiver, QEvent *event)
 {
     try {

@@ -16,8 +16,9 @@ class Settings;
 
 // The process's frame around the window: it owns the settings store, the application and
 // fixed-width fonts, the list of text codecs, the last folders of the file dialogs, the
-// temporary files to delete at exit and a small memory reserve. It is also the last line of defence: notify() turns an exception that escapes an
-// event handler into a message and an orderly exit.
+// temporary files to delete at exit and a small memory reserve. It is also the last line of
+// defence: notify() turns an exception that escapes an event handler into a message and an orderly
+// exit.
 class Application : public QApplication
 {
     Q_OBJECT
@@ -72,6 +73,10 @@ public:
     // The one way long work lets the interface breathe: tells listeners, then handles the
     // pending events.
     void pumpEvents();
+
+    // A plain Ok/Cancel question, Ok by default; true for Ok. What outputs ask through when
+    // no window has installed its own dialog.
+    static bool confirmWithMessageBox(const QString &title, const QString &text);
 
     bool notify(QObject *receiver, QEvent *event) override;
 

@@ -6,13 +6,24 @@ int BusyCursor::s_depth = 0;
 
 BusyCursor::BusyCursor()
 {
-    if (s_depth++ == 0 && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
-        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    push();
 }
 
 BusyCursor::~BusyCursor()
 {
-    if (--s_depth == 0 && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+    pop();
+}
+
+void BusyCursor::push()
+{
+    if (s_depth++ == 0 && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+}
+
+void BusyCursor::pop()
+{
+    if (s_depth > 0 && --s_depth == 0
+        && qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
         QGuiApplication::restoreOverrideCursor();
 }
 
@@ -21,7 +32,8 @@ int BusyCursor::depth()
     return s_depth;
 }
 
-UpdateBlocker::UpdateBlocker(QWidget *widget) : m_widget(widget)
+UpdateBlocker::UpdateBlocker(QWidget *widget)
+    : m_widget(widget)
 {
     if (m_widget) {
         m_wasEnabled = m_widget->updatesEnabled();

@@ -13,6 +13,10 @@ public:
     BusyCursor &operator=(const BusyCursor &) = delete;
 
     static int depth();
+    // The same count for work whose start and end are not in one scope (a callback told
+    // busy(true) and later busy(false)); each push needs its pop.
+    static void push();
+    static void pop();
 
 private:
     static int s_depth;

@@ -1,5 +1,6 @@
-#include "graph/documentrun.h"
+#include "flow/documentrun.h"
 #include "shell/application.h"
+#include "shell/programsettings.h"
 #include "workbench/mainwindow.h"
 
 #include <cstdlib>
@@ -64,15 +65,17 @@ int main(int argc, char **argv)
     std::set_new_handler(onOutOfMemory);
     qSetGlobalQHashSeed(0);
 
-    const bool commandLine = isCommandLineRun(argc, argv);
-    // A command-line run must work on a machine with no display (a server, a cron job, CI),
-    // whatever platform the environment names: it shows no window, so it never needs one.
-    if (commandLine)
-        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A command-line run shows no window, so it builds no GUI application and loads no
+    // platform plugin: it works on a machine with no display (a server, a cron job, CI),
+    // whatever platform the environment names.
+    if (isCommandLineRun(argc, argv)) {
+        QCoreApplication app(argc, argv);
+        // Freed by the process's end, like the run's data.
+        openProgramSettings(QCoreApplication::applicationDirPath());
+        runCommandLineAndExit(QCoreApplication::arguments());
+    }
 
     Application app(argc, argv);
-    if (commandLine)
-        runCommandLineAndExit(QCoreApplication::arguments());
 
     auto *window = new MainWindow;
     QObject::connect(&app, &QApplication::lastWindowClosed, &app, &QApplication::quit);

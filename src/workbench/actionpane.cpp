@@ -478,7 +478,7 @@ QString ActionPane::wrongSelectionMessage(const Transform *prototype, int select
         needed = QStringLiteral("just %1 %2 %3")
                      .arg(minimum)
                      .arg(kind, minimum == 1 ? QStringLiteral("item") : QStringLiteral("items"));
-    else if (maximum == Node::Unlimited)
+    else if (maximum == FlowItem::Unlimited)
         needed = QStringLiteral("at least %1 %2 %3")
                      .arg(minimum)
                      .arg(kind, minimum == 1 ? QStringLiteral("item") : QStringLiteral("items"));

@@ -1,8 +1,8 @@
 #include "workbench/documentflows.h"
 
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/node.h"
 #include "shell/application.h"
 #include "shell/delaytimer.h"
 #include "shell/guards.h"
@@ -92,7 +92,7 @@ void DocumentFlows::newDocument()
 {
     m_window->sceneHost()->undoRunDelay()->stop();
     m_lock.release();
-    m_window->sceneHost()->replaceScene(new GraphScene(m_window));
+    m_window->sceneHost()->replaceScene(new GraphScene(nullptr, m_window));
     m_documentPath.clear();
     m_documentData = DocumentData();
     m_window->runControl()->setAutoRunQuietly(Settings::instance()->openAutoRun() != AutoRunOff);
@@ -124,7 +124,7 @@ bool DocumentFlows::open(const QString &path)
         return false;
     m_window->sceneHost()->undoRunDelay()->stop();
 
-    auto *scene = new GraphScene(m_window);
+    auto *model = new FlowModel;
     DocumentData data;
     bool laterVersion = false;
     QStringList messages;
@@ -132,23 +132,24 @@ bool DocumentFlows::open(const QString &path)
     bool loaded = false;
     {
         BusyCursor busy;
-        loaded = loadDocument(scene, path, &data, &laterVersion, &messages, &error);
+        loaded = loadDocument(model, path, &data, &laterVersion, &messages, &error);
     }
     if (!loaded) {
-        delete scene;
+        delete model;
         MessageBoxes::warning(
             m_window, s_productName,
             QStringLiteral("Unable to open '%1': %2").arg(QDir::toNativeSeparators(path), error));
         newDocument();
         return false;
     }
+    auto *scene = new GraphScene(model, m_window);
     showOpened(scene, data, path, recovery);
     if (!messages.isEmpty())
         MessageBoxes::warning(m_window, s_productName, messages.join(QLatin1Char('\n')));
     const bool inputsChanged = askForMissingInputs();
-    if (scene->autoRun()) {
-        GraphScene::setStopRequested(false);
-        scene->process(GraphScene::RunChanges);
+    if (scene->model()->autoRun()) {
+        FlowModel::setStopRequested(false);
+        scene->process(FlowModel::RunChanges);
     }
     m_window->refreshStatusCounts();
     m_window->runControl()->updateRunStatus();
@@ -172,7 +173,7 @@ void DocumentFlows::showOpened(GraphScene *scene, const DocumentData &data, cons
     m_window->sceneHost()->replaceScene(scene);
     m_documentData = data;
     m_documentPath = recovery ? QString() : QFileInfo(path).absoluteFilePath();
-    scene->setDocumentPath(m_documentPath);
+    scene->model()->setDocumentPath(m_documentPath);
     const int openAutoRun = Settings::instance()->openAutoRun();
     m_window->runControl()->setAutoRunQuietly(
         openAutoRun == AutoRunAsSaved ? data.autoRun : openAutoRun == AutoRunOn);
@@ -187,7 +188,7 @@ void DocumentFlows::showOpened(GraphScene *scene, const DocumentData &data, cons
 
 bool DocumentFlows::askForMissingInputs()
 {
-    const QList<InputNode *> missing = inputsWithMissingFiles(*m_window->graphScene());
+    const QList<InputItem *> missing = inputsWithMissingFiles(*m_window->graphScene()->model());
     if (missing.isEmpty() || !m_window->isVisible())
         return false;
     if (MessageBoxes::show(m_window, QMessageBox::Question, s_productName,
@@ -196,7 +197,7 @@ bool DocumentFlows::askForMissingInputs()
         != QMessageBox::Yes)
         return false;
     bool changed = false;
-    for (InputNode *input : missing) {
+    for (InputItem *input : missing) {
         const QString folder = Application::instance() ? Application::instance()->lastDataFolder()
                                                        : QFileInfo(input->path()).absolutePath();
         const QString chosen = m_window->chooseFile(
@@ -205,7 +206,7 @@ bool DocumentFlows::askForMissingInputs()
         if (chosen.isEmpty())
             continue;
         input->setPath(chosen);
-        input->setStatus(Node::NeedsUpdate, true);
+        input->setStatus(FlowItem::NeedsUpdate, true);
         changed = true;
     }
     return changed;
@@ -242,7 +243,7 @@ bool DocumentFlows::writeDocument(const QString &target)
     bool saved = false;
     {
         BusyCursor busy;
-        saved = saveDocument(&m_lock, *m_window->graphScene(), data, target, &error);
+        saved = saveDocument(&m_lock, *m_window->graphScene()->model(), data, target, &error);
     }
     if (!saved) {
         MessageBoxes::critical(m_window, s_productName, error);
@@ -250,7 +251,7 @@ bool DocumentFlows::writeDocument(const QString &target)
     }
     m_documentData = data;
     m_documentPath = target;
-    m_window->graphScene()->setDocumentPath(target);
+    m_window->graphScene()->model()->setDocumentPath(target);
     m_window->setWindowModified(false);
     removeRecoveryFile();
     addRecentDocument(target);

@@ -1,10 +1,12 @@
 #pragma once
 
-#include "graph/document.h"
+#include "flow/document.h"
 
 #include <QObject>
 #include <QString>
 
+class FlowModel;
+class GraphScene;
 class MainWindow;
 
 // The life of the window's document: new, open, save, the recent list, the notes, the lock

@@ -1,7 +1,8 @@
 #include "workbench/fileintake.h"
 
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
 #include "graph/node.h"
 #include "graph/undo.h"
 #include "io/filetypes.h"
@@ -121,12 +122,12 @@ void FileIntake::addInputs(const QStringList &files, const QPointF &scenePos)
     UndoStep step(QStringLiteral("add file(s)"));
     QPointF pos = scenePos;
     for (const QString &file : files) {
-        auto *input = new InputNode;
+        auto *input = new InputItem;
         input->setPath(file);
         input->setInputFileType(
             FileTypes::inputTypeForExtension(QFileInfo(file).suffix(), FileTypeDelimited));
-        input->setHeader(InputNode::defaultHeader(scene->autoRun()));
-        scene->addInputNodeByUser(input, pos, false);
+        input->setHeader(InputItem::defaultHeader(scene->model()->autoRun()));
+        scene->addInputByUser(input, pos, false);
         // Each next file stands under the last, whether the first was placed or found a place.
         pos = input->centrePos() + QPointF(0.0, DroppedFileSpacing);
         if (Application *application = Application::instance()) {
@@ -142,12 +143,12 @@ void FileIntake::addClipboardText(const QString &text, const QPointF &scenePos)
     if (scene->isProcessing() || text.isEmpty())
         return;
     UndoStep step(QStringLiteral("add clipboard"));
-    auto *input = new InputNode;
-    input->setMedium(InputNode::Clipboard);
+    auto *input = new InputItem;
+    input->setMedium(InputItem::Clipboard);
     input->setText(text);
     input->setInputFileType(FileTypes::guessTextFileType(text));
-    input->setHeader(InputNode::defaultHeader(scene->autoRun()));
-    scene->addInputNodeByUser(input, scenePos, false);
+    input->setHeader(InputItem::defaultHeader(scene->model()->autoRun()));
+    scene->addInputByUser(input, scenePos, false);
 }
 
 void FileIntake::onEditPaste()
@@ -189,16 +190,16 @@ void FileIntake::onInputFromClipboard()
     addClipboardText(text, QPointF());
 }
 
-bool FileIntake::confirmOutputOverInput(Node *source, const QString &path)
+bool FileIntake::confirmOutputOverInput(FlowItem *source, const QString &path)
 {
     int sameFile = 0;
-    QSet<Node *> inputs = source->allUpstreamOfType(Node::InputType);
-    if (source->type() == Node::InputType)
+    QSet<FlowItem *> inputs = source->allUpstreamOfKind(FlowItem::InputKind);
+    if (source->kind() == FlowItem::InputKind)
         inputs.insert(source);
     const QString absolute = QFileInfo(path).absoluteFilePath();
-    for (Node *node : qAsConst(inputs)) {
-        auto *input = static_cast<InputNode *>(node);
-        if (input->medium() == InputNode::File
+    for (FlowItem *item : qAsConst(inputs)) {
+        const auto *input = static_cast<const InputItem *>(item);
+        if (input->medium() == InputItem::File
             && QFileInfo(input->path()).absoluteFilePath() == absolute)
             ++sameFile;
     }
@@ -242,7 +243,7 @@ void FileIntake::onOutputDataToFile()
                                   .arg(QDir::toNativeSeparators(path)));
         return;
     }
-    if (!confirmOutputOverInput(source, path))
+    if (!confirmOutputOverInput(source->item(), path))
         return;
     if (Application *application = Application::instance())
         application->setLastOutputDataFolder(path);

@@ -5,8 +5,8 @@
 #include <QStringList>
 #include <QUrl>
 
+class FlowItem;
 class MainWindow;
-class Node;
 
 // How data comes into the window and goes out of it: files dropped, pasted or chosen become
 // inputs, clipboard text becomes a clipboard input, and a chosen file becomes an output of the
@@ -37,7 +37,7 @@ private:
     QStringList withoutBlocked(const QStringList &files);
     void addInputs(const QStringList &files, const QPointF &scenePos);
     // Whether the user goes on with an output on a file that source also reads.
-    bool confirmOutputOverInput(Node *source, const QString &path);
+    bool confirmOutputOverInput(FlowItem *source, const QString &path);
 
     MainWindow *m_window;
 };

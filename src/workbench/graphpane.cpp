@@ -1,10 +1,10 @@
 #include "workbench/graphpane.h"
 
+#include "flow/flowmodel.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
 #include "graph/node.h"
 #include "graph/overlays.h"
-#include "graph/transformnode.h"
 #include "io/outputwriters.h"
 #include "shell/application.h"
 #include "shell/colors.h"
@@ -188,7 +188,7 @@ void GraphPane::onZoomSelected()
     if (!m_scene)
         return;
     QRectF rect;
-    const QList<QGraphicsItem *> selected = m_scene->selectedItems();
+    const QList<QGraphicsItem *> selected = selectedGraphics();
     for (const QGraphicsItem *item : selected)
         rect |= item->sceneBoundingRect();
     if (rect.isEmpty())
@@ -217,15 +217,12 @@ void GraphPane::onMagnifyUnderCursor(bool on)
 
 QList<Node *> GraphPane::selectedNodes() const
 {
-    QList<Node *> nodes;
-    if (!m_scene)
-        return nodes;
-    const QList<QGraphicsItem *> selected = m_scene->selectedItems();
-    for (QGraphicsItem *item : selected) {
-        if (item->type() >= Node::InputType && item->type() <= Node::NoteType)
-            nodes.append(static_cast<Node *>(item));
-    }
-    return nodes;
+    return m_scene ? m_scene->selectedNodes() : QList<Node *>();
+}
+
+QList<QGraphicsItem *> GraphPane::selectedGraphics() const
+{
+    return m_scene ? m_scene->QGraphicsScene::selectedItems() : QList<QGraphicsItem *>();
 }
 
 void GraphPane::onCopyDataSelected()
@@ -233,7 +230,7 @@ void GraphPane::onCopyDataSelected()
     const QList<Node *> nodes = selectedNodes();
     if (nodes.size() != 1 || nodes.first()->type() == Node::NoteType)
         return;
-    const Dataset &dataset = *nodes.first()->dataset();
+    const Dataset &dataset = *nodes.first()->item()->dataset();
     const qint64 rows = dataset.rowCount();
     const qint64 columns = dataset.columnCount();
     if (rows * columns >= LargeCopyCells) {
@@ -286,7 +283,7 @@ void GraphPane::onHighlightTransformNodes(bool on, const Transform *prototype)
         return;
     const QList<Node *> transforms = m_scene->nodesOfType(Node::TransformType);
     for (Node *node : transforms) {
-        const Transform *transform = static_cast<TransformNode *>(node)->transform();
+        const Transform *transform = static_cast<const TransformNode *>(node)->transform();
         node->setHighlighted(on && transform && transform->typeName() == prototype->typeName());
     }
 }
@@ -338,7 +335,7 @@ void GraphPane::openTypeableMenu(const QString &firstLetters)
     if (!m_scene)
         return;
     QRectF around;
-    const QList<QGraphicsItem *> selected = m_scene->selectedItems();
+    const QList<QGraphicsItem *> selected = selectedGraphics();
     for (const QGraphicsItem *item : selected)
         around |= item->sceneBoundingRect();
     if (m_typeableMenu)
@@ -371,7 +368,7 @@ void GraphPane::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
-    const bool selection = m_scene && !m_scene->selectedItems().isEmpty();
+    const bool selection = !selectedGraphics().isEmpty();
     const int key = event->key();
     if (modifiers == Qt::NoModifier && isInteractive() && !event->isAutoRepeat() && selection
         && ((key >= Qt::Key_A && key <= Qt::Key_Z) || key == Qt::Key_Space)) {
@@ -406,8 +403,7 @@ void GraphPane::keyReleaseEvent(QKeyEvent *event)
     }
     if (event->key() == Qt::Key_Menu) {
         QRectF around;
-        const QList<QGraphicsItem *> selected
-            = m_scene ? m_scene->selectedItems() : QList<QGraphicsItem *>();
+        const QList<QGraphicsItem *> selected = selectedGraphics();
         for (const QGraphicsItem *item : selected)
             around |= item->sceneBoundingRect();
         const QPoint at
@@ -510,11 +506,11 @@ void GraphPane::drawBackground(QPainter *painter, const QRectF &rect)
         return;
     // The grid points the items snap to.
     painter->setPen(QPen(colors->color(Colors::Grid), 2.0 / zoomScale()));
-    const qreal left = std::floor(rect.left() / GraphScene::GridWidth) * GraphScene::GridWidth;
-    const qreal top = std::floor(rect.top() / GraphScene::GridHeight) * GraphScene::GridHeight;
+    const qreal left = std::floor(rect.left() / FlowModel::GridWidth) * FlowModel::GridWidth;
+    const qreal top = std::floor(rect.top() / FlowModel::GridHeight) * FlowModel::GridHeight;
     QVector<QPointF> points;
-    for (qreal x = left; x <= rect.right(); x += GraphScene::GridWidth) {
-        for (qreal y = top; y <= rect.bottom(); y += GraphScene::GridHeight)
+    for (qreal x = left; x <= rect.right(); x += FlowModel::GridWidth) {
+        for (qreal y = top; y <= rect.bottom(); y += FlowModel::GridHeight)
             points.append(QPointF(x, y));
     }
     painter->drawPoints(points.constData(), points.size());

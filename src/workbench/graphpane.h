@@ -89,6 +89,8 @@ private:
     void setZoomScale(qreal scale, ViewportAnchor anchor);
     void openTypeableMenu(const QString &firstLetters);
     QList<Node *> selectedNodes() const;
+    // Everything selected on the canvas, arrows included.
+    QList<QGraphicsItem *> selectedGraphics() const;
     bool hasScrollRange() const;
 
     GraphScene *m_scene = nullptr;

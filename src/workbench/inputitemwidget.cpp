@@ -1,7 +1,7 @@
 #include "workbench/inputitemwidget.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
 #include "graph/undo.h"
 #include "io/delimitedtext.h"
 #include "io/fileformats.h"
@@ -33,23 +33,23 @@ QStringList codecChoices()
 
 } // namespace
 
-InputItemWidget::InputItemWidget(InputNode *node, QWidget *parent)
-    : ItemWidget(node, parent)
+InputItemWidget::InputItemWidget(InputItem *input, QWidget *parent)
+    : ItemWidget(input, parent)
 {
     build();
     updateValues();
     updateVisibility();
 }
 
-InputNode *InputItemWidget::inputNode() const
+InputItem *InputItemWidget::inputItem() const
 {
-    return static_cast<InputNode *>(node());
+    return static_cast<InputItem *>(item());
 }
 
-void InputItemWidget::change(const QString &hint, const std::function<void(InputNode *)> &apply,
+void InputItemWidget::change(const QString &hint, const std::function<void(InputItem *)> &apply,
                              bool viaTimer)
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     {
@@ -61,12 +61,12 @@ void InputItemWidget::change(const QString &hint, const std::function<void(Input
 }
 
 QCheckBox *InputItemWidget::addCheck(const QString &text, const QString &hint,
-                                     const std::function<void(InputNode *, bool)> &apply)
+                                     const std::function<void(InputItem *, bool)> &apply)
 {
     auto *check = new QCheckBox(text, optionsArea());
     form()->addRow(check);
     connect(check, &QCheckBox::toggled, this, [this, hint, apply](bool on) {
-        change(hint, [&](InputNode *input) { apply(input, on); });
+        change(hint, [&](InputItem *input) { apply(input, on); });
     });
     return check;
 }
@@ -85,8 +85,8 @@ void InputItemWidget::buildSourceRows()
     m_sourceButton = new QPushButton(optionsArea());
     form()->addRow(m_sourceButton);
     connect(m_sourceButton, &QPushButton::clicked, this, [this] {
-        InputNode *input = inputNode();
-        if (input && input->medium() == InputNode::Clipboard)
+        InputItem *input = inputItem();
+        if (input && input->medium() == InputItem::Clipboard)
             importFromClipboard();
         else
             rereadSource();
@@ -103,7 +103,7 @@ void InputItemWidget::buildSourceRows()
     pathLayout->addWidget(m_browse);
     form()->addRow(QStringLiteral("File:"), m_pathRow);
     connect(m_path, &QLineEdit::editingFinished, this, [this] {
-        if (inputNode() && m_path->text() != inputNode()->path())
+        if (inputItem() && m_path->text() != inputItem()->path())
             choosePath(m_path->text());
     });
     connect(m_browse, &QToolButton::clicked, this, &InputItemWidget::browse);
@@ -117,7 +117,7 @@ void InputItemWidget::buildSourceRows()
     form()->addRow(QStringLiteral("Type:"), m_type);
     connect(m_type, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
         const int type = m_type->currentData().toInt();
-        change(QStringLiteral("file type"), [type](InputNode *in) { in->setInputFileType(type); });
+        change(QStringLiteral("file type"), [type](InputItem *in) { in->setInputFileType(type); });
     });
 }
 
@@ -128,16 +128,16 @@ void InputItemWidget::buildParsingRows()
     form()->addRow(QStringLiteral("Delimiter:"), m_delim);
     connect(m_delim, &DelimWidget::delimiterChanged, this, [this](int delimiter) {
         change(QStringLiteral("delimiter"),
-               [delimiter](InputNode *in) { in->setDelimiter(delimiter); });
+               [delimiter](InputItem *in) { in->setDelimiter(delimiter); });
     });
     connect(m_delim, &DelimWidget::customDelimiterChanged, this, [this](QChar custom) {
         change(
             QStringLiteral("custom delimiter"),
-            [custom](InputNode *in) { in->setCustomDelimiter(custom); }, true);
+            [custom](InputItem *in) { in->setCustomDelimiter(custom); }, true);
     });
     m_repeated = addCheck(QStringLiteral("ignore repeated delimiters"),
                           QStringLiteral("ignore repeated delimiters"),
-                          [](InputNode *in, bool on) { in->setIgnoreRepeatedDelimiters(on); });
+                          [](InputItem *in, bool on) { in->setIgnoreRepeatedDelimiters(on); });
 
     m_quoting = new QComboBox(optionsArea());
     m_quoting->addItems(quotingNames());
@@ -146,7 +146,7 @@ void InputItemWidget::buildParsingRows()
     connect(m_quoting, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [this](int quoting) {
                 change(QStringLiteral("quoting"),
-                       [quoting](InputNode *in) { in->setQuoting(quoting); });
+                       [quoting](InputItem *in) { in->setQuoting(quoting); });
             });
 
     m_encoding = new QComboBox(optionsArea());
@@ -155,12 +155,12 @@ void InputItemWidget::buildParsingRows()
     connect(m_encoding, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
         const QString encoding = m_encoding->currentText();
         change(QStringLiteral("encoding"),
-               [encoding](InputNode *in) { in->setEncoding(encoding); });
+               [encoding](InputItem *in) { in->setEncoding(encoding); });
     });
 
     m_header = addCheck(QStringLiteral("has header"), QStringLiteral("has header"),
-                        [](InputNode *in, bool on) {
-                            in->setHeader(on ? InputNode::HasHeader : InputNode::NoHeader);
+                        [](InputItem *in, bool on) {
+                            in->setHeader(on ? InputItem::HasHeader : InputItem::NoHeader);
                         });
 
     m_ignoredRows = new QSpinBox(optionsArea());
@@ -170,7 +170,7 @@ void InputItemWidget::buildParsingRows()
     form()->addRow(QStringLiteral("Ignore:"), m_ignoredRows);
     connect(m_ignoredRows, QOverload<int>::of(&QSpinBox::valueChanged), this, [this](int rows) {
         change(
-            QStringLiteral("ignore rows"), [rows](InputNode *in) { in->setIgnoredRows(rows); },
+            QStringLiteral("ignore rows"), [rows](InputItem *in) { in->setIgnoredRows(rows); },
             true);
     });
 }
@@ -179,25 +179,25 @@ void InputItemWidget::buildParsingRows()
 void InputItemWidget::buildReadingChecks()
 {
     m_watch = addCheck(QStringLiteral("watch file"), QStringLiteral("watch file"),
-                       [](InputNode *in, bool on) { in->setWatching(on); });
+                       [](InputItem *in, bool on) { in->setWatching(on); });
     m_trim = addCheck(QStringLiteral("trim whitespace"), QStringLiteral("trim whitespace"),
-                      [](InputNode *in, bool on) { in->setTrim(on); });
+                      [](InputItem *in, bool on) { in->setTrim(on); });
     m_simplify
         = addCheck(QStringLiteral("simplify whitespace"), QStringLiteral("simplify whitespace"),
-                   [](InputNode *in, bool on) { in->setSimplify(on); });
+                   [](InputItem *in, bool on) { in->setSimplify(on); });
     m_ignoreEmptyRows
         = addCheck(QStringLiteral("ignore empty rows"), QStringLiteral("ignore empty rows"),
-                   [](InputNode *in, bool on) { in->setIgnoreEmptyRows(on); });
+                   [](InputItem *in, bool on) { in->setIgnoreEmptyRows(on); });
     m_ignoreEmptyColumns
         = addCheck(QStringLiteral("ignore empty columns"), QStringLiteral("ignore empty columns"),
-                   [](InputNode *in, bool on) { in->setIgnoreEmptyColumns(on); });
+                   [](InputItem *in, bool on) { in->setIgnoreEmptyColumns(on); });
     m_excelHiddenRows = addCheck(QStringLiteral("ignore hidden Excel rows"),
                                  QStringLiteral("ignore hidden Excel rows"),
-                                 [](InputNode *in, bool on) { in->setIgnoreExcelHiddenRows(on); });
+                                 [](InputItem *in, bool on) { in->setIgnoreExcelHiddenRows(on); });
     m_excelHiddenColumns
         = addCheck(QStringLiteral("ignore hidden Excel columns"),
                    QStringLiteral("ignore hidden Excel columns"),
-                   [](InputNode *in, bool on) { in->setIgnoreExcelHiddenColumns(on); });
+                   [](InputItem *in, bool on) { in->setIgnoreExcelHiddenColumns(on); });
 }
 
 // Meta information, the JSON layout and the name the input is known by.
@@ -207,18 +207,18 @@ void InputItemWidget::buildExtraRows()
     form()->addRow(QStringLiteral("Meta information:"), m_metaInfo);
     connect(m_metaInfo, &MetaInfoWidget::placeChanged, this, [this](int place) {
         change(QStringLiteral("meta information"),
-               [place](InputNode *in) { in->setMetaPlace(place); });
+               [place](InputItem *in) { in->setMetaPlace(place); });
     });
     connect(m_metaInfo, &MetaInfoWidget::textChanged, this, [this](const QString &text) {
         change(QStringLiteral("meta information text"),
-               [text](InputNode *in) { in->setMetaText(text); });
+               [text](InputItem *in) { in->setMetaText(text); });
     });
 
     m_format = new QComboBox(optionsArea());
     m_format->addItems({QStringLiteral("Wide (more columns)"), QStringLiteral("Long (more rows)")});
     form()->addRow(QStringLiteral("Format:"), m_format);
     connect(m_format, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int f) {
-        change(QStringLiteral("format"), [f](InputNode *in) { in->setJsonArraysAsRows(f); });
+        change(QStringLiteral("format"), [f](InputItem *in) { in->setJsonArraysAsRows(f); });
     });
 
     m_alias = new QLineEdit(optionsArea());
@@ -226,7 +226,7 @@ void InputItemWidget::buildExtraRows()
                                        "this input."));
     form()->addRow(QStringLiteral("Alias:"), m_alias);
     connect(m_alias, &QLineEdit::editingFinished, this, [this] {
-        InputNode *input = inputNode();
+        InputItem *input = inputItem();
         const QString alias = m_alias->text().trimmed();
         if (!input || alias == input->alias())
             return;
@@ -239,7 +239,7 @@ void InputItemWidget::buildExtraRows()
 
 void InputItemWidget::updateValues()
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     const QList<QWidget *> widgets = {m_path,
@@ -279,18 +279,18 @@ void InputItemWidget::updateValues()
     m_excelHiddenRows->setChecked(input->ignoreExcelHiddenRows());
     m_excelHiddenColumns->setChecked(input->ignoreExcelHiddenColumns());
     m_metaInfo->setValues(input->metaPlace(), input->metaText(),
-                          input->medium() == InputNode::File);
+                          input->medium() == InputItem::File);
     m_format->setCurrentIndex(input->jsonArraysAsRows());
     m_alias->setText(input->alias());
 }
 
 void InputItemWidget::updateVisibility()
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     const int type = input->fileType();
-    const bool file = input->medium() == InputNode::File;
+    const bool file = input->medium() == InputItem::File;
     const QString runNote = QStringLiteral("\nDoes not run items downstream.");
     if (file) {
         m_sourceButton->setText(QStringLiteral("Read from file."));
@@ -317,7 +317,7 @@ void InputItemWidget::updateVisibility()
     setRowVisible(m_excelHiddenRows, FileTypes::isExcel(type));
     setRowVisible(m_excelHiddenColumns, FileTypes::isExcel(type));
     setRowVisible(m_format, type == FileTypeJson || type == FileTypeXml);
-    const bool autoRun = scene() ? scene()->autoRun() : true;
+    const bool autoRun = model() ? model()->autoRun() : true;
     m_watch->setToolTip(autoRun ? QStringLiteral("Check to automatically re-input the file every "
                                                  "time it changes.")
                                 : QStringLiteral("Check to automatically set the input to status "
@@ -326,7 +326,7 @@ void InputItemWidget::updateVisibility()
 
 void InputItemWidget::choosePath(const QString &chosen)
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     const QString path = chosen.trimmed();
@@ -352,7 +352,7 @@ void InputItemWidget::choosePath(const QString &chosen)
 
 void InputItemWidget::browse()
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     Application *application = Application::instance();
@@ -367,7 +367,7 @@ void InputItemWidget::browse()
 
 void InputItemWidget::importFromClipboard()
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
     const QString text = QGuiApplication::clipboard()->text();
@@ -381,9 +381,9 @@ void InputItemWidget::importFromClipboard()
                 this, QStringLiteral("Import from clipboard"),
                 QStringLiteral("Change file type to '%1'?").arg(fileTypeName(type))))
             input->setInputFileType(type);
-        input->setMedium(InputNode::Clipboard);
+        input->setMedium(InputItem::Clipboard);
         input->setText(text);
-        input->setStatus(Node::NeedsUpdate, true);
+        input->setStatus(FlowItem::NeedsUpdate, true);
     }
     updateValues();
     updateVisibility();
@@ -392,13 +392,13 @@ void InputItemWidget::importFromClipboard()
 
 void InputItemWidget::rereadSource()
 {
-    InputNode *input = inputNode();
+    InputItem *input = inputItem();
     if (!input)
         return;
-    GraphScene *graph = scene();
-    if (graph && graph->isProcessing())
+    const FlowModel *flow = model();
+    if (flow && flow->isProcessing())
         return;
-    input->setStatus(Node::NeedsUpdate, true);
+    input->setStatus(FlowItem::NeedsUpdate, true);
     input->run(false, false);
     emit nodeStatusChanged();
     refreshAfterRun();

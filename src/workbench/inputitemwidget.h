@@ -5,7 +5,7 @@
 #include <functional>
 
 class DelimWidget;
-class InputNode;
+class InputItem;
 class MetaInfoWidget;
 class QCheckBox;
 class QComboBox;
@@ -21,9 +21,9 @@ class InputItemWidget : public ItemWidget
     Q_OBJECT
 
 public:
-    explicit InputItemWidget(InputNode *node, QWidget *parent = nullptr);
+    explicit InputItemWidget(InputItem *input, QWidget *parent = nullptr);
 
-    InputNode *inputNode() const;
+    InputItem *inputItem() const;
 
     // Takes a new path as the user chose it, asking about the file type.
     void choosePath(const QString &path);
@@ -61,10 +61,10 @@ private:
     void buildReadingChecks();
     void buildExtraRows();
     // One undoable change of the item under hint, then a run.
-    void change(const QString &hint, const std::function<void(InputNode *)> &apply,
+    void change(const QString &hint, const std::function<void(InputItem *)> &apply,
                 bool viaTimer = false);
     QCheckBox *addCheck(const QString &text, const QString &hint,
-                        const std::function<void(InputNode *, bool)> &apply);
+                        const std::function<void(InputItem *, bool)> &apply);
     void browse();
 
     QPushButton *m_sourceButton = nullptr;

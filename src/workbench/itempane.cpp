@@ -1,11 +1,10 @@
 #include "workbench/itempane.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/node.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "inspection/datapage.h"
 #include "inspection/datatableview.h"
 #include "shell/delaytimer.h"
@@ -54,19 +53,19 @@ ItemPane::~ItemPane()
     m_timer->stop();
 }
 
-ItemWidget *ItemPane::createWidget(Node *node, QWidget *parent)
+ItemWidget *ItemPane::createWidget(FlowItem *item, QWidget *parent)
 {
-    switch (node->type()) {
-    case Node::InputType:
-        return new InputItemWidget(static_cast<InputNode *>(node), parent);
-    case Node::TransformType:
-        return new TransformItemWidget(static_cast<TransformNode *>(node), parent);
-    case Node::OutputType:
-        return new OutputItemWidget(static_cast<OutputNode *>(node), parent);
-    case Node::NoteType:
-        return new NoteItemWidget(static_cast<NoteNode *>(node), parent);
+    switch (item->kind()) {
+    case FlowItem::InputKind:
+        return new InputItemWidget(static_cast<InputItem *>(item), parent);
+    case FlowItem::TransformKind:
+        return new TransformItemWidget(static_cast<TransformItem *>(item), parent);
+    case FlowItem::OutputKind:
+        return new OutputItemWidget(static_cast<OutputItem *>(item), parent);
+    case FlowItem::NoteKind:
+        return new NoteItemWidget(static_cast<NoteItem *>(item), parent);
     default:
-        return new ItemWidget(node, parent);
+        return new ItemWidget(item, parent);
     }
 }
 
@@ -89,18 +88,18 @@ void ItemPane::clearWidget()
     old->deleteLater();
 }
 
-void ItemPane::showItems(const QList<Node *> &selected)
+void ItemPane::showItems(const QList<FlowItem *> &selected)
 {
     clearWidget();
     if (selected.size() != 1 || !selected.first()) {
         update();
         return;
     }
-    Node *node = selected.first();
+    FlowItem *item = selected.first();
     ItemWidget *widget = nullptr;
     {
         UpdateBlocker blocker(this);
-        widget = createWidget(node, this);
+        widget = createWidget(item, this);
         widget->setCurrentTab(m_tab);
         widget->setInteractionAllowed(m_interactionAllowed);
         connect(widget, &ItemWidget::fullScreenReleased, this, &ItemPane::onFullScreenReleased);
@@ -130,15 +129,15 @@ void ItemPane::flush()
     onFlushTimer();
 }
 
-void ItemPane::refreshAfterRun(Node *node)
+void ItemPane::refreshAfterRun(FlowItem *item)
 {
-    if (m_widget && node && m_widget->node() == node)
+    if (m_widget && item && m_widget->item() == item)
         m_widget->refreshAfterRun();
 }
 
-void ItemPane::refreshAfterDataChange(Node *node)
+void ItemPane::refreshAfterDataChange(FlowItem *item)
 {
-    if (m_widget && node && m_widget->node() == node)
+    if (m_widget && item && m_widget->item() == item)
         m_widget->refreshAfterDataChange();
 }
 
@@ -199,15 +198,18 @@ void ItemPane::onProcessChanges()
         return;
     const QPointer<ItemWidget> widget = m_widget;
     widget->applyPendingEdits();
-    Node *node = widget->node();
-    if (!node)
+    FlowItem *item = widget->item();
+    if (!item)
         return;
-    node->setStatus(Node::NeedsUpdate, true);
+    item->setStatus(FlowItem::NeedsUpdate, true);
     widget->refreshStatus();
     emit nodeStatusChanged();
-    GraphScene *scene = node->graphScene();
-    if (scene && scene->autoRun())
-        scene->process(GraphScene::RunChanges);
+    FlowModel *model = item->model();
+    if (model && model->autoRun()) {
+        // The canvas's runs show the busy cursor too.
+        BusyCursor busy;
+        model->process(FlowModel::RunChanges);
+    }
     if (widget)
         widget->refreshAfterRun();
 }

@@ -5,8 +5,8 @@
 #include <QWidget>
 
 class DelayTimer;
+class FlowItem;
 class ItemWidget;
-class Node;
 class QVBoxLayout;
 
 // The Right pane: the page of the one selected item, and the timer that holds back a run
@@ -19,16 +19,16 @@ public:
     explicit ItemPane(QWidget *parent = nullptr);
     ~ItemPane() override;
 
-    void showItems(const QList<Node *> &selected);
+    void showItems(const QList<FlowItem *> &selected);
     void flush();
-    void refreshAfterRun(Node *node);
-    void refreshAfterDataChange(Node *node);
+    void refreshAfterRun(FlowItem *item);
+    void refreshAfterDataChange(FlowItem *item);
     ItemWidget *currentWidget() const;
     void setInteractionAllowed(bool allowed);
     void setFullScreen(bool on);
 
     // Builds the page for an item by its kind; exposed so that the pages can be shown alone.
-    static ItemWidget *createWidget(Node *node, QWidget *parent);
+    static ItemWidget *createWidget(FlowItem *item, QWidget *parent);
     bool isRunWaiting() const { return m_runWaiting; }
     bool isTimerActive() const;
     // The pause between an edit and its run, to be fired by hand under a manual clock.
@@ -37,7 +37,7 @@ public:
 
 signals:
     void nodeStatusChanged();
-    void nodeCommentChanged(Node *node);
+    void nodeCommentChanged(FlowItem *item);
     void selectedDataCellsChanged();
     // The one line that sums up the cells selected in the page's table; empty for none.
     void selectionStatisticsChanged(const QString &text);

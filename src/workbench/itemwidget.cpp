@@ -1,8 +1,8 @@
 #include "workbench/itemwidget.h"
 
-#include "graph/graphscene.h"
+#include "flow/flowmodel.h"
+#include "flow/transformitem.h"
 #include "graph/node.h"
-#include "graph/transformnode.h"
 #include "graph/undo.h"
 #include "inspection/datapage.h"
 #include "transforms/framework/transform.h"
@@ -63,9 +63,9 @@ protected:
 
 } // namespace
 
-ItemWidget::ItemWidget(Node *node, QWidget *parent)
+ItemWidget::ItemWidget(FlowItem *item, QWidget *parent)
     : QFrame(parent)
-    , m_node(node)
+    , m_item(item)
 {
     setObjectName(QStringLiteral("ItemWidget"));
     m_layout = new QVBoxLayout(this);
@@ -170,20 +170,20 @@ ItemWidget::ItemWidget(Node *node, QWidget *parent)
     connect(m_dataPage, &DataPage::selectedDataCellsChanged, this,
             &ItemWidget::selectedDataCellsChanged);
 
-    if (m_node) {
-        m_comment->setTextQuietly(m_node->comment());
-        m_dataPage->setNode(m_node);
-        connect(m_node, &Node::processingStart, this, [this] { refreshStatus(); });
-        connect(m_node, &Node::processingEnd, this, [this] { refreshAfterRun(); });
+    if (m_item) {
+        m_comment->setTextQuietly(m_item->comment());
+        m_dataPage->setItem(m_item);
+        connect(m_item, &FlowItem::processingStart, this, [this] { refreshStatus(); });
+        connect(m_item, &FlowItem::processingEnd, this, [this] { refreshAfterRun(); });
     }
     refreshAfterRun();
 }
 
 ItemWidget::~ItemWidget() = default;
 
-GraphScene *ItemWidget::scene() const
+FlowModel *ItemWidget::model() const
 {
-    return m_node ? m_node->graphScene() : nullptr;
+    return m_item ? m_item->model() : nullptr;
 }
 
 void ItemWidget::applyPendingEdits()
@@ -196,51 +196,51 @@ QString ItemWidget::messagesText(bool has, const QString &text)
     return has ? text : QStringLiteral("No messages");
 }
 
-QString ItemWidget::statusText(const Node *node, bool autoRun)
+QString ItemWidget::statusText(const FlowItem *item, bool autoRun)
 {
-    if (!node)
+    if (!item)
         return QString();
-    switch (node->status()) {
-    case Node::NeedsUpdate:
+    switch (item->status()) {
+    case FlowItem::NeedsUpdate:
         return autoRun ? QStringLiteral("Awaiting update") : QStringLiteral("Run to update");
-    case Node::Updating:
+    case FlowItem::Updating:
         return QStringLiteral("Processing...");
     default:
         break;
     }
-    if (node->type() == Node::TransformType) {
-        const auto *transformNode = static_cast<const TransformNode *>(node);
-        if (transformNode->transform() && node->status() == Node::UpToDate)
-            return transformNode->transform()->result();
+    if (item->kind() == FlowItem::TransformKind) {
+        const auto *transformItem = static_cast<const TransformItem *>(item);
+        if (transformItem->transform() && item->status() == FlowItem::UpToDate)
+            return transformItem->transform()->result();
     }
-    return node->statusLine();
+    return item->statusLine();
 }
 
 void ItemWidget::refreshStatus()
 {
-    const GraphScene *graph = scene();
-    const QString text = statusText(m_node, graph ? graph->autoRun() : true);
+    const FlowModel *flow = model();
+    const QString text = statusText(m_item, flow ? flow->autoRun() : true);
     m_statusLabel->setText(text);
     m_statusLabel->setVisible(!text.isEmpty());
     const int side = qMax(8, qRound(m_statusLabel->fontMetrics().height() * 0.9));
     QPixmap icon(side * devicePixelRatio(), side * devicePixelRatio());
     icon.setDevicePixelRatio(devicePixelRatio());
     icon.fill(Qt::transparent);
-    if (m_node) {
+    if (m_item) {
         QPainter painter(&icon);
         painter.setRenderHint(QPainter::Antialiasing);
-        Node::drawStatusIcon(&painter, QRectF(0, 0, side, side), int(m_node->statusIcon()));
+        Node::drawStatusIcon(&painter, QRectF(0, 0, side, side), int(m_item->statusIcon()));
     }
     m_statusIcon->setPixmap(icon);
-    m_statusIcon->setVisible(m_node && m_node->statusIcon() != NodeStatusIcon::Empty);
+    m_statusIcon->setVisible(m_item && m_item->statusIcon() != NodeStatusIcon::Empty);
 }
 
 void ItemWidget::refreshAfterRun()
 {
     refreshStatus();
-    if (m_node) {
-        m_warnings->setPlainText(messagesText(m_node->hasWarnings(), m_node->warningsText()));
-        m_info->setPlainText(messagesText(m_node->hasInfo(), m_node->infoText()));
+    if (m_item) {
+        m_warnings->setPlainText(messagesText(m_item->hasWarnings(), m_item->warningsText()));
+        m_info->setPlainText(messagesText(m_item->hasInfo(), m_item->infoText()));
     } else {
         m_warnings->setPlainText(messagesText(false, QString()));
         m_info->setPlainText(messagesText(false, QString()));
@@ -257,14 +257,14 @@ void ItemWidget::refreshAfterDataChange()
 
 void ItemWidget::updateDetails()
 {
-    if (!m_node) {
+    if (!m_item) {
         m_details->clear();
         return;
     }
     QStringList lines;
     const QList<QList<QPair<QString, QString>>> groups
-        = {m_node->identitySummary(), m_node->fileSummary(), m_node->parameterSummary(),
-           m_node->runSummary()};
+        = {m_item->identitySummary(), m_item->fileSummary(), m_item->parameterSummary(),
+           m_item->runSummary()};
     for (const auto &group : groups) {
         if (group.isEmpty())
             continue;
@@ -302,16 +302,16 @@ void ItemWidget::onTabChanged(int index)
 
 void ItemWidget::onCommentChanged()
 {
-    if (!m_node)
+    if (!m_item)
         return;
     const QString text = m_comment->toPlainText();
-    if (text == m_node->comment())
+    if (text == m_item->comment())
         return;
     {
         UndoStep step(QStringLiteral("comment changed"));
-        m_node->setComment(text);
+        m_item->setComment(text);
     }
-    emit nodeCommentChanged(m_node);
+    emit nodeCommentChanged(m_item);
     emit changeNeedsSave();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/node.h"
+#include "flow/flowitem.h"
 
 #include <QFrame>
 #include <QPointer>
@@ -8,7 +8,7 @@
 
 class DataPage;
 class DelayedPlainTextEdit;
-class GraphScene;
+class FlowModel;
 class QFormLayout;
 class QLabel;
 class QPlainTextEdit;
@@ -30,12 +30,13 @@ public:
     enum Tab { DataTab = 0, CharactersTab, WarningsTab, InfoTab, CommentTab, DetailsTab };
     enum ShowMode { OptionsAndData = 0, OptionsOnly = 1, DataOnly = 2 };
 
-    explicit ItemWidget(Node *node, QWidget *parent = nullptr);
+    explicit ItemWidget(FlowItem *item, QWidget *parent = nullptr);
     ~ItemWidget() override;
 
     // Null once the item is gone.
-    Node *node() const { return m_node; }
-    GraphScene *scene() const;
+    FlowItem *item() const { return m_item; }
+    // The model of the item; null once the item is gone.
+    FlowModel *model() const;
 
     // Edits still waiting in the page (a comment being typed) reach the item now.
     virtual void applyPendingEdits();
@@ -64,13 +65,13 @@ public:
     void setFullScreen(bool on);
 
     // The one line under the show buttons: by status, or the item's result.
-    static QString statusText(const Node *node, bool autoRun);
+    static QString statusText(const FlowItem *item, bool autoRun);
     static QString messagesText(bool has, const QString &text);
 
 signals:
     void fullScreenReleased(ItemWidget *widget);
     void nodeStatusChanged();
-    void nodeCommentChanged(Node *node);
+    void nodeCommentChanged(FlowItem *item);
     void warnOverwritingOutputMoreThanOnce();
     void flushTimer();
     void restartTimer();
@@ -98,7 +99,7 @@ private:
     void updateDetails();
     void placeSplitter();
 
-    QPointer<Node> m_node;
+    QPointer<FlowItem> m_item;
     QVBoxLayout *m_layout = nullptr;
     QToolButton *m_showButtons[3] = {};
     QToolButton *m_fullScreenButton = nullptr;

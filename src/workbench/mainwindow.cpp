@@ -1,10 +1,10 @@
-#include "shell/appearancesettings.h"
 #include "workbench/mainwindow.h"
+#include "shell/appearancesettings.h"
 
+#include "flow/flowmodel.h"
+#include "flow/outputitem.h"
 #include "graph/graphscene.h"
 #include "graph/node.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
 #include "shell/application.h"
 #include "shell/colors.h"
 #include "shell/insufficientmemorydialog.h"
@@ -95,7 +95,7 @@ MainWindow::MainWindow(QWidget *parent)
     connectEditActions();
     connectWindowActions();
 
-    m_sceneHost->replaceScene(new GraphScene(this));
+    m_sceneHost->replaceScene(new GraphScene(nullptr, this));
     m_runControl->setAutoRunQuietly(settings->openAutoRun() != AutoRunOff);
     m_theme->applyTheme();
     m_documents->updateRecentMenu();
@@ -120,29 +120,36 @@ MainWindow::~MainWindow()
 void MainWindow::installHandlers()
 {
     // Outputs ask before writing many files; the question comes through the window's boxes.
-    OutputNode::setConfirmHandler([this](const QString &title, const QString &text) {
+    OutputItem::setConfirmHandler([this](const QString &title, const QString &text) {
         return MessageBoxes::askOkCancel(this, title, text);
     });
     if (Application *application = Application::instance()) {
+        // Runs pump through the application, whose heartbeat keeps the status bar going.
+        FlowModel::setEventPump([application] { application->pumpEvents(); });
         application->setEmergencyHandler([this]() {
             GraphScene *scene = graphScene();
             if (!scene)
                 return;
-            const QList<Node *> nodes = scene->nodes();
-            for (Node *node : nodes) {
-                node->dataset()->clear();
-                node->setStatus(Node::NeedsUpdate, false);
+            const QList<FlowItem *> items = scene->model()->items();
+            for (FlowItem *item : items) {
+                item->dataset()->clear();
+                item->setStatus(FlowItem::NeedsUpdate, false);
             }
-            emergencyRecoverySave(*scene, m_documents->currentData());
+            emergencyRecoverySave(*scene->model(), m_documents->currentData());
         });
     }
 }
 
 void MainWindow::removeHandlers()
 {
-    OutputNode::setConfirmHandler(nullptr);
-    if (Application *application = Application::instance())
+    // Without the window, questions go back to the application's plain boxes.
+    if (Application *application = Application::instance()) {
+        OutputItem::setConfirmHandler(&Application::confirmWithMessageBox);
+        FlowModel::setEventPump(nullptr);
         application->setEmergencyHandler({});
+    } else {
+        OutputItem::setConfirmHandler(nullptr);
+    }
     setMemoryLimitHandler({});
 }
 
@@ -208,11 +215,9 @@ void MainWindow::connectPanes()
     });
 
     connect(m_itemPane, &ItemPane::nodeStatusChanged, this, &MainWindow::refreshStatusCounts);
-    connect(m_itemPane, &ItemPane::nodeCommentChanged, this, [this](Node *node) {
-        if (node)
-            node->update();
-        setWindowModified(true);
-    });
+    // The item's view repaints by itself; the document has changed.
+    connect(m_itemPane, &ItemPane::nodeCommentChanged, this,
+            [this](FlowItem *) { setWindowModified(true); });
     connect(m_itemPane, &ItemPane::changeNeedsSave, this, [this]() { setWindowModified(true); });
 }
 
@@ -345,21 +350,22 @@ QString MainWindow::chooseFile(const QString &title, const QString &folder, cons
 
 QList<Node *> MainWindow::selectedNodes() const
 {
-    QList<Node *> nodes;
-    if (!graphScene())
-        return nodes;
-    const QList<QGraphicsItem *> items = graphScene()->selectedItems();
-    for (QGraphicsItem *item : items) {
-        if (auto *node = dynamic_cast<Node *>(item))
-            nodes.append(node);
-    }
-    return nodes;
+    return graphScene() ? graphScene()->selectedNodes() : QList<Node *>();
+}
+
+QList<FlowItem *> MainWindow::selectedItems() const
+{
+    QList<FlowItem *> items;
+    const QList<Node *> nodes = selectedNodes();
+    for (const Node *node : nodes)
+        items.append(node->item());
+    return items;
 }
 
 void MainWindow::refreshStatusCounts()
 {
     if (graphScene() && m_statusBar)
-        m_statusBar->nodeStatusWidget()->setNodes(graphScene()->nodes());
+        m_statusBar->nodeStatusWidget()->setItems(graphScene()->model()->items());
 }
 
 // Start-up -----------------------------------------------------------------------------------
@@ -436,7 +442,7 @@ void MainWindow::showNotAvailable(const QString &title, const QString &what)
 
 void MainWindow::onEditDeleteAction()
 {
-    if (graphScene()->isProcessing() || graphScene()->selectedItems().isEmpty())
+    if (graphScene()->isProcessing() || graphScene()->QGraphicsScene::selectedItems().isEmpty())
         return;
     m_itemPane->flush();
     graphScene()->deleteSelectedByUser();
@@ -479,7 +485,7 @@ void MainWindow::onAddNote()
     const QList<Node *> selected = selectedNodes();
     QPointF at;
     if (selected.size() == 1) {
-        at = selected.first()->centrePos();
+        at = selected.first()->item()->centrePos();
     } else {
         const QPoint cursor = m_graphPane->viewport()->mapFromGlobal(QCursor::pos());
         at = m_graphPane->viewport()->rect().contains(cursor)
@@ -511,7 +517,7 @@ void MainWindow::onTransformClicked(const Transform *prototype)
     GraphScene *scene = graphScene();
     if (!prototype || scene->isProcessing())
         return;
-    if (!GraphScene::canAddTransform(prototype, scene->selectedItems())) {
+    if (!GraphScene::canAddTransform(prototype, scene->QGraphicsScene::selectedItems())) {
         onShowTempMessage(QStringLiteral("'%1' can't be added to the selected items.")
                               .arg(prototype->displayName()));
         return;
@@ -529,10 +535,10 @@ void MainWindow::onTransformClicked(const Transform *prototype)
 void MainWindow::onGraphSelectionChanged()
 {
     using A = MainWindowActions;
-    const QList<QGraphicsItem *> selected = graphScene()->selectedItems();
+    const QList<QGraphicsItem *> selected = graphScene()->QGraphicsScene::selectedItems();
     const QList<Node *> nodes = selectedNodes();
     m_actionPane->setSelection(selected);
-    m_itemPane->showItems(nodes);
+    m_itemPane->showItems(selectedItems());
     (*m_actions)[A::EditDelete]->setEnabled(!selected.isEmpty());
     for (const A::Id id :
          {A::DisconnectSelected, A::DisconnectFromSelected, A::DisconnectToSelected})
@@ -546,7 +552,7 @@ void MainWindow::onShowNodeFullscreen(Node *node)
 {
     if (!node)
         return;
-    m_itemPane->showItems({node});
+    m_itemPane->showItems({node->item()});
     m_itemPane->setFullScreen(true);
 }
 
@@ -564,7 +570,7 @@ void MainWindow::onCompletedTransforms()
     m_view->updateZoomActions();
     const QList<Node *> selected = selectedNodes();
     if (selected.size() == 1)
-        m_itemPane->refreshAfterRun(selected.first());
+        m_itemPane->refreshAfterRun(selected.first()->item());
 
     const QString achievement = WindowPrompts::takeAchievement();
     if (!achievement.isEmpty())

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "graph/document.h"
+#include "flow/document.h"
 
 #include <QList>
 #include <QMainWindow>
@@ -13,6 +13,7 @@
 class ActionPane;
 class DocumentFlows;
 class FileIntake;
+class FlowItem;
 class GraphPane;
 class GraphScene;
 class ItemPane;
@@ -80,7 +81,9 @@ public:
     QString chooseFile(const QString &title, const QString &folder, const QString &filter,
                        bool save);
 
+    // The selection of the canvas: its nodes, and the items they show, in the same order.
     QList<Node *> selectedNodes() const;
+    QList<FlowItem *> selectedItems() const;
     void refreshStatusCounts();
 
 public slots:

@@ -1,6 +1,6 @@
 #include "workbench/noteitemwidget.h"
 
-#include "graph/notenode.h"
+#include "flow/noteitem.h"
 #include "graph/undo.h"
 #include "workbench/widgets.h"
 
@@ -11,8 +11,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
-NoteItemWidget::NoteItemWidget(NoteNode *node, QWidget *parent)
-    : ItemWidget(node, parent)
+NoteItemWidget::NoteItemWidget(NoteItem *note, QWidget *parent)
+    : ItemWidget(note, parent)
 {
     tabs()->hide();
     for (int mode = OptionsAndData; mode <= DataOnly; ++mode)
@@ -30,35 +30,33 @@ NoteItemWidget::NoteItemWidget(NoteNode *node, QWidget *parent)
     m_arrow->addItems({QStringLiteral("None"), QStringLiteral("Up"), QStringLiteral("Right"),
                        QStringLiteral("Down"), QStringLiteral("Left")});
     m_arrow->setToolTip(QStringLiteral("Set arrow status and direction."));
-    m_arrow->setCurrentIndex(qBound(0, node->arrow(), m_arrow->count() - 1));
+    m_arrow->setCurrentIndex(qBound(0, note->arrow(), m_arrow->count() - 1));
     form()->addRow(QStringLiteral("Arrow:"), m_arrow);
 
-    m_color = new ColorButton(node->color(), optionsArea());
+    m_color = new ColorButton(QColor(note->color()), optionsArea());
     m_color->setToolTip(QStringLiteral(
         "Set background color. Set the text and border color in 'Preferences>Colors'."));
     form()->addRow(QStringLiteral("Color:"), m_color);
 
     connect(m_arrow, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int arrow) {
-        NoteNode *note = noteNode();
+        NoteItem *note = noteItem();
         if (!note || note->arrow() == arrow)
             return;
         UndoStep step(QStringLiteral("note arrow"));
         note->setArrow(arrow);
-        note->update();
         emit changeNeedsSave();
     });
     connect(m_color, &ColorButton::colorChanged, this, [this](const QColor &color) {
-        NoteNode *note = noteNode();
+        NoteItem *note = noteItem();
         if (!note)
             return;
         UndoStep step(QStringLiteral("note color"));
-        note->setColor(color);
-        note->update();
+        note->setColor(color.name());
         emit changeNeedsSave();
     });
 }
 
-NoteNode *NoteItemWidget::noteNode() const
+NoteItem *NoteItemWidget::noteItem() const
 {
-    return static_cast<NoteNode *>(node());
+    return static_cast<NoteItem *>(item());
 }

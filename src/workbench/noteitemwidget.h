@@ -3,7 +3,7 @@
 #include "workbench/itemwidget.h"
 
 class ColorButton;
-class NoteNode;
+class NoteItem;
 class QComboBox;
 
 // The page of a note: its text, its arrow and its colour; a note has no data.
@@ -12,13 +12,13 @@ class NoteItemWidget : public ItemWidget
     Q_OBJECT
 
 public:
-    explicit NoteItemWidget(NoteNode *node, QWidget *parent = nullptr);
+    explicit NoteItemWidget(NoteItem *note, QWidget *parent = nullptr);
 
     QComboBox *arrowCombo() const { return m_arrow; }
     ColorButton *colorButton() const { return m_color; }
 
 private:
-    NoteNode *noteNode() const;
+    NoteItem *noteItem() const;
 
     QComboBox *m_arrow = nullptr;
     ColorButton *m_color = nullptr;

@@ -1,6 +1,6 @@
 #include "workbench/outputitemwidget.h"
 
-#include "graph/outputnode.h"
+#include "flow/outputitem.h"
 #include "graph/undo.h"
 #include "io/fileformats.h"
 #include "io/filetypes.h"
@@ -31,23 +31,23 @@ bool extensionFits(const QString &path, int type)
 
 } // namespace
 
-OutputItemWidget::OutputItemWidget(OutputNode *node, QWidget *parent)
-    : ItemWidget(node, parent)
+OutputItemWidget::OutputItemWidget(OutputItem *output, QWidget *parent)
+    : ItemWidget(output, parent)
 {
     build();
     updateValues();
     updateVisibility();
 }
 
-OutputNode *OutputItemWidget::outputNode() const
+OutputItem *OutputItemWidget::outputItem() const
 {
-    return static_cast<OutputNode *>(node());
+    return static_cast<OutputItem *>(item());
 }
 
-void OutputItemWidget::change(const QString &hint, const std::function<void(OutputNode *)> &apply,
+void OutputItemWidget::change(const QString &hint, const std::function<void(OutputItem *)> &apply,
                               bool viaTimer)
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output)
         return;
     {
@@ -81,7 +81,7 @@ void OutputItemWidget::buildDestinationRows()
     pathLayout->addWidget(m_browse);
     form()->addRow(QStringLiteral("File:"), m_pathRow);
     connect(m_path, &QLineEdit::editingFinished, this, [this] {
-        if (outputNode() && m_path->text() != outputNode()->path())
+        if (outputItem() && m_path->text() != outputItem()->path())
             choosePath(m_path->text());
     });
     connect(m_browse, &QToolButton::clicked, this, &OutputItemWidget::browse);
@@ -100,8 +100,8 @@ void OutputItemWidget::buildDestinationRows()
     form()->addRow(QStringLiteral("Sheet:"), m_sheet);
     connect(m_sheet, &QLineEdit::editingFinished, this, [this] {
         const QString sheet = m_sheet->text();
-        if (outputNode() && sheet != outputNode()->worksheet())
-            change(QStringLiteral("sheet"), [sheet](OutputNode *out) { out->setWorksheet(sheet); });
+        if (outputItem() && sheet != outputItem()->worksheet())
+            change(QStringLiteral("sheet"), [sheet](OutputItem *out) { out->setWorksheet(sheet); });
     });
 
     auto *modeRow = new QWidget(optionsArea());
@@ -114,12 +114,12 @@ void OutputItemWidget::buildDestinationRows()
     modeLayout->addWidget(m_overwriteSheet);
     form()->addRow(QStringLiteral("Write mode:"), modeRow);
     connect(m_writeMode, &WriteModeComboBox::modeChanged, this, [this](int mode) {
-        change(QStringLiteral("write mode"), [mode](OutputNode *out) { out->setWriteMode(mode); });
+        change(QStringLiteral("write mode"), [mode](OutputItem *out) { out->setWriteMode(mode); });
     });
     connect(m_overwriteSheet, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [this](int mode) {
                 change(QStringLiteral("overwrite sheet"),
-                       [mode](OutputNode *out) { out->setOverwriteSheet(mode); });
+                       [mode](OutputItem *out) { out->setOverwriteSheet(mode); });
             });
 }
 
@@ -130,12 +130,12 @@ void OutputItemWidget::buildTextFormatRows()
     form()->addRow(QStringLiteral("Delimiter:"), m_delim);
     connect(m_delim, &DelimWidget::delimiterChanged, this, [this](int delimiter) {
         change(QStringLiteral("delimiter"),
-               [delimiter](OutputNode *out) { out->setDelimiter(delimiter); });
+               [delimiter](OutputItem *out) { out->setDelimiter(delimiter); });
     });
     connect(m_delim, &DelimWidget::customDelimiterChanged, this, [this](QChar custom) {
         change(
             QStringLiteral("custom delimiter"),
-            [custom](OutputNode *out) { out->setCustomDelimiter(custom); }, true);
+            [custom](OutputItem *out) { out->setCustomDelimiter(custom); }, true);
     });
 
     m_quoting = new QComboBox(optionsArea());
@@ -143,7 +143,7 @@ void OutputItemWidget::buildTextFormatRows()
         m_quoting->addItem(outputQuotingName(quoting));
     form()->addRow(QStringLiteral("Quoting:"), m_quoting);
     connect(m_quoting, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int q) {
-        change(QStringLiteral("quoting"), [q](OutputNode *out) { out->setQuoting(q); });
+        change(QStringLiteral("quoting"), [q](OutputItem *out) { out->setQuoting(q); });
     });
 
     m_lineEndings = new QComboBox(optionsArea());
@@ -153,7 +153,7 @@ void OutputItemWidget::buildTextFormatRows()
     connect(m_lineEndings, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             [this](int ending) {
                 change(QStringLiteral("line endings"),
-                       [ending](OutputNode *out) { out->setLineEndings(ending); });
+                       [ending](OutputItem *out) { out->setLineEndings(ending); });
             });
 
     auto *encodingRow = new QWidget(optionsArea());
@@ -168,11 +168,11 @@ void OutputItemWidget::buildTextFormatRows()
     connect(m_encoding, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
         const QString encoding = m_encoding->currentText();
         change(QStringLiteral("encoding"),
-               [encoding](OutputNode *out) { out->setEncoding(encoding); });
+               [encoding](OutputItem *out) { out->setEncoding(encoding); });
     });
     connect(m_byteOrderMark, &QCheckBox::toggled, this, [this](bool on) {
         change(QStringLiteral("byte order mark"),
-               [on](OutputNode *out) { out->setByteOrderMark(on); });
+               [on](OutputItem *out) { out->setByteOrderMark(on); });
     });
 }
 
@@ -182,22 +182,22 @@ void OutputItemWidget::buildContentRows()
     m_writeHeader = new WriteHeaderWidget(optionsArea());
     form()->addRow(m_writeHeader);
     connect(m_writeHeader, &WriteHeaderWidget::writeHeaderChanged, this, [this](bool on) {
-        change(QStringLiteral("write header"), [on](OutputNode *out) { out->setWriteHeader(on); });
+        change(QStringLiteral("write header"), [on](OutputItem *out) { out->setWriteHeader(on); });
     });
     connect(m_writeHeader, &WriteHeaderWidget::onlyIfEmptyChanged, this, [this](bool on) {
         change(QStringLiteral("write header if empty"),
-               [on](OutputNode *out) { out->setWriteHeaderFirstAppendOnly(on); });
+               [on](OutputItem *out) { out->setWriteHeaderFirstAppendOnly(on); });
     });
 
     m_escape = new QCheckBox(QStringLiteral("escape special characters"), optionsArea());
     form()->addRow(m_escape);
     connect(m_escape, &QCheckBox::toggled, this, [this](bool on) {
-        change(QStringLiteral("escape special"), [on](OutputNode *out) { out->setHtmlEncode(on); });
+        change(QStringLiteral("escape special"), [on](OutputItem *out) { out->setHtmlEncode(on); });
     });
     m_removeEmpty = new QCheckBox(QStringLiteral("remove empty values"), optionsArea());
     form()->addRow(m_removeEmpty);
     connect(m_removeEmpty, &QCheckBox::toggled, this, [this](bool on) {
-        change(QStringLiteral("remove empty"), [on](OutputNode *out) { out->setRemoveEmpty(on); });
+        change(QStringLiteral("remove empty"), [on](OutputItem *out) { out->setRemoveEmpty(on); });
     });
 
     m_comment = new QLineEdit(optionsArea());
@@ -205,9 +205,9 @@ void OutputItemWidget::buildContentRows()
     form()->addRow(QStringLiteral("Comment:"), m_comment);
     connect(m_comment, &QLineEdit::editingFinished, this, [this] {
         const QString comment = m_comment->text();
-        if (outputNode() && comment != outputNode()->fileComment())
+        if (outputItem() && comment != outputItem()->fileComment())
             change(QStringLiteral("file comment"),
-                   [comment](OutputNode *out) { out->setFileComment(comment); });
+                   [comment](OutputItem *out) { out->setFileComment(comment); });
     });
 
     m_alias = new QLineEdit(optionsArea());
@@ -215,7 +215,7 @@ void OutputItemWidget::buildContentRows()
                                        "this output."));
     form()->addRow(QStringLiteral("Alias:"), m_alias);
     connect(m_alias, &QLineEdit::editingFinished, this, [this] {
-        OutputNode *output = outputNode();
+        OutputItem *output = outputItem();
         const QString alias = m_alias->text().trimmed();
         if (!output || alias == output->alias())
             return;
@@ -227,7 +227,7 @@ void OutputItemWidget::buildContentRows()
 
 void OutputItemWidget::updateValues()
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output)
         return;
     const QList<QObject *> widgets
@@ -258,7 +258,7 @@ void OutputItemWidget::updateValues()
 
 void OutputItemWidget::updateVisibility()
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output)
         return;
     const int type = output->fileType();
@@ -279,7 +279,7 @@ void OutputItemWidget::updateVisibility()
 
 void OutputItemWidget::choosePath(const QString &chosen)
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output)
         return;
     const QString path = chosen.trimmed();
@@ -310,7 +310,7 @@ void OutputItemWidget::choosePath(const QString &chosen)
 
 void OutputItemWidget::chooseType(int fileType)
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output || fileType == output->fileType())
         return;
     {
@@ -336,7 +336,7 @@ void OutputItemWidget::chooseType(int fileType)
 
 void OutputItemWidget::browse()
 {
-    OutputNode *output = outputNode();
+    OutputItem *output = outputItem();
     if (!output)
         return;
     Application *application = Application::instance();

@@ -5,7 +5,7 @@
 #include <functional>
 
 class DelimWidget;
-class OutputNode;
+class OutputItem;
 class QCheckBox;
 class QComboBox;
 class QLineEdit;
@@ -21,9 +21,9 @@ class OutputItemWidget : public ItemWidget
     Q_OBJECT
 
 public:
-    explicit OutputItemWidget(OutputNode *node, QWidget *parent = nullptr);
+    explicit OutputItemWidget(OutputItem *output, QWidget *parent = nullptr);
 
-    OutputNode *outputNode() const;
+    OutputItem *outputItem() const;
 
     // A path typed or chosen: blocked extensions refused, the type offered from the extension.
     void choosePath(const QString &path);
@@ -50,7 +50,7 @@ private:
     void buildDestinationRows();
     void buildTextFormatRows();
     void buildContentRows();
-    void change(const QString &hint, const std::function<void(OutputNode *)> &apply,
+    void change(const QString &hint, const std::function<void(OutputItem *)> &apply,
                 bool viaTimer = false);
     void browse();
 

@@ -1,7 +1,8 @@
 #include "workbench/runcontrol.h"
 
+#include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 #include "graph/graphscene.h"
-#include "graph/node.h"
 #include "shell/settings.h"
 #include "workbench/mainwindow.h"
 #include "workbench/mainwindowactions.h"
@@ -35,7 +36,7 @@ void RunControl::setAutoRunQuietly(bool autoRun)
         const QSignalBlocker blocker(action);
         action->setChecked(autoRun);
     }
-    m_window->graphScene()->setAutoRun(autoRun);
+    m_window->graphScene()->model()->setAutoRun(autoRun);
     arrangeRunActions(autoRun);
 }
 
@@ -48,44 +49,44 @@ void RunControl::arrangeRunActions(bool autoRun)
 void RunControl::onRunAutoToggled(bool on)
 {
     GraphScene *scene = m_window->graphScene();
-    scene->setAutoRun(on);
+    scene->model()->setAutoRun(on);
     arrangeRunActions(on);
     m_window->setWindowModified(true);
     if (!on)
         return;
-    const QList<Node *> nodes = scene->nodes();
-    const bool pending = std::any_of(nodes.cbegin(), nodes.cend(), [](const Node *node) {
-        return node->status() == Node::NeedsUpdate;
+    const QList<FlowItem *> items = scene->model()->items();
+    const bool pending = std::any_of(items.cbegin(), items.cend(), [](const FlowItem *item) {
+        return item->status() == FlowItem::NeedsUpdate;
     });
     if (pending && !scene->isProcessing()) {
-        GraphScene::setStopRequested(false);
-        scene->process(GraphScene::RunChanges, false);
-        GraphScene::setStopRequested(false);
+        FlowModel::setStopRequested(false);
+        scene->process(FlowModel::RunChanges, false);
+        FlowModel::setStopRequested(false);
     }
 }
 
 void RunControl::onRunChangesAction()
 {
-    GraphScene::setStopRequested(false);
-    m_window->graphScene()->process(GraphScene::RunChanges);
+    FlowModel::setStopRequested(false);
+    m_window->graphScene()->process(FlowModel::RunChanges);
 }
 
 void RunControl::onRunSelectedAction()
 {
-    GraphScene::setStopRequested(false);
-    m_window->graphScene()->process(GraphScene::RunSelected);
+    FlowModel::setStopRequested(false);
+    m_window->graphScene()->process(FlowModel::RunSelected);
 }
 
 void RunControl::onRunEverythingAction()
 {
-    GraphScene::setStopRequested(false);
-    m_window->graphScene()->process(GraphScene::RunAll);
+    FlowModel::setStopRequested(false);
+    m_window->graphScene()->process(FlowModel::RunAll);
 }
 
 void RunControl::onRunStopAction()
 {
     m_window->windowStatusBar()->showMessage(QStringLiteral("Run stopped by user"), 2000);
-    GraphScene::setStopRequested(true);
+    FlowModel::setStopRequested(true);
     QAction *autoRun = m_window->windowActions()[MainWindowActions::RunAuto];
     if (!autoRun->isChecked())
         return;
@@ -105,12 +106,13 @@ void RunControl::updateRunStatus()
         return;
     const MainWindowActions &actions = m_window->windowActions();
     const bool autoRun = actions[MainWindowActions::RunAuto]->isChecked();
-    const QList<Node *> nodes = scene->nodes();
-    const bool unprocessed = std::any_of(nodes.cbegin(), nodes.cend(), [](const Node *node) {
-        return node->status() == Node::NeedsUpdate || node->status() == Node::Error;
+    const QList<FlowItem *> items = scene->model()->items();
+    const bool unprocessed = std::any_of(items.cbegin(), items.cend(), [](const FlowItem *item) {
+        return item->status() == FlowItem::NeedsUpdate || item->status() == FlowItem::Error;
     });
     const bool idle = !autoRun && !scene->isProcessing();
-    actions[MainWindowActions::RunEverything]->setEnabled(idle && !nodes.isEmpty());
+    actions[MainWindowActions::RunEverything]->setEnabled(idle && !items.isEmpty());
     actions[MainWindowActions::RunChanges]->setEnabled(idle && unprocessed);
-    actions[MainWindowActions::RunSelected]->setEnabled(idle && !scene->selectedItems().isEmpty());
+    actions[MainWindowActions::RunSelected]->setEnabled(
+        idle && !scene->QGraphicsScene::selectedItems().isEmpty());
 }

@@ -1,12 +1,14 @@
 #include "workbench/scenehost.h"
 
-#include "graph/document.h"
+#include "flow/document.h"
+#include "flow/flowmodel.h"
+#include "flow/transformitem.h"
 #include "graph/graphscene.h"
 #include "graph/node.h"
-#include "graph/transformnode.h"
 #include "graph/undo.h"
 #include "shell/colors.h"
 #include "shell/delaytimer.h"
+#include "shell/guards.h"
 #include "shell/settings.h"
 #include "workbench/actionpane.h"
 #include "workbench/documentflows.h"
@@ -55,9 +57,10 @@ void SceneHost::onRecoveryDue()
 {
     if (!m_scene)
         return;
-    periodicRecoverySave(*m_scene, m_window->documents()->currentData(),
-                         m_window->isWindowModified(),
-                         [this](const QString &text) { m_window->onShowTempMessage(text); });
+    periodicRecoverySave(
+        *m_scene->model(), m_window->documents()->currentData(), m_window->isWindowModified(),
+        [this](const QString &text) { m_window->onShowTempMessage(text); },
+        [](bool busy) { busy ? BusyCursor::push() : BusyCursor::pop(); });
 }
 
 void SceneHost::connectScene(GraphScene *scene)
@@ -73,12 +76,12 @@ void SceneHost::connectScene(GraphScene *scene)
         window->graphPane()->onNodesDeleted();
         window->onNodesChanged();
     });
-    connect(scene, &GraphScene::nodeDataChanged, window, [window](Node *node) {
-        window->itemPane()->refreshAfterDataChange(node);
+    connect(scene, &GraphScene::nodeDataChanged, window, [window](FlowItem *item) {
+        window->itemPane()->refreshAfterDataChange(item);
         window->refreshStatusCounts();
     });
     connect(scene, &GraphScene::nodeParametersChanged, window,
-            [window](TransformNode *) { window->setWindowModified(true); });
+            [window](TransformItem *) { window->setWindowModified(true); });
     connect(scene, &GraphScene::nodesPosChanged, window,
             [window]() { window->graphPane()->onAutoZoom(); });
     connect(scene, &GraphScene::completedTransforms, window, &MainWindow::onCompletedTransforms);
@@ -132,7 +135,7 @@ void SceneHost::onSceneSwapped(GraphScene *live, GraphScene *old)
 {
     if (old)
         disconnectScene(old);
-    live->setAutoRun(m_window->windowActions()[MainWindowActions::RunAuto]->isChecked());
+    live->model()->setAutoRun(m_window->windowActions()[MainWindowActions::RunAuto]->isChecked());
     live->clearSelection();
     adopt(live);
     m_window->itemPane()->showItems({});
@@ -181,8 +184,8 @@ void SceneHost::onEditRedo()
 
 void SceneHost::onProcessUndoRedoChanges()
 {
-    if (m_scene->autoRun() && !m_scene->isProcessing()) {
-        GraphScene::setStopRequested(false);
-        m_scene->process(GraphScene::RunChanges);
+    if (m_scene->model()->autoRun() && !m_scene->isProcessing()) {
+        FlowModel::setStopRequested(false);
+        m_scene->process(FlowModel::RunChanges);
     }
 }

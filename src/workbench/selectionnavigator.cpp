@@ -11,6 +11,8 @@
 #include <QAction>
 #include <QShortcut>
 
+#include <algorithm>
+
 SelectionNavigator::SelectionNavigator(MainWindow *window)
     : QObject(window)
     , m_window(window)
@@ -49,22 +51,24 @@ void SelectionNavigator::walk(Walk direction)
     const QList<Node *> selected = m_window->selectedNodes();
     if (selected.size() != 1)
         return;
-    Node *from = selected.first();
-    Node *to = nullptr;
+    const FlowItem *from = selected.first()->item();
+    FlowItem *to = nullptr;
     if (direction == Upstream || direction == Downstream) {
-        const QList<Node *> next
+        const QList<FlowItem *> next
             = direction == Upstream ? from->upstream(true) : from->downstream(true);
         to = next.isEmpty() ? nullptr : next.first();
     } else {
         to = direction == PreviousSibling ? from->previousSibling() : from->nextSibling();
     }
-    selectAndShow(to);
+    selectAndShow(to ? m_window->graphScene()->nodeFor(to) : nullptr);
 }
 
 void SelectionNavigator::selectNthOfType(int itemType, int n)
 {
     QList<Node *> nodes = m_window->graphScene()->nodesOfType(itemType);
-    GraphScene::sortLeftToRight(nodes);
+    std::stable_sort(nodes.begin(), nodes.end(), [](const Node *a, const Node *b) {
+        return FlowItem::leftToRight(a->item(), b->item());
+    });
     if (n >= 1 && n <= nodes.size())
         selectAndShow(nodes.at(n - 1));
 }
@@ -88,7 +92,7 @@ void SelectionNavigator::onSelectIconsOfType(int icon)
     scene->clearSelection();
     const QList<Node *> nodes = scene->nodes();
     for (Node *node : nodes) {
-        if (static_cast<int>(node->statusIcon()) == icon)
+        if (static_cast<int>(node->item()->statusIcon()) == icon)
             node->setSelected(true);
     }
     blocker.unblock();

@@ -57,14 +57,14 @@ NodeStatusWidget::NodeStatusWidget(QWidget *parent)
     }
 }
 
-void NodeStatusWidget::setNodes(const QList<Node *> &nodes)
+void NodeStatusWidget::setItems(const QList<FlowItem *> &items)
 {
     m_counts.fill(0);
-    for (const Node *node : nodes) {
+    for (const FlowItem *item : items) {
         // A note never runs; counted, it would stand as an empty dataset nobody can fill.
-        if (node->type() == Node::NoteType)
+        if (item->kind() == FlowItem::NoteKind)
             continue;
-        const int icon = static_cast<int>(node->statusIcon());
+        const int icon = static_cast<int>(item->statusIcon());
         if (icon >= 0 && icon < IconCount)
             ++m_counts[icon];
     }

@@ -4,7 +4,7 @@
 #include <QStatusBar>
 #include <QVector>
 
-class Node;
+class FlowItem;
 class QLabel;
 class QProgressBar;
 class QToolButton;
@@ -19,7 +19,7 @@ public:
     explicit NodeStatusWidget(QWidget *parent = nullptr);
 
     // Counts the items by their status icon.
-    void setNodes(const QList<Node *> &nodes);
+    void setItems(const QList<FlowItem *> &items);
     int count(int icon) const { return m_counts.value(icon); }
     QToolButton *button(int icon) const { return m_buttons.value(icon); }
 

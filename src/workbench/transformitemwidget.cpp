@@ -1,7 +1,7 @@
 #include "workbench/transformitemwidget.h"
 #include "shell/appearancesettings.h"
 
-#include "graph/transformnode.h"
+#include "flow/transformitem.h"
 #include "inspection/datapage.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
@@ -57,8 +57,8 @@ OutputFileOptions exportOptions(const QString &path)
 
 } // namespace
 
-TransformItemWidget::TransformItemWidget(TransformNode *node, QWidget *parent)
-    : ItemWidget(node, parent)
+TransformItemWidget::TransformItemWidget(TransformItem *item, QWidget *parent)
+    : ItemWidget(item, parent)
 {
     auto *header = new QLabel(QStringLiteral("Transform data."), optionsArea());
     header->setToolTip(QStringLiteral("Transform this data."));
@@ -88,8 +88,8 @@ void TransformItemWidget::applyComparison()
         return;
     DataTableModel *model = view->dataModel();
     const Dataset *before = nullptr;
-    if (m_compare->isChecked() && node()) {
-        const QList<Node *> inputs = node()->upstream(true);
+    if (m_compare->isChecked() && item()) {
+        const QList<FlowItem *> inputs = item()->upstream(true);
         if (!inputs.isEmpty())
             before = inputs.first()->dataset();
     }
@@ -109,14 +109,14 @@ TransformItemWidget::~TransformItemWidget()
     m_parameterWidgets.clear();
 }
 
-TransformNode *TransformItemWidget::transformNode() const
+TransformItem *TransformItemWidget::transformItem() const
 {
-    return static_cast<TransformNode *>(node());
+    return static_cast<TransformItem *>(item());
 }
 
 void TransformItemWidget::buildParameters()
 {
-    TransformNode *item = transformNode();
+    TransformItem *item = transformItem();
     if (!item || !item->transform())
         return;
     const QList<Parameter *> parameters = item->transform()->parameters();
@@ -144,7 +144,7 @@ void TransformItemWidget::buildParameters()
 
 void TransformItemWidget::buildTools()
 {
-    TransformNode *item = transformNode();
+    TransformItem *item = transformItem();
     auto *row = new QHBoxLayout;
     row->setSpacing(4);
     addComparisonTools(row);
@@ -278,7 +278,7 @@ ParameterWidget *TransformItemWidget::parameterWidget(const QString &key) const
 
 void TransformItemWidget::updateParameterStates()
 {
-    TransformNode *item = transformNode();
+    TransformItem *item = transformItem();
     if (!item || !item->transform())
         return;
     const QList<ParameterState> states = item->transform()->parameterStates();
@@ -308,8 +308,8 @@ void TransformItemWidget::onParameterInteraction()
 
 void TransformItemWidget::onClickedExport()
 {
-    Node *item = node();
-    if (!item)
+    FlowItem *current = item();
+    if (!current)
         return;
     const QString extension = Settings::instance()->defaultExportExtension();
     Application *application = Application::instance();
@@ -325,7 +325,7 @@ void TransformItemWidget::onClickedExport()
             QStringLiteral("%1 already exists.\nDo you want to replace it?").arg(path)))
         return;
     WriteReport report;
-    if (!writeOutputFile(path, *item->dataset(), exportOptions(path), report, nullptr))
+    if (!writeOutputFile(path, *current->dataset(), exportOptions(path), report, nullptr))
         MessageBoxes::warning(this, QStringLiteral("Export"), report.warnings.join('\n'));
     else if (application)
         application->setLastOutputDataFolder(path);
@@ -333,10 +333,10 @@ void TransformItemWidget::onClickedExport()
 
 QString TransformItemWidget::writeTemporaryCsv(QString *error) const
 {
-    Node *item = node();
+    FlowItem *current = item();
     QTemporaryFile file(QDir::temp().filePath(QStringLiteral("tabulon_XXXXXX.csv")));
     file.setAutoRemove(false);
-    if (!item || !file.open()) {
+    if (!current || !file.open()) {
         if (error)
             *error = QStringLiteral("Unable to write to '%1'.").arg(file.fileTemplate());
         return QString();
@@ -348,7 +348,7 @@ QString TransformItemWidget::writeTemporaryCsv(QString *error) const
     OutputFileOptions options;
     options.comment.clear();
     WriteReport report;
-    if (!writeOutputFile(path, *item->dataset(), options, report, nullptr)) {
+    if (!writeOutputFile(path, *current->dataset(), options, report, nullptr)) {
         if (error)
             *error = QStringLiteral("Unable to write to '%1'.").arg(path);
         return QString();
@@ -373,16 +373,16 @@ void TransformItemWidget::onClickedEditTemp()
 
 QString TransformItemWidget::exploreKeysProblem() const
 {
-    const Node *item = node();
-    if (!item || item->upstream().size() < 2)
+    const FlowItem *current = item();
+    if (!current || current->upstream().size() < 2)
         return QStringLiteral("2 inputs are required to explore keys.");
     return QString();
 }
 
 QString TransformItemWidget::exploreDuplicatesProblem() const
 {
-    const Node *item = node();
-    const QList<Node *> inputs = item ? item->upstream(true) : QList<Node *>();
+    const FlowItem *current = item();
+    const QList<FlowItem *> inputs = current ? current->upstream(true) : QList<FlowItem *>();
     if (inputs.isEmpty())
         return QStringLiteral("An input is required to explore duplicates.");
     const Dataset *input = inputs.first()->dataset();
@@ -412,12 +412,12 @@ void TransformItemWidget::onClickedExploreDuplicates()
 void TransformItemWidget::moveToChange(int direction)
 {
     // Walks the table as shown, so rows and columns that a filter hides are skipped.
-    Node *item = node();
-    const QList<Node *> inputs = item ? item->upstream(true) : QList<Node *>();
+    FlowItem *shown = item();
+    const QList<FlowItem *> inputs = shown ? shown->upstream(true) : QList<FlowItem *>();
     DataTableView *view = dataPage()->view();
     if (inputs.isEmpty() || !view)
         return;
-    const Dataset &after = *item->dataset();
+    const Dataset &after = *shown->dataset();
     const Dataset &before = *inputs.first()->dataset();
     const DataTableModel *model = view->dataModel();
     const int rows = model->rowCount();

@@ -11,7 +11,7 @@ class QHBoxLayout;
 class QPushButton;
 class QToolButton;
 class Transform;
-class TransformNode;
+class TransformItem;
 
 // The page of a transform item: one widget per option of its transform, built by the option
 // widget factory, and the tools to export, edit externally, compare and explore its data.
@@ -20,10 +20,10 @@ class TransformItemWidget : public ItemWidget
     Q_OBJECT
 
 public:
-    explicit TransformItemWidget(TransformNode *node, QWidget *parent = nullptr);
+    explicit TransformItemWidget(TransformItem *item, QWidget *parent = nullptr);
     ~TransformItemWidget() override;
 
-    TransformNode *transformNode() const;
+    TransformItem *transformItem() const;
     QList<ParameterWidget *> parameterWidgets() const { return m_parameterWidgets; }
     ParameterWidget *parameterWidget(const QString &key) const;
     QPushButton *exploreKeysButton() const { return m_exploreKeys; }

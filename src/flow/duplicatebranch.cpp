@@ -1,29 +1,17 @@
-#include "graph/graphscene.h"
+#include "flow/flowmodel.h"
 
-#include "graph/connection.h"
-#include "graph/inputnode.h"
-#include "graph/node.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/undo.h"
-#include "shell/application.h"
-#include "shell/guards.h"
-#include "shell/settings.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/transform.h"
 
-#include <QApplication>
-#include <QDateTime>
-#include <QLineF>
-#include <QLocale>
 #include <QRegularExpression>
-#include <QtMath>
+#include <QSet>
 
 #include <algorithm>
 
 // Duplicating a branch: the root and all that flows from it, copied under the bottom of the
-// scene with new ids, aliases and column ids, fed by the same inputs.
+// flow with new ids, aliases and column ids, fed by the same inputs.
 
 namespace {
 
@@ -48,32 +36,33 @@ QString nextFreeAlias(const QString &base, const QSet<QString> &used)
     return candidate;
 }
 
-// A copied branch: each node's clone, and each column of an original the one its clone makes.
+// A copied branch: each item's clone, and each column of an original the one its clone makes.
 struct BranchCopy
 {
-    QHash<const Node *, Node *> nodes;
+    QHash<const FlowItem *, FlowItem *> items;
     QHash<ColumnId, ColumnId> columns;
 };
 
-// How far a copy of branch moves: straight down, below every item of the scene.
-QPointF branchCopyShift(const Node *root, const QList<Node *> &branch, const QList<Node *> &all)
+// How far a copy of branch moves: straight down, below every item of the flow.
+QPointF branchCopyShift(const FlowItem *root, const QList<FlowItem *> &branch,
+                        const QList<FlowItem *> &all)
 {
     qreal bottom = root->pos().y();
-    for (const Node *node : all)
+    for (const FlowItem *node : all)
         bottom = std::max(bottom, node->pos().y());
     qreal top = branch.first()->pos().y();
-    for (const Node *node : branch)
+    for (const FlowItem *node : branch)
         top = std::min(top, node->pos().y());
-    return QPointF(0.0, bottom + GraphScene::GridHeight - top);
+    return QPointF(0.0, bottom + FlowModel::GridHeight - top);
 }
 
-// Adds a moved clone of each node; inputs and outputs take the next alias not yet used.
-BranchCopy cloneBranch(GraphScene *scene, const QList<Node *> &branch, const QPointF &shift,
+// Adds a moved clone of each item; inputs and outputs take the next alias not yet used.
+BranchCopy cloneBranch(FlowModel *model, const QList<FlowItem *> &branch, const QPointF &shift,
                        QSet<QString> &aliases)
 {
     BranchCopy copy;
-    for (Node *node : branch) {
-        Node *clone = node->clone();
+    for (FlowItem *node : branch) {
+        FlowItem *clone = node->clone();
         const int oldId = node->id();
         clone->setId(-1);
         // The copies make columns of their own; options follow them to the new ids.
@@ -82,9 +71,9 @@ BranchCopy cloneBranch(GraphScene *scene, const QList<Node *> &branch, const QPo
             if (id.sourceId == oldId)
                 copy.columns.insert(id, ColumnId(clone->id(), id.ordinal));
         }
-        if (clone->type() == Node::InputType || clone->type() == Node::OutputType) {
-            auto *output = qobject_cast<OutputNode *>(clone);
-            const bool multiFile = output && output->singleOrMulti() == OutputNode::MultipleFiles;
+        if (clone->kind() == FlowItem::InputKind || clone->kind() == FlowItem::OutputKind) {
+            auto *output = qobject_cast<OutputItem *>(clone);
+            const bool multiFile = output && output->singleOrMulti() == OutputItem::MultipleFiles;
             const QString alias
                 = nextFreeAlias(multiFile ? QStringLiteral("multifile") : clone->alias(), aliases);
             clone->setAlias(alias);
@@ -92,8 +81,8 @@ BranchCopy cloneBranch(GraphScene *scene, const QList<Node *> &branch, const QPo
                 aliases.insert(alias);
         }
         clone->setPos(node->pos() + shift);
-        scene->addNode(clone);
-        copy.nodes.insert(node, clone);
+        model->addItem(clone);
+        copy.items.insert(node, clone);
     }
     return copy;
 }
@@ -101,7 +90,7 @@ BranchCopy cloneBranch(GraphScene *scene, const QList<Node *> &branch, const QPo
 // Points the clones' columns, sources and column options at the copies instead of the originals.
 void remapClonedColumns(const BranchCopy &copy)
 {
-    for (Node *clone : qAsConst(copy.nodes)) {
+    for (FlowItem *clone : qAsConst(copy.items)) {
         QList<ColumnId> ids = clone->dataset()->columnIds();
         bool changed = false;
         for (ColumnId &id : ids) {
@@ -113,8 +102,8 @@ void remapClonedColumns(const BranchCopy &copy)
         }
         if (changed)
             clone->dataset()->setColumnIds(ids);
-        if (auto *transform = qobject_cast<TransformNode *>(clone)) {
-            transform->remapParameterSources(copy.nodes, false);
+        if (auto *transform = qobject_cast<TransformItem *>(clone)) {
+            transform->remapParameterSources(copy.items, false);
             const QList<Parameter *> parameters = transform->transform()->parameters();
             for (Parameter *parameter : parameters)
                 parameter->remapColumnIds(copy.columns);
@@ -124,38 +113,29 @@ void remapClonedColumns(const BranchCopy &copy)
 
 } // namespace
 
-void GraphScene::duplicateBranchByUser()
+FlowItem *FlowModel::duplicateBranch(FlowItem *root)
 {
-    const QList<Node *> selected = selectedNodes();
-    if (selected.size() != 1 || m_running)
-        return;
-    UndoStep step(QStringLiteral("duplicate branch"));
-    clearSelection();
-
-    Node *root = selected.first();
-    const QSet<Node *> branchSet = root->allDownstream(true);
-    QList<Node *> branch(branchSet.cbegin(), branchSet.cend());
+    if (!root || !m_items.contains(root))
+        return nullptr;
+    const QSet<FlowItem *> branchSet = root->allDownstream(true);
+    QList<FlowItem *> branch(branchSet.cbegin(), branchSet.cend());
     sortLeftToRight(branch);
 
     QSet<QString> aliases;
-    const QList<Node *> all = nodes();
-    for (const Node *node : all) {
-        if (!node->alias().isEmpty())
-            aliases.insert(node->alias());
+    for (const FlowItem *item : qAsConst(m_items)) {
+        if (!item->alias().isEmpty())
+            aliases.insert(item->alias());
     }
-    const BranchCopy copy = cloneBranch(this, branch, branchCopyShift(root, branch, all), aliases);
+    const BranchCopy copy
+        = cloneBranch(this, branch, branchCopyShift(root, branch, m_items), aliases);
 
-    for (Node *node : qAsConst(branch)) {
-        const QList<Connection *> incoming = node->connections(ConnectionDirection::In);
-        for (const Connection *connection : incoming) {
-            Node *source = copy.nodes.value(connection->source(), connection->source());
-            makeConnection(source, copy.nodes.value(node));
+    for (FlowItem *item : qAsConst(branch)) {
+        const QList<FlowConnection *> incoming = item->connections(ConnectionDirection::In);
+        for (const FlowConnection *connection : incoming) {
+            FlowItem *source = copy.items.value(connection->source(), connection->source());
+            makeConnection(source, copy.items.value(item));
         }
     }
     remapClonedColumns(copy);
-    if (Node *rootClone = copy.nodes.value(root))
-        rootClone->setSelected(true);
-    refreshGeometry();
-    emit nodesAdded();
-    runChangesIfAuto();
+    return copy.items.value(root);
 }
