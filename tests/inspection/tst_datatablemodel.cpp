@@ -330,7 +330,7 @@ void TestDataTableModel::followsTheItem()
     QCOMPARE(model.rowCount(), 0);
 
     delete node;
-    QCOMPARE(model.node(), nullptr);
+    QCOMPARE(model.item(), nullptr);
     QCOMPARE(model.rowCount(), 0);
     QCOMPARE(model.data(model.index(0, 0)), QVariant());
 }
