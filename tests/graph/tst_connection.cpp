@@ -1,3 +1,4 @@
+#include "flow/flowitem.h"
 #include "flow/flowmodel.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
@@ -82,6 +83,8 @@ void TestConnection::endsSpreadAlongSide()
     for (int i = 0; i < count; ++i) {
         Connection *connection = connectionBetween(sources.at(i), stack);
         QVERIFY(connection);
+        QCOMPARE(connection->link()->source(), sources.at(i)->item());
+        QCOMPARE(connection->link()->target(), stack->item());
         const int rank = heights.at(i);
         const qreal expected = (rank - (count - 1) / 2.0) * spacing;
         QVERIFY2(qAbs(connection->targetOffset() - expected) < 1e-9,
