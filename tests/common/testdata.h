@@ -2,15 +2,21 @@
 
 #include "data/dataset.h"
 #include "transforms/framework/columnsource.h"
+#include "transforms/framework/transform.h"
 #include "transforms/framework/transforminput.h"
 
 #include <QList>
+#include <QPointF>
 #include <QStringList>
 
-class Transform;
+class FlowItem;
+class FlowModel;
+class InputItem;
+class TransformItem;
 
 // What every test program shares, with no GUI: tables built from literal rows, bare sources
-// for transforms, and a run of a transform as the run engine makes it. Linking these helpers
+// for transforms, small flows built in code, and a run of a transform as the run engine makes
+// it. Linking these helpers
 // also prepares the process before main: settings kept away from the user's own and
 // temporary files in a private folder.
 
@@ -39,3 +45,38 @@ DataSource *makeDataSource(const Dataset &dataset);
 Dataset runTransform(Transform &transform, const ColumnSources &inputs, bool *failed = nullptr);
 // The same in a run of the given context (its document, its stop flag).
 Dataset runTransform(Transform &transform, const ColumnSources &inputs, const RunContext &context);
+
+// An item that only holds the given dataset, up to date, with column ids from the item's id:
+// for what shows or binds to an item's table. The caller owns it.
+FlowItem *makeDataItem(const Dataset &dataset);
+
+// Small flows built in code: an input over comma separated text (first line the header), and
+// a transform item made from a transform whose options are created for its inputs, connected
+// to them.
+InputItem *addTextInput(FlowModel &model, const QString &csv, const QPointF &pos);
+TransformItem *addTransform(FlowModel &model, Transform *transform, const QList<FlowItem *> &inputs,
+                            const QPointF &pos);
+
+// A transform of a chosen number of inputs with one column option per input (two at most),
+// bound in turn to the inputs; it stacks its inputs' rows, and can claim that reordered
+// inputs changed its options, as a key-matching transform would.
+class ProbeTransform : public Transform
+{
+public:
+    explicit ProbeTransform(int minimum = 1, int maximum = 1);
+
+    bool configures = false;
+    int configureCalls = 0;
+
+    const TransformDescriptor &descriptor() const override { return m_descriptor; }
+    void createParameters(const ColumnSources &, bool) override { }
+    bool autoConfigure(const ColumnSources &) override;
+
+protected:
+    void copyFrom(const Transform &other) override;
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &,
+                     bool &) override;
+
+private:
+    TransformDescriptor m_descriptor;
+};

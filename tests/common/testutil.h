@@ -13,12 +13,7 @@ class Node;
 class Transform;
 class TransformNode;
 
-// An item that only holds the given dataset, up to date, with ids from the item's id: for
-// widgets that show an item's table. The caller owns it.
-Node *makeDataNode(const Dataset &dataset);
-
-// Small graphs built in code: an input over comma separated text (first line the header), and
-// a transform item made from a transform whose options are created for its inputs.
+// The helpers of testdata on the scene's model, giving the new items' nodes.
 InputNode *addTextInput(GraphScene &scene, const QString &csv, const QPointF &pos);
 TransformNode *addTransform(GraphScene &scene, Transform *transform, const QList<Node *> &inputs,
                             const QPointF &pos);

@@ -1,7 +1,8 @@
+#include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/transformnode.h"
+#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/transformclone.h"
 #include "transforms/transformstack.h"
@@ -82,6 +83,8 @@ void TestConnection::endsSpreadAlongSide()
     for (int i = 0; i < count; ++i) {
         Connection *connection = connectionBetween(sources.at(i), stack);
         QVERIFY(connection);
+        QCOMPARE(connection->link()->source(), sources.at(i)->item());
+        QCOMPARE(connection->link()->target(), stack->item());
         const int rank = heights.at(i);
         const qreal expected = (rank - (count - 1) / 2.0) * spacing;
         QVERIFY2(qAbs(connection->targetOffset() - expected) < 1e-9,
@@ -90,7 +93,7 @@ void TestConnection::endsSpreadAlongSide()
                                 .arg(connection->targetOffset())
                                 .arg(expected)));
         QCOMPARE(connection->targetControl(), controls.at(rank));
-        QCOMPARE(connection->endPoint().y(), stack->centrePos().y() + expected);
+        QCOMPARE(connection->endPoint().y(), stack->item()->centrePos().y() + expected);
         // Each source has one connection: its end is in its middle.
         QCOMPARE(connection->sourceOffset(), 0.0);
         QCOMPARE(connection->startPoint(), sources.at(i)->anchor(ConnectionDirection::Out));
@@ -113,7 +116,7 @@ void TestConnection::endsFollowMovedItems()
 
     // A third source moved in makes room at the target.
     TransformNode *other = addTransform(scene, new TransformClone, {}, QPointF(0.0, 800.0));
-    scene.connectNodes(other, stack);
+    QVERIFY(scene.model()->connectItems(other->item(), stack->item()));
     other->setPos(0.0, 900.0);
     QCOMPARE(connectionBetween(lower, stack)->targetOffset(), -16.0);
     QCOMPARE(connectionBetween(upper, stack)->targetOffset(), 0.0);

@@ -1,235 +1,76 @@
-#include "graph/connection.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/transformnode.h"
+#include "graph/node.h"
 #include "testutil.h"
 #include "transforms/transformclone.h"
 
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
-#include <QSignalSpy>
 #include <QtTest>
 
-// The item model shared by all kinds: ids, names, sizes, relations, status and progress.
+// The view of an item: its type, its place following the item's, and the drawings that other
+// painters share.
 class TestNode : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void idsComeFromOneCounter();
-    void aliasIsTrimmed();
-    void sizeTexts_data();
-    void sizeTexts();
-    void previewItem();
-    void relations();
-    void statusPropagatesToDescendants();
-    void progressIsThrottled();
-    void statusIcons();
-    void cloneKeepsIdentity();
-    void noteIsAlwaysUpToDate();
+    void viewsFollowTheirItems();
     void statusIconDrawings_data();
     void statusIconDrawings();
 };
 
-void TestNode::idsComeFromOneCounter()
-{
-    const int next = Node::nextId();
-    InputNode automatic;
-    QCOMPARE(automatic.id(), next);
-    InputNode explicitId(5000);
-    QCOMPARE(explicitId.id(), 5000);
-    QCOMPARE(Node::nextId(), next + 1);
-    automatic.setId(-1);
-    QCOMPARE(automatic.id(), next + 1);
-    Node::raiseIdCounter(9000);
-    QCOMPARE(Node::nextId(), 9001);
-    Node::raiseIdCounter(10);
-    QCOMPARE(Node::nextId(), 9001);
-}
-
-void TestNode::aliasIsTrimmed()
-{
-    InputNode input;
-    input.setAlias("  x ");
-    QCOMPARE(input.alias(), QString("x"));
-    QCOMPARE(input.titleLine(), QString("x"));
-    QCOMPARE(input.nameAndId(), QString("x (%1)").arg(input.id()));
-}
-
-void TestNode::sizeTexts_data()
-{
-    QTest::addColumn<qint64>("rows");
-    QTest::addColumn<qint64>("columns");
-    QTest::addColumn<QString>("longText");
-    QTest::addColumn<QString>("shortText");
-
-    QTest::newRow("singular") << qint64(1) << qint64(1) << "1 row x 1 col"
-                              << "1 row x 1 col";
-    QTest::newRow("small") << qint64(999) << qint64(12) << "999 rows x 12 cols"
-                           << "999 rows x 12 cols";
-    QTest::newRow("thousands") << qint64(1500) << qint64(3) << "1,500 rows x 3 cols"
-                               << "1.5K rows x 3 cols";
-    QTest::newRow("zero decimal dropped") << qint64(2000) << qint64(3) << "2,000 rows x 3 cols"
-                                          << "2K rows x 3 cols";
-    QTest::newRow("too long keeps no decimals")
-        << qint64(123456) << qint64(3) << "123,456 rows x 3 cols"
-        << "123K rows x 3 cols";
-    QTest::newRow("millions") << qint64(12345678) << qint64(3) << "12,345,678 rows x 3 cols"
-                              << "12.3M rows x 3 cols";
-    QTest::newRow("billions") << qint64(2500000000) << qint64(3) << "2,500,000,000 rows x 3 cols"
-                              << "2.5B rows x 3 cols";
-}
-
-void TestNode::sizeTexts()
-{
-    QFETCH(qint64, rows);
-    QFETCH(qint64, columns);
-    QFETCH(QString, longText);
-    QFETCH(QString, shortText);
-    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedKingdom));
-    QCOMPARE(Node::sizeText(rows, columns), longText);
-    QCOMPARE(Node::shortSizeText(rows, columns), shortText);
-    QLocale::setDefault(QLocale::c());
-}
-
-void TestNode::previewItem()
-{
-    InputNode preview;
-    preview.setPreview(true);
-    QCOMPARE(preview.status(), int(Node::UpToDate));
-    QCOMPARE(preview.columnCount(), 100);
-    QCOMPARE(preview.rowCount(), 100000);
-    QVERIFY(preview.toolTipText().isEmpty());
-    InputNode normal;
-    QVERIFY(!normal.toolTipText().isEmpty());
-}
-
-void TestNode::relations()
+void TestNode::viewsFollowTheirItems()
 {
     GraphScene scene;
-    InputNode *a = addTextInput(scene, "a\n1\n", {0, 0});
-    InputNode *b = addTextInput(scene, "a\n1\n", {0, 300});
-    TransformNode *upper = addTransform(scene, new TransformClone, {a}, {200, 0});
-    TransformNode *lower = addTransform(scene, new TransformClone, {a}, {200, 100});
-    TransformNode *deep = addTransform(scene, new TransformClone, {lower}, {400, 100});
+    FlowModel *model = scene.model();
+    InputItem *input = addTextInput(*model, "a\n1\n", {0, 0});
+    TransformItem *transform = addTransform(*model, new TransformClone, {input}, {200, 0});
+    auto *output = new OutputItem;
+    model->addItem(output);
+    auto *note = new NoteItem;
+    model->addItem(note);
 
-    QCOMPARE(a->downstream(true), QList<Node *>({upper, lower}));
-    QCOMPARE(lower->siblings(), QList<Node *>({upper}));
-    QCOMPARE(lower->siblings(true), QList<Node *>({upper, lower}));
-    QCOMPARE(lower->previousSibling(), static_cast<Node *>(upper));
-    QCOMPARE(upper->nextSibling(), static_cast<Node *>(lower));
-    QCOMPARE(lower->nextSibling(), static_cast<Node *>(nullptr));
-    QCOMPARE(deep->depth(), 2);
-    QCOMPARE(b->depth(), 0);
-    QCOMPARE(deep->allUpstream(false), QSet<Node *>({lower, a}));
-    QCOMPARE(deep->allUpstreamIterative(true), QSet<Node *>({deep, lower, a}));
-    QCOMPARE(a->allDownstream(false), QSet<Node *>({upper, lower, deep}));
-    QCOMPARE(a->allDownstreamOfType(Node::TransformType).size(), 3);
-    QCOMPARE(deep->allUpstreamOfType(Node::InputType), QSet<Node *>({a}));
-    QVERIFY(deep->isUpstream(a));
-    QVERIFY(!a->isUpstream(deep));
-    QVERIFY(lower->isConnectedFrom(a));
-    QCOMPARE(a->connections(ConnectionDirection::Out).size(), 2);
-    QCOMPARE(lower->connections(ConnectionDirection::Both).size(), 2);
-    // Every transform already has its one input: nothing left for b to feed.
-    QVERIFY(!b->canStartConnection());
-    addTransform(scene, new TransformClone, {}, {600, 300});
-    QVERIFY(b->canStartConnection());
+    const QList<FlowItem *> items {input, transform, output, note};
+    const QList<int> types {Node::InputType, Node::TransformType, Node::OutputType, Node::NoteType};
+    QCOMPARE(scene.nodes().size(), 4);
+    for (int i = 0; i < items.size(); ++i) {
+        Node *node = scene.nodeFor(items.at(i));
+        QVERIFY(node);
+        QCOMPARE(node->item(), items.at(i));
+        QCOMPARE(node->type(), types.at(i));
+        QVERIFY(Node::isNodeType(node->type()));
+        QCOMPARE(scene.nodeById(items.at(i)->id()), node);
+    }
+    QVERIFY(!Node::isNodeType(Node::InputType - 1));
+    QVERIFY(!Node::isNodeType(Node::NoteType + 1));
+    QCOMPARE(static_cast<InputNode *>(scene.nodeFor(input))->input(), input);
+    QCOMPARE(static_cast<TransformNode *>(scene.nodeFor(transform))->transformItem(), transform);
+    QCOMPARE(static_cast<OutputNode *>(scene.nodeFor(output))->output(), output);
+    QCOMPARE(static_cast<NoteNode *>(scene.nodeFor(note))->note(), note);
+    QCOMPARE(scene.allConnections().size(), 1);
+
+    // The node takes the item's place, and moving the node moves the item.
+    Node *node = scene.nodeFor(input);
+    input->setPos(QPointF(40, 60));
+    QCOMPARE(node->pos(), QPointF(40, 60));
+    node->setPos(QPointF(-20, 10));
+    QCOMPARE(input->pos(), QPointF(-20, 10));
     // Anchors: middle of the right side out, of the left side in, moved out by the gap.
-    QCOMPARE(a->anchor(ConnectionDirection::Out, 4.0).x(),
-             a->pos().x() + Node::itemSize().width() + 4.0);
-    QCOMPARE(a->anchor(ConnectionDirection::In, 4.0).x(), a->pos().x() - 4.0);
-}
+    QCOMPARE(node->anchor(ConnectionDirection::Out, 4.0).x(),
+             node->pos().x() + Node::itemSize().width() + 4.0);
+    QCOMPARE(node->anchor(ConnectionDirection::In, 4.0).x(), node->pos().x() - 4.0);
 
-void TestNode::statusPropagatesToDescendants()
-{
-    GraphScene scene;
-    InputNode *a = addTextInput(scene, "a\n1\n", {0, 0});
-    TransformNode *t1 = addTransform(scene, new TransformClone, {a}, {200, 0});
-    TransformNode *t2 = addTransform(scene, new TransformClone, {t1}, {400, 0});
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(t2->status(), int(Node::UpToDate));
-    // Propagation reaches every descendant even when the item's own value doesn't change.
-    t2->setStatus(Node::NeedsUpdate, false);
-    t1->setStatus(Node::UpToDate, true);
-    QCOMPARE(t2->status(), int(Node::UpToDate));
-    a->setStatus(Node::NeedsUpdate, true);
-    QCOMPARE(t1->status(), int(Node::NeedsUpdate));
-    QCOMPARE(t2->status(), int(Node::NeedsUpdate));
-}
-
-void TestNode::progressIsThrottled()
-{
-    InputNode node;
-    QSignalSpy spy(&node, &Node::processed);
-    node.onProcessed(0.5);
-    QCOMPARE(spy.count(), 1);
-    node.onProcessed(0.5);
-    QCOMPARE(spy.count(), 1);
-    node.onProcessed(0.9);
-    QCOMPARE(spy.count(), 1);
-    node.onProcessed(1.0);
-    QCOMPARE(spy.count(), 2);
-    QTest::qWait(260);
-    node.onProcessed(1.01);
-    QCOMPARE(spy.count(), 3);
-    QTest::qWait(260);
-    // Less than 0.02 away from the shown value.
-    node.onProcessed(0.5);
-    node.onProcessed(0.51);
-    QCOMPARE(spy.count(), 4);
-    node.reportProgress(999, 1000, 5000);
-    node.reportProgress(1000, 1000, 0);
-    QCOMPARE(spy.count(), 4);
-}
-
-void TestNode::statusIcons()
-{
-    GraphScene scene;
-    InputNode *empty = addTextInput(scene, "", {0, 0});
-    InputNode *full = addTextInput(scene, "a\n1\n", {0, 200});
-    QCOMPARE(full->statusIcon(), NodeStatusIcon::NeedsUpdate);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(empty->statusIcon(), NodeStatusIcon::Empty);
-    QCOMPARE(empty->statusLine(), QString("No data"));
-    QCOMPARE(full->statusIcon(), NodeStatusIcon::UpToDate);
-    QCOMPARE(full->statusLine(), QString("1 row x 1 col"));
-    full->addWarning("careful");
-    QCOMPARE(full->statusIcon(), NodeStatusIcon::Warning);
-    full->setStatus(Node::Error, false);
-    QCOMPARE(full->statusIcon(), NodeStatusIcon::Error);
-    QCOMPARE(full->statusLine(), QString("careful"));
-}
-
-void TestNode::cloneKeepsIdentity()
-{
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, "a\n1\n", {30, 40});
-    input->setAlias("source");
-    input->setComment("note");
-    scene.process(GraphScene::RunAll);
-    QScopedPointer<Node> copy(input->clone());
-    QCOMPARE(copy->id(), input->id());
-    QCOMPARE(copy->alias(), QString("source"));
-    QCOMPARE(copy->comment(), QString("note"));
-    QCOMPARE(copy->pos(), QPointF(30, 40));
-    QCOMPARE(copy->status(), int(Node::UpToDate));
-    QVERIFY(copy->connections().isEmpty());
-    QCOMPARE(&copy->dataset()->row(0).at(0), &input->dataset()->row(0).at(0));
-    QCOMPARE(static_cast<InputNode *>(copy.data())->text(), input->text());
-}
-
-void TestNode::noteIsAlwaysUpToDate()
-{
-    NoteNode note;
-    note.setComment("Remember");
-    QCOMPARE(note.status(), int(Node::UpToDate));
-    QVERIFY(!note.canRun());
-    QCOMPARE(note.maximumInputs(), 0);
-    QCOMPARE(note.maximumOutputs(), 0);
-    QCOMPARE(note.toolTipText(), QString("Remember"));
+    // A removed item takes its node and arrows with it.
+    model->removeItem(transform);
+    QCOMPARE(scene.nodes().size(), 3);
+    QVERIFY(!scene.nodeFor(transform));
+    QVERIFY(scene.allConnections().isEmpty());
 }
 
 void TestNode::statusIconDrawings_data()

@@ -1,9 +1,9 @@
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
+#include "graph/node.h"
 #include "graph/undo.h"
 #include "testutil.h"
 #include "transforms/transformstack.h"
@@ -42,9 +42,16 @@ protected:
     }
 };
 
-int countOf(GraphScene *scene, int type)
+int notesOf(const FlowModel *model)
 {
-    return scene->nodesOfType(type).size();
+    return model->itemsOfKind(FlowItem::NoteKind).size();
+}
+
+// The live scene shows as many as its model holds.
+int notesOf(const GraphScene *scene)
+{
+    const int shown = scene->nodesOfType(Node::NoteType).size();
+    return shown == notesOf(scene->model()) ? shown : -1;
 }
 
 // A window's arrangement: the scenes share a parent, the history follows the live one.
@@ -52,8 +59,8 @@ struct Workbench
 {
     Workbench()
     {
-        auto *scene = new GraphScene(&owner);
-        scene->setAutoRun(false);
+        auto *scene = new GraphScene(nullptr, &owner);
+        scene->model()->setAutoRun(false);
         history.setLiveScene(scene);
         UndoHistory::setCurrent(&history);
         QObject::connect(&history, &UndoHistory::sceneSwapped,
@@ -131,21 +138,26 @@ void TestUndo::eachEditIsOneStep()
     InputNode *input = addTextInput(*scene, "a\n1\n", {0, 0});
     InputNode *loose = addTextInput(*scene, "a\n2\n", {0, 300});
     TransformNode *stack = addTransform(*scene, new TransformStack, {input}, {240, 0});
-    scene->process(GraphScene::RunAll);
+    scene->process(FlowModel::RunAll);
+    FlowModel *model = scene->model();
     QSignalSpy recovery(&bench.history, &UndoHistory::recoveryDue);
 
     auto shape = [](GraphScene *s) {
         QList<int> result;
         for (Node *node : s->nodes())
-            result.append(node->id());
+            result.append(node->item()->id());
         std::sort(result.begin(), result.end());
         QStringList connections;
         for (Connection *c : s->allConnections())
-            connections.append(QString("%1>%2").arg(c->source()->id()).arg(c->target()->id()));
+            connections.append(
+                QString("%1>%2").arg(c->source()->item()->id()).arg(c->target()->item()->id()));
         connections.sort();
         QStringList positions;
         for (Node *node : s->nodes())
-            positions.append(QString("%1@%2,%3").arg(node->id()).arg(node->x()).arg(node->y()));
+            positions.append(QString("%1@%2,%3")
+                                 .arg(node->item()->id())
+                                 .arg(node->item()->pos().x())
+                                 .arg(node->item()->pos().y()));
         positions.sort();
         return QStringList {QString::number(result.size()), connections.join(' '),
                             positions.join(' '), QString::number(s->snapToGrid())};
@@ -190,10 +202,11 @@ void TestUndo::eachEditIsOneStep()
 
     bench.history.undo();
     QVERIFY(bench.live() != scene);
+    QVERIFY(bench.live()->model() != model);
     QCOMPARE(shape(bench.live()), before);
     QCOMPARE(bench.history.redoHint(), hint);
     bench.history.redo();
-    QCOMPARE(bench.live(), scene);
+    QCOMPARE(bench.live()->model(), model);
     QCOMPARE(shape(bench.live()), after);
     QCOMPARE(bench.swapped.size(), 2);
 }
@@ -208,20 +221,21 @@ void TestUndo::elevenEditsKeepTen()
     while (bench.history.canUndo()) {
         bench.history.undo();
         ++undone;
-        QCOMPARE(countOf(bench.live(), Node::NoteType), 11 - undone);
+        QCOMPARE(notesOf(bench.live()), 11 - undone);
     }
     QCOMPARE(undone, 10);
     // The first edit is out of reach.
-    QCOMPARE(countOf(bench.live(), Node::NoteType), 1);
+    QCOMPARE(notesOf(bench.live()), 1);
     while (bench.history.canRedo())
         bench.history.redo();
-    QCOMPARE(countOf(bench.live(), Node::NoteType), 11);
+    QCOMPARE(notesOf(bench.live()), 11);
 }
 
 void TestUndo::undoAfterUndoPushesNothing()
 {
     Workbench bench;
     GraphScene *original = bench.live();
+    FlowModel *originalModel = original->model();
     bench.addNote();
     bench.addNote();
     bench.addNote();
@@ -232,7 +246,7 @@ void TestUndo::undoAfterUndoPushesNothing()
     // The live state joined the list, so that redo can return to it.
     QCOMPARE(bench.history.count(), 4);
     QCOMPARE(bench.history.index(), 1);
-    QCOMPARE(bench.history.snapshot(0), original);
+    QCOMPARE(bench.history.snapshot(0), originalModel);
     QCOMPARE(bench.swapped.size(), 1);
     QCOMPARE(about.count(), 1);
     QCOMPARE(bench.swapped.first(), bench.live());
@@ -241,22 +255,21 @@ void TestUndo::undoAfterUndoPushesNothing()
     bench.history.undo();
     QCOMPARE(bench.history.count(), 4);
     QCOMPARE(bench.history.index(), 2);
-    QCOMPARE(countOf(bench.live(), Node::NoteType), 1);
+    QCOMPARE(notesOf(bench.live()), 1);
 }
 
 void TestUndo::changeAfterUndoDropsRedo()
 {
     Workbench bench;
-    GraphScene *newest = bench.live();
+    QPointer<FlowModel> dropped = bench.live()->model();
     bench.addNote();
     bench.addNote();
     bench.addNote();
     bench.history.undo();
     bench.history.undo();
     bench.history.redo();
-    QCOMPARE(countOf(bench.live(), Node::NoteType), 2);
+    QCOMPARE(notesOf(bench.live()), 2);
     QVERIFY(bench.history.canRedo());
-    QPointer<GraphScene> dropped = newest;
     QPointer<GraphScene> live = bench.live();
 
     live->addNoteByUser({-500, -500});
@@ -265,11 +278,11 @@ void TestUndo::changeAfterUndoDropsRedo()
     // Before the two undone steps: the empty scene, one note, and the state just left.
     QCOMPARE(bench.history.count(), 3);
     QCOMPARE(bench.history.undoHint(), QString("add note"));
-    QCOMPARE(countOf(bench.history.snapshot(0), Node::NoteType), 2);
+    QCOMPARE(notesOf(bench.history.snapshot(0)), 2);
     QVERIFY(dropped.isNull());
     QVERIFY(!live.isNull());
     QCOMPARE(bench.live(), live.data());
-    QCOMPARE(countOf(live, Node::NoteType), 3);
+    QCOMPARE(notesOf(live), 3);
 }
 
 void TestUndo::nestedStepsAreOne()
@@ -278,8 +291,7 @@ void TestUndo::nestedStepsAreOne()
     {
         UndoStep outer("add file(s)");
         bench.addNote();
-        auto *input = new InputNode;
-        bench.live()->addInputNodeByUser(input, QPointF(0, 500));
+        bench.live()->addInputByUser(new InputItem, QPointF(0, 500));
         QVERIFY(isUndoStepOpen());
     }
     QVERIFY(!isUndoStepOpen());
@@ -315,7 +327,7 @@ void TestUndo::pairSpansEvents()
 void TestUndo::withoutHistoryNothingIsRecorded()
 {
     UndoHistory history;
-    auto *scene = new GraphScene(&history);
+    auto *scene = new GraphScene(nullptr, &history);
     history.setLiveScene(scene);
     // Not current: as on the command line, edits go through without steps.
     scene->addNoteByUser(QPointF());
@@ -340,7 +352,7 @@ void TestUndo::undoIgnoredWhileRunning()
     transform->during = [&bench]() {
         bench.history.undo();
     };
-    scene->process(GraphScene::RunAll);
+    scene->process(FlowModel::RunAll);
     QCOMPARE(bench.live(), scene);
     QCOMPARE(bench.history.index(), -1);
     QVERIFY(bench.swapped.isEmpty());
@@ -354,9 +366,9 @@ void TestUndo::newDocumentForgetsSteps()
     Workbench bench;
     bench.addNote();
     bench.addNote();
-    QPointer<GraphScene> snapshot = bench.history.snapshot(1);
+    QPointer<FlowModel> snapshot = bench.history.snapshot(1);
     QVERIFY(snapshot);
-    auto *fresh = new GraphScene(&bench.owner);
+    auto *fresh = new GraphScene(nullptr, &bench.owner);
     bench.history.setLiveScene(fresh);
     QCOMPARE(bench.history.count(), 0);
     QVERIFY(!bench.history.canUndo());
@@ -370,15 +382,16 @@ void TestUndo::snapshotSharesRows()
     GraphScene *scene = bench.live();
     InputNode *input = addTextInput(*scene, "a\n1\n", {0, 0});
     TransformNode *stack = addTransform(*scene, new TransformStack, {input}, {240, 0});
-    stack->dataset()->setSize(1000000, 3);
-    stack->setStatus(Node::UpToDate, false);
+    stack->item()->dataset()->setSize(1000000, 3);
+    stack->item()->setStatus(FlowItem::UpToDate, false);
     bench.addNote();
-    GraphScene *snapshot = bench.history.snapshot(0);
-    const Node *copy = snapshot->nodeById(stack->id());
-    QVERIFY(copy && copy != stack);
+    FlowModel *snapshot = bench.history.snapshot(0);
+    const FlowItem *copy = snapshot->itemById(stack->item()->id());
+    QVERIFY(copy && copy != stack->item());
     QCOMPARE(copy->rowCount(), 1000000);
-    QCOMPARE(&copy->dataset()->rows().first(), &stack->dataset()->rows().first());
-    QCOMPARE(&copy->dataset()->rows().last().last(), &stack->dataset()->rows().last().last());
+    QCOMPARE(&copy->dataset()->rows().first(), &stack->item()->dataset()->rows().first());
+    QCOMPARE(&copy->dataset()->rows().last().last(),
+             &stack->item()->dataset()->rows().last().last());
 }
 
 TABULON_TEST_MAIN(TestUndo)

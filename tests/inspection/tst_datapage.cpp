@@ -1,8 +1,8 @@
 #include "testutil.h"
 
-#include "graph/document.h"
-#include "graph/graphscene.h"
-#include "graph/node.h"
+#include "flow/document.h"
+#include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 #include "inspection/datapage.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
@@ -49,7 +49,7 @@ private:
     void clickCell(int row, int column, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
     static QString readText(const QString &path);
 
-    std::unique_ptr<Node> m_node;
+    std::unique_ptr<FlowItem> m_node;
     std::unique_ptr<DataPage> m_page;
     QStringList m_messages;
 };
@@ -84,8 +84,8 @@ void TestDataPage::show(const Dataset &data)
 {
     m_page.reset(new DataPage);
     if (data.hasColumns()) {
-        m_node.reset(makeDataNode(data));
-        m_page->setNode(m_node.get());
+        m_node.reset(makeDataItem(data));
+        m_page->setItem(m_node.get());
     }
     m_page->resize(900, 600);
     m_page->show();
@@ -112,20 +112,20 @@ void TestDataPage::documentEndToEnd()
     QVERIFY(work.isValid());
     for (const QString &name : {QStringLiteral("document.tabulon"), QStringLiteral("input.csv")})
         QVERIFY(QFile::copy(folder + QLatin1Char('/') + name, work.filePath(name)));
-    GraphScene scene;
+    FlowModel scene;
     DocumentData data;
     bool laterVersion = false;
     QString error;
     QVERIFY2(loadDocument(&scene, work.filePath("document.tabulon"), &data, &laterVersion, nullptr,
                           &error),
              qPrintable(error));
-    scene.process(GraphScene::RunAll, true);
-    Node *sorted = scene.nodeById(2);
+    scene.process(FlowModel::RunAll, true);
+    FlowItem *sorted = scene.itemById(2);
     QVERIFY(sorted);
-    QCOMPARE(sorted->status(), int(Node::UpToDate));
+    QCOMPARE(sorted->status(), int(FlowItem::UpToDate));
 
     m_page.reset(new DataPage);
-    m_page->setNode(sorted);
+    m_page->setItem(sorted);
     m_page->resize(900, 600);
     m_page->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_page.get()));
@@ -163,8 +163,8 @@ void TestDataPage::documentEndToEnd()
     QVERIFY(input.open(QIODevice::Append));
     input.write("kiwi,7,North\n");
     input.close();
-    scene.nodeById(1)->setStatus(Node::NeedsUpdate, true);
-    scene.process(GraphScene::RunChanges, true);
+    scene.itemById(1)->setStatus(FlowItem::NeedsUpdate, true);
+    scene.process(FlowModel::RunChanges, true);
     QCOMPARE(view->model()->rowCount(), 3);
     QCOMPARE(m_page->filterCountLabel()->text(), QStringLiteral("3 of 7 rows"));
     m_page.reset();
@@ -322,8 +322,8 @@ void TestDataPage::invisiblesButton()
 
     // The choice carries over to the page of the next item.
     DataPage next;
-    std::unique_ptr<Node> other(makeDataNode(makeDataset({{"h"}, {"c d"}})));
-    next.setNode(other.get());
+    std::unique_ptr<FlowItem> other(makeDataItem(makeDataset({{"h"}, {"c d"}})));
+    next.setItem(other.get());
     QVERIFY(next.invisiblesButton()->isChecked());
     QCOMPARE(next.view()->model()->index(0, 0).data().toString(), QStringLiteral("c\u00b7d"));
     QTest::mouseClick(m_page->invisiblesButton(), Qt::LeftButton);

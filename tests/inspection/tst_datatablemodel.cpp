@@ -1,7 +1,7 @@
 #include "shell/appearancesettings.h"
 #include "testutil.h"
 
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "inspection/datatablemodel.h"
 #include "shell/settings.h"
 
@@ -64,9 +64,9 @@ void TestDataTableModel::invisibleCharacters()
 {
     QFETCH(QString, text);
     QFETCH(QString, shown);
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{text}, {text}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{text}, {text}})));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     const QModelIndex cell = model.index(0, 0);
 
     QCOMPARE(model.data(cell).toString(), text);
@@ -104,9 +104,9 @@ void TestDataTableModel::numbersAlignRight()
     QFETCH(bool, right);
     const QLocale previous;
     QLocale::setDefault(locale);
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{"h"}, {text}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{"h"}, {text}})));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     const int alignment = model.data(model.index(0, 0), Qt::TextAlignmentRole).toInt();
     QLocale::setDefault(previous);
     QCOMPARE(alignment, int((right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter));
@@ -140,10 +140,10 @@ void TestDataTableModel::toolTips()
     QFETCH(QString, theirs);
     QFETCH(bool, comparing);
     QFETCH(QString, tip);
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{"h"}, {mine}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{"h"}, {mine}})));
     const Dataset other = makeDataset({{"h"}, {theirs}});
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     model.setCompareDataset(&other);
     model.setComparisonMode(comparing);
     QCOMPARE(model.data(model.index(0, 0), Qt::ToolTipRole).toString(), tip);
@@ -154,9 +154,9 @@ void TestDataTableModel::backgrounds()
     Dataset data = makeDataset({{"a", "b"}, {"1", "2"}, {"3", "4"}, {"5", "6"}});
     const Dataset shorter = makeDataset({{"a", "b"}, {"1", "X"}});
     data.markIssue(2, 1, DataTableModel::Error, 7);
-    std::unique_ptr<Node> node(makeDataNode(data));
+    std::unique_ptr<FlowItem> node(makeDataItem(data));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     model.setCompareDataset(&shorter);
     model.setComparisonMode(true);
     auto brush = [&](int r, int c) {
@@ -193,10 +193,10 @@ void TestDataTableModel::backgrounds()
 
 void TestDataTableModel::headers()
 {
-    std::unique_ptr<Node> node(
-        makeDataNode(makeDataset({{"x", "", "z"}, {"1", "2", "3"}, {"4", "5", "6"}}, false)));
+    std::unique_ptr<FlowItem> node(
+        makeDataItem(makeDataset({{"x", "", "z"}, {"1", "2", "3"}, {"4", "5", "6"}}, false)));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     QCOMPARE(model.rowCount(), 3);
     QStringList names;
     for (int c = 0; c < model.columnCount(); ++c)
@@ -234,13 +234,13 @@ void TestDataTableModel::rowFilter()
     QFETCH(int, column);
     QFETCH(bool, matchCase);
     QFETCH(QList<int>, rows);
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{"name", "fruit"},
-                                                         {"Anna", "apple"},
-                                                         {"Bo", "banana"},
-                                                         {"Cy", "cherry"},
-                                                         {"Dan", "fig"}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{"name", "fruit"},
+                                                             {"Anna", "apple"},
+                                                             {"Bo", "banana"},
+                                                             {"Cy", "cherry"},
+                                                             {"Dan", "fig"}})));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     model.setRowFilter(text, column, matchCase ? Qt::CaseSensitive : Qt::CaseInsensitive);
 
     QCOMPARE(model.rowCount(), rows.size());
@@ -259,10 +259,10 @@ void TestDataTableModel::rowFilter()
 
 void TestDataTableModel::columnFilter()
 {
-    std::unique_ptr<Node> node(makeDataNode(
+    std::unique_ptr<FlowItem> node(makeDataItem(
         makeDataset({{"id", "city", "note"}, {"1", "Oslo", ""}, {"2", "Rome", "via Osl"}})));
     DataTableModel model;
-    model.setNode(node.get());
+    model.setItem(node.get());
     model.setColumnFilter("osl");
     QCOMPARE(model.columnCount(), 2);
     QCOMPARE(model.datasetColumn(1), 2);
@@ -303,9 +303,9 @@ void TestDataTableModel::sizeLimits()
 
 void TestDataTableModel::followsTheItem()
 {
-    Node *node = makeDataNode(makeDataset({{"h"}, {"1"}, {"2"}}));
+    FlowItem *node = makeDataItem(makeDataset({{"h"}, {"1"}, {"2"}}));
     DataTableModel model;
-    model.setNode(node);
+    model.setItem(node);
     QCOMPARE(model.rowCount(), 2);
 
     // While the item runs its dataset is replaced: the table lets go of it until the end.
@@ -324,13 +324,13 @@ void TestDataTableModel::followsTheItem()
     QCOMPARE(model.rowCount(), 2);
     QCOMPARE(model.datasetRow(1), 3);
 
-    node->setStatus(Node::NeedsUpdate, false);
+    node->setStatus(FlowItem::NeedsUpdate, false);
     model.refresh();
     QCOMPARE(model.state(), int(DataTableModel::NotRun));
     QCOMPARE(model.rowCount(), 0);
 
     delete node;
-    QCOMPARE(model.node(), nullptr);
+    QCOMPARE(model.item(), nullptr);
     QCOMPARE(model.rowCount(), 0);
     QCOMPARE(model.data(model.index(0, 0)), QVariant());
 }

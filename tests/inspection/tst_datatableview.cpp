@@ -1,7 +1,7 @@
 #include "testutil.h"
 
-#include "graph/graphscene.h"
-#include "graph/node.h"
+#include "flow/flowitem.h"
+#include "flow/flowmodel.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
 #include "shell/messageboxes.h"
@@ -45,7 +45,7 @@ private:
     QPoint cellCentre(int row, int column) const;
     void click(int row, int column, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
-    std::unique_ptr<Node> m_node;
+    std::unique_ptr<FlowItem> m_node;
     std::unique_ptr<DataTableView> m_view;
     QStringList m_questions;
     QStringList m_messages;
@@ -84,8 +84,8 @@ void TestDataTableView::cleanup()
 void TestDataTableView::show(const Dataset &data)
 {
     m_view.reset(new DataTableView);
-    m_node.reset(makeDataNode(data));
-    m_view->setNode(m_node.get());
+    m_node.reset(makeDataItem(data));
+    m_view->setItem(m_node.get());
     m_view->resize(900, 700);
     m_view->show();
     QVERIFY(QTest::qWaitForWindowExposed(m_view.get()));
@@ -365,15 +365,15 @@ void TestDataTableView::overlayTexts()
     view.dataModel()->setDataset(&headerOnly);
     QCOMPARE(view.overlayText(), QStringLiteral("No rows"));
 
-    GraphScene scene;
-    Node *node = makeDataNode(makeDataset({{"h"}, {"1"}}));
-    scene.addNode(node);
-    view.setNode(node);
+    FlowModel scene;
+    FlowItem *node = makeDataItem(makeDataset({{"h"}, {"1"}}));
+    scene.addItem(node);
+    view.setItem(node);
     QCOMPARE(view.overlayText(), QString());
     view.dataModel()->setRowFilter("2");
     QCOMPARE(view.overlayText(), QStringLiteral("No rows match the filter"));
 
-    node->setStatus(Node::NeedsUpdate, false);
+    node->setStatus(FlowItem::NeedsUpdate, false);
     view.refresh();
     QCOMPARE(view.overlayText(), QStringLiteral("Awaiting update"));
     scene.setAutoRun(false);

@@ -1,13 +1,12 @@
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/transformnode.h"
-#include "testutil.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformrenamecols.h"
 #include "transforms/transformreorder.h"
 
-#include <QApplication>
 #include <QtTest>
 
 // A column option names a column by identity, not by name or place: set once, it follows its
@@ -22,17 +21,17 @@ private slots:
 
 void TestColumnIdentity::optionFollowsRenameAndMove()
 {
-    GraphScene scene;
-    InputNode *input
-        = addTextInput(scene, "id,name,city\n1,ann lee,paris\n2,bob ray,rome\n", QPointF(0, 0));
+    FlowModel model;
+    InputItem *input
+        = addTextInput(model, "id,name,city\n1,ann lee,paris\n2,bob ray,rome\n", QPointF(0, 0));
     auto *renameTransform = new TransformRenameCols;
     auto *reorderTransform = new TransformReorder;
     auto *caseTransform = new TransformCase;
-    TransformNode *rename = addTransform(scene, renameTransform, {input}, QPointF(200, 0));
-    TransformNode *reorder = addTransform(scene, reorderTransform, {rename}, QPointF(400, 0));
-    TransformNode *upper = addTransform(scene, caseTransform, {reorder}, QPointF(600, 0));
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(upper->status(), Node::UpToDate);
+    TransformItem *rename = addTransform(model, renameTransform, {input}, QPointF(200, 0));
+    TransformItem *reorder = addTransform(model, reorderTransform, {rename}, QPointF(400, 0));
+    TransformItem *upper = addTransform(model, caseTransform, {reorder}, QPointF(600, 0));
+    model.process(FlowModel::RunAll);
+    QCOMPARE(upper->status(), FlowItem::UpToDate);
     QCOMPARE(upper->dataset()->headers(), QStringList({"id", "name", "city"}));
 
     const Dataset &source = *input->dataset();
@@ -45,9 +44,9 @@ void TestColumnIdentity::optionFollowsRenameAndMove()
 
     renameTransform->parameter("RenameColumns")->setRenameColumns({{nameColumn, "Full name"}});
     reorderTransform->parameter("Columns")->setColumns({nameColumn});
-    rename->setStatus(Node::NeedsUpdate, true);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(upper->status(), Node::UpToDate);
+    rename->setStatus(FlowItem::NeedsUpdate, true);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(upper->status(), FlowItem::UpToDate);
     const Dataset *result = upper->dataset();
     QCOMPARE(result->headers(), QStringList({"Full name", "id", "city"}));
     QCOMPARE(result->row(0), QStringList({"ANN LEE", "1", "paris"}));
@@ -57,9 +56,9 @@ void TestColumnIdentity::optionFollowsRenameAndMove()
     renameTransform->parameter("RenameColumns")
         ->setRenameColumns({{nameColumn, "Person"}, {cityColumn, "Town"}});
     reorderTransform->parameter("Columns")->setColumns({cityColumn, idColumn});
-    rename->setStatus(Node::NeedsUpdate, true);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(upper->status(), Node::UpToDate);
+    rename->setStatus(FlowItem::NeedsUpdate, true);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(upper->status(), FlowItem::UpToDate);
     result = upper->dataset();
     QCOMPARE(result->headers(), QStringList({"Town", "id", "Person"}));
     QCOMPARE(result->row(0), QStringList({"paris", "1", "ANN LEE"}));
@@ -69,5 +68,5 @@ void TestColumnIdentity::optionFollowsRenameAndMove()
     QCOMPARE(caseTransform->parameter("Columns")->toText(), QString("3"));
 }
 
-TABULON_TEST_MAIN(TestColumnIdentity)
+QTEST_GUILESS_MAIN(TestColumnIdentity)
 #include "tst_columnidentity.moc"

@@ -1,6 +1,7 @@
 #include "testutil.h"
 
-#include "graph/inputnode.h"
+#include "graph/graphscene.h"
+#include "graph/node.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
@@ -241,8 +242,8 @@ void TestActionPane::clickEmitsPrototype()
 {
     ActionPane pane;
     pane.show();
-    InputNode input;
-    pane.setSelection({&input});
+    GraphScene scene;
+    pane.setSelection({addTextInput(scene, "a\n1\n", QPointF())});
     QSignalSpy clicked(&pane, &ActionPane::transformClicked);
     TransformButton *button = buttonFor(pane, QStringLiteral("Case"));
     QVERIFY(button);
@@ -273,13 +274,10 @@ void TestActionPane::wrongSelectionIsRefused()
     QFETCH(QString, message);
     ActionPane pane;
     pane.show();
-    InputNode first;
-    InputNode second;
+    GraphScene scene;
     QList<QGraphicsItem *> selection;
-    if (selected > 0)
-        selection.append(&first);
-    if (selected > 1)
-        selection.append(&second);
+    for (int i = 0; i < selected; ++i)
+        selection.append(addTextInput(scene, "a\n1\n", QPointF(0, 200 * i)));
     pane.setSelection(selection);
     QSignalSpy clicked(&pane, &ActionPane::transformClicked);
     TransformButton *button = buttonFor(pane, QStringLiteral("Case"));
@@ -298,8 +296,8 @@ void TestActionPane::grayButtonsFollowSelection()
     pane.setSelection({});
     QVERIFY(!button->isEnabled());
     QVERIFY(!pane.toFileButton()->isEnabled());
-    InputNode input;
-    pane.setSelection({&input});
+    GraphScene scene;
+    pane.setSelection({addTextInput(scene, "a\n1\n", QPointF())});
     QVERIFY(button->isEnabled());
     QVERIFY(pane.toFileButton()->isEnabled());
     pane.setInteractionAllowed(false);

@@ -1,9 +1,9 @@
+#include "flow/flowmodel.h"
+#include "flow/noteitem.h"
 #include "graph/connection.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
+#include "graph/node.h"
 #include "graph/overlays.h"
-#include "graph/transformnode.h"
 #include "graph/undo.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
@@ -82,7 +82,7 @@ void TestGraphPane::init()
     m_history = new UndoHistory;
     UndoHistory::setCurrent(m_history);
     m_scene = new GraphScene;
-    m_scene->setAutoRun(false);
+    m_scene->model()->setAutoRun(false);
     m_history->setLiveScene(m_scene);
     m_pane = new GraphPane;
     m_pane->setPrototypes(m_prototypes);
@@ -260,7 +260,7 @@ void TestGraphPane::connectFromHandle()
     TransformNode *fed = addTransform(*m_scene, new TransformClone, {input}, QPointF(400.0, 0.0));
     m_pane->centerOn(300.0, 150.0);
 
-    moveTo(input->centrePos());
+    moveTo(input->item()->centrePos());
     // The guide shows after a pause of the pointer; end the pause instead of waiting.
     DelayTimer::firePending();
     QVERIFY(input->connectFromOverlay());
@@ -291,7 +291,7 @@ void TestGraphPane::connectFromHandle()
         QCOMPARE(maker->guide()->to(), target);
         click(target);
     }
-    QVERIFY(free->isConnectedFrom(input));
+    QVERIFY(free->item()->isConnectedFrom(input->item()));
     QCOMPARE(input->connections(ConnectionDirection::Out).size(), 2);
     QVERIFY(!maker->isActive());
     QVERIFY(!free->connectToOverlay());
@@ -313,7 +313,7 @@ void TestGraphPane::connectionModeCancels()
     InputNode *input = addTextInput(*m_scene, Csv, QPointF(0.0, 0.0));
     TransformNode *free = addTransform(*m_scene, new TransformClone, {}, QPointF(400.0, 0.0));
     m_pane->centerOn(300.0, 50.0);
-    moveTo(input->centrePos());
+    moveTo(input->item()->centrePos());
     // The guide shows after a pause of the pointer; end the pause instead of waiting.
     DelayTimer::firePending();
     QVERIFY(input->connectFromOverlay());
@@ -385,8 +385,8 @@ void TestGraphPane::copySelectedData()
 
     Settings::instance()->setCopyDataAs(form);
     InputNode *input = addTextInput(*m_scene, Csv, QPointF(0.0, 0.0));
-    m_scene->process(GraphScene::RunAll, true);
-    QCOMPARE(input->rowCount(), 2);
+    m_scene->process(FlowModel::RunAll, true);
+    QCOMPARE(input->item()->rowCount(), 2);
     QApplication::clipboard()->clear();
     input->setSelected(true);
     QTest::keyClick(m_pane, Qt::Key_C, Qt::ControlModifier);
@@ -425,14 +425,14 @@ void TestGraphPane::dragMovesItemWithItsNoteInOneUndoStep()
 {
     Settings::instance()->setAutoMoveNotes(true);
     InputNode *input = addTextInput(*m_scene, Csv, QPointF(0.0, 0.0));
-    auto *pointing = new NoteNode;
-    pointing->setArrow(NoteNode::Left);
-    pointing->setPos(-239.4, 0.0);
-    m_scene->addNode(pointing);
-    auto *elsewhere = new NoteNode;
-    elsewhere->setArrow(NoteNode::Below);
-    elsewhere->setPos(-239.4, 30.0);
-    m_scene->addNode(elsewhere);
+    auto *pointing = new NoteItem;
+    pointing->setArrow(NoteItem::Left);
+    pointing->setPos(QPointF(-239.4, 0.0));
+    m_scene->model()->addItem(pointing);
+    auto *elsewhere = new NoteItem;
+    elsewhere->setArrow(NoteItem::Below);
+    elsewhere->setPos(QPointF(-239.4, 30.0));
+    m_scene->model()->addItem(elsewhere);
     m_pane->centerOn(0.0, 50.0);
 
     const QPointF grip = input->headerRect().center() + input->pos();
@@ -444,9 +444,11 @@ void TestGraphPane::dragMovesItemWithItsNoteInOneUndoStep()
     release(grip + by);
 
     QCOMPARE(input->pos(), by);
+    QCOMPARE(input->item()->pos(), by);
     // The note to the left with its arrow towards the item travels; the one whose arrow
     // points elsewhere stays.
     QCOMPARE(pointing->pos(), QPointF(-239.4, 0.0) + by);
+    QCOMPARE(m_scene->nodeFor(pointing)->pos(), QPointF(-239.4, 0.0) + by);
     QCOMPARE(elsewhere->pos(), QPointF(-239.4, 30.0));
     QCOMPARE(m_history->count(), 1);
     QCOMPARE(m_history->undoHint(), QStringLiteral("move item(s)"));

@@ -1,7 +1,7 @@
 #include "testutil.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
 #include "io/delimitedtext.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
@@ -71,14 +71,14 @@ QString TestInputItemWidget::writeFile(const QString &name, const QByteArray &by
 void TestInputItemWidget::delimiterChangeRereads()
 {
     const QString path = writeFile(QStringLiteral("semi.csv"), "name;city\nAnn;Paris\nBob;Rome\n");
-    GraphScene scene;
-    auto *input = new InputNode;
+    FlowModel model;
+    auto *input = new InputItem;
     input->setInputFileType(FileTypeDelimited);
-    input->setHeader(InputNode::HasHeader);
+    input->setHeader(InputItem::HasHeader);
     input->setDelimiter(DelimiterComma);
     input->setPath(path);
-    scene.addNode(input);
-    scene.process(GraphScene::RunAll);
+    model.addItem(input);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->columnCount(), 1);
 
     ItemPane pane;
@@ -97,7 +97,7 @@ void TestInputItemWidget::delimiterChangeRereads()
     QCOMPARE(input->columnCount(), 2);
     QCOMPARE(input->dataset()->headers(), (QStringList {"name", "city"}));
     QCOMPARE(input->dataset()->cell(1, 1), QStringLiteral("Rome"));
-    QCOMPARE(input->status(), int(Node::UpToDate));
+    QCOMPARE(input->status(), int(FlowItem::UpToDate));
 }
 
 void TestInputItemWidget::optionRowsFollowFileType_data()
@@ -126,10 +126,10 @@ void TestInputItemWidget::optionRowsFollowFileType()
     QFETCH(bool, ignoredRows);
     QFETCH(bool, excelHidden);
     QFETCH(bool, format);
-    GraphScene scene;
-    auto *input = new InputNode;
+    FlowModel model;
+    auto *input = new InputItem;
     input->setInputFileType(FileTypeDelimited);
-    scene.addNode(input);
+    model.addItem(input);
     InputItemWidget page(input);
     page.show();
     // Choose the type as a user would, in the combo.
@@ -149,8 +149,8 @@ void TestInputItemWidget::optionRowsFollowFileType()
 
 void TestInputItemWidget::clipboardSourceHidesFileRows()
 {
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name\nAnn"), QPointF());
     InputItemWidget page(input);
     page.show();
     QVERIFY(!page.pathEdit()->isVisible());
@@ -177,10 +177,10 @@ void TestInputItemWidget::newPathOffersItsType()
     QFETCH(int, expectedType);
     m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
     const QString path = writeFile(QStringLiteral("notes.log"), "one\ntwo\n");
-    GraphScene scene;
-    auto *input = new InputNode;
+    FlowModel model;
+    auto *input = new InputItem;
     input->setInputFileType(FileTypeDelimited);
-    scene.addNode(input);
+    model.addItem(input);
     InputItemWidget page(input);
     page.show();
     page.pathEdit()->setFocus();
@@ -215,8 +215,8 @@ void TestInputItemWidget::clipboardImportAsksAboutType()
     QFETCH(QStringList, questions);
     QFETCH(int, expectedType);
     m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("old\nrow"), QPointF());
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("old\nrow"), QPointF());
     InputItemWidget page(input);
     page.show();
     QGuiApplication::clipboard()->setText(text);
@@ -229,13 +229,13 @@ void TestInputItemWidget::clipboardImportAsksAboutType()
 void TestInputItemWidget::ignoredRowsReachTheItem()
 {
     const QString path = writeFile(QStringLiteral("rows.csv"), "junk\nname\nAnn\nBob\n");
-    GraphScene scene;
-    auto *input = new InputNode;
+    FlowModel model;
+    auto *input = new InputItem;
     input->setInputFileType(FileTypeDelimited);
-    input->setHeader(InputNode::HasHeader);
+    input->setHeader(InputItem::HasHeader);
     input->setPath(path);
-    scene.addNode(input);
-    scene.process(GraphScene::RunAll);
+    model.addItem(input);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->dataset()->headers(), QStringList {QStringLiteral("junk")});
 
     ItemPane pane;

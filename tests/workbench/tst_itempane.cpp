@@ -1,8 +1,8 @@
 #include "testutil.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/transformnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
 #include "transforms/framework/parameter.h"
@@ -27,21 +27,21 @@
 // A small graph: a text input, and one transform on it.
 struct Graph
 {
-    GraphScene scene;
-    InputNode *input = nullptr;
-    TransformNode *node = nullptr;
+    FlowModel model;
+    InputItem *input = nullptr;
+    TransformItem *node = nullptr;
 
     explicit Graph(Transform *transform)
     {
         input
-            = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris\nBob,Rome"), QPointF(0, 0));
-        node = addTransform(scene, transform, {input}, QPointF(300, 0));
-        scene.process(GraphScene::RunAll);
+            = addTextInput(model, QStringLiteral("name,city\nAnn,Paris\nBob,Rome"), QPointF(0, 0));
+        node = addTransform(model, transform, {input}, QPointF(300, 0));
+        model.process(FlowModel::RunAll);
         // Columns can be chosen only once the input has read them.
         if (Parameter *columns = transform->parameter(QStringLiteral("Columns"))) {
             columns->selectAllColumns();
-            node->setStatus(Node::NeedsUpdate, true);
-            scene.process(GraphScene::RunAll);
+            node->setStatus(FlowItem::NeedsUpdate, true);
+            model.process(FlowModel::RunAll);
         }
     }
 };
@@ -69,7 +69,7 @@ private slots:
 
 private:
     static QLineEdit *newValueEdit(ItemPane &pane);
-    static QString lastColumn(const Node *node, int row);
+    static QString lastColumn(const FlowItem *node, int row);
 };
 
 void TestItemPane::initTestCase()
@@ -100,7 +100,7 @@ QLineEdit *TestItemPane::newValueEdit(ItemPane &pane)
     return widget ? qobject_cast<QLineEdit *>(widget->widget()) : nullptr;
 }
 
-QString TestItemPane::lastColumn(const Node *node, int row)
+QString TestItemPane::lastColumn(const FlowItem *node, int row)
 {
     const Dataset *dataset = node->dataset();
     if (row >= dataset->rowCount() || dataset->columnCount() == 0)
@@ -116,12 +116,12 @@ void TestItemPane::pageFollowsSelection()
     QVERIFY(!pane.currentWidget());
     pane.showItems({graph.node});
     QVERIFY(qobject_cast<TransformItemWidget *>(pane.currentWidget()));
-    QCOMPARE(pane.currentWidget()->node(), graph.node);
+    QCOMPARE(pane.currentWidget()->item(), graph.node);
     pane.showItems({graph.input, graph.node});
     QVERIFY(!pane.currentWidget());
     pane.showItems({graph.input});
     QVERIFY(pane.currentWidget());
-    QCOMPARE(pane.currentWidget()->node(), graph.input);
+    QCOMPARE(pane.currentWidget()->item(), graph.input);
     QCOMPARE(pane.currentWidget()->tabs()->count(), 6);
     const QStringList tabs
         = {QStringLiteral("Data"), QStringLiteral("Characters"), QStringLiteral("Warnings"),
@@ -156,7 +156,7 @@ void TestItemPane::caseChangeRunsTheItem()
     pane.delayTimer()->fire();
     QCOMPARE(graph.node->dataset()->cell(0, 0), QStringLiteral("ANN"));
     QCOMPARE(graph.node->dataset()->cell(1, 1), QStringLiteral("ROME"));
-    QCOMPARE(graph.node->status(), int(Node::UpToDate));
+    QCOMPARE(graph.node->status(), int(FlowItem::UpToDate));
     QCOMPARE(page->statusLabel()->text(), graph.node->transform()->result());
 }
 
@@ -212,12 +212,12 @@ void TestItemPane::messagesTabsSayNoMessages()
 {
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("people.csv"));
-    GraphScene scene;
-    auto *input = new InputNode;
+    FlowModel model;
+    auto *input = new InputItem;
     input->setInputFileType(FileTypeDelimited);
     input->setPath(path);
-    scene.addNode(input);
-    scene.process(GraphScene::RunAll);
+    model.addItem(input);
+    model.process(FlowModel::RunAll);
 
     ItemPane pane;
     pane.show();
@@ -230,8 +230,8 @@ void TestItemPane::messagesTabsSayNoMessages()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("name\nAnn\n");
     file.close();
-    input->setStatus(Node::NeedsUpdate, true);
-    scene.process(GraphScene::RunAll);
+    input->setStatus(FlowItem::NeedsUpdate, true);
+    model.process(FlowModel::RunAll);
     QCOMPARE(page->warningsEdit()->toPlainText(), QStringLiteral("No messages"));
     QVERIFY(page->warningsEdit()->isReadOnly());
 }
@@ -241,9 +241,9 @@ void TestItemPane::statusText_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<bool>("autoRun");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("waiting, auto run") << int(Node::NeedsUpdate) << true << "Awaiting update";
-    QTest::newRow("waiting, no auto run") << int(Node::NeedsUpdate) << false << "Run to update";
-    QTest::newRow("running") << int(Node::Updating) << true << "Processing...";
+    QTest::newRow("waiting, auto run") << int(FlowItem::NeedsUpdate) << true << "Awaiting update";
+    QTest::newRow("waiting, no auto run") << int(FlowItem::NeedsUpdate) << false << "Run to update";
+    QTest::newRow("running") << int(FlowItem::Updating) << true << "Processing...";
 }
 
 void TestItemPane::statusText()
@@ -252,7 +252,7 @@ void TestItemPane::statusText()
     QFETCH(bool, autoRun);
     QFETCH(QString, expected);
     Graph graph(new TransformCase);
-    graph.scene.setAutoRun(autoRun);
+    graph.model.setAutoRun(autoRun);
     graph.node->setStatus(status, false);
     QCOMPARE(ItemWidget::statusText(graph.node, autoRun), expected);
     ItemPane pane;

@@ -1,13 +1,14 @@
 #include "testutil.h"
 
-#include "graph/document.h"
+#include "flow/document.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
 #include "graph/graphscene.h"
-#include "graph/inputnode.h"
 #include "graph/node.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
 #include "graph/overlays.h"
-#include "graph/transformnode.h"
 #include "graph/undo.h"
 #include "shell/delaytimer.h"
 #include "shell/messageboxes.h"
@@ -65,11 +66,23 @@ bool copyFile(const QString &from, const QString &to)
     return QFile::copy(from, to);
 }
 
-// The document text of a scene with the fields that change from save to save held fixed.
-QString canonicalText(const GraphScene &scene, const QString &path)
+// The document text of a flow with the fields that change from save to save held fixed.
+QString canonicalText(const FlowModel &model, const QString &path)
 {
     DocumentData data;
-    return documentText(scene, data, path, QStringLiteral("test"));
+    return documentText(model, data, path, QStringLiteral("test"));
+}
+
+QString canonicalText(const GraphScene &scene, const QString &path)
+{
+    return canonicalText(*scene.model(), path);
+}
+
+// Nodes in the order of their items on the canvas.
+void sortNodes(QList<Node *> &nodes, bool (*less)(const FlowItem *, const FlowItem *))
+{
+    std::stable_sort(nodes.begin(), nodes.end(),
+                     [less](const Node *a, const Node *b) { return less(a->item(), b->item()); });
 }
 
 int countOfType(const GraphScene *scene, int type)
@@ -283,7 +296,7 @@ void TestMainWindow::openShowsTheSavedGraph()
     QFETCH(QString, path);
     QVERIFY(!path.isEmpty());
     m_settings->setOpenAutoRun(0);
-    GraphScene expected;
+    FlowModel expected;
     DocumentData data;
     bool later = false;
     QStringList messages;
@@ -395,7 +408,7 @@ void TestMainWindow::openAsksForMissingInputs()
     QCOMPARE(m_asked.first().buttons, QMessageBox::Yes | QMessageBox::No);
     auto *input
         = static_cast<InputNode *>(m_window->graphScene()->nodesOfType(Node::InputType).first());
-    QCOMPARE(QFileInfo(input->path()).absoluteFilePath(), replacement);
+    QCOMPARE(QFileInfo(input->input()->path()).absoluteFilePath(), replacement);
     QVERIFY(m_window->isWindowModified());
 }
 
@@ -452,8 +465,8 @@ void TestMainWindow::droppedFilesBecomeInputs()
     }
     const QList<Node *> added = scene->nodesOfType(Node::InputType);
     for (Node *node : added)
-        QTRY_COMPARE(node->status(), int(Node::UpToDate));
-    QCOMPARE(added.first()->rowCount(), 2);
+        QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(added.first()->item()->rowCount(), 2);
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add file(s)"));
     QVERIFY(m_window->isWindowModified());
 }
@@ -476,12 +489,13 @@ void TestMainWindow::dropEventOnCanvasAddsInput()
     QTRY_COMPARE(countOfType(m_window->graphScene(), Node::InputType), 1);
     auto *input
         = static_cast<InputNode *>(m_window->graphScene()->nodesOfType(Node::InputType).first());
-    QCOMPARE(QFileInfo(input->path()).absoluteFilePath(), QFileInfo(path).absoluteFilePath());
+    QCOMPARE(QFileInfo(input->input()->path()).absoluteFilePath(),
+             QFileInfo(path).absoluteFilePath());
     // It stands where it was dropped, is the selection, and runs at once.
     QVERIFY(input->sceneBoundingRect().contains(m_window->graphPane()->mapToScene(at)));
     QVERIFY(input->isSelected());
-    QTRY_COMPARE(input->status(), int(Node::UpToDate));
-    QCOMPARE(input->dataset()->rows(), QList<QStringList>({{"1", "2"}}));
+    QTRY_COMPARE(input->input()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(input->input()->dataset()->rows(), QList<QStringList>({{"1", "2"}}));
 }
 
 void TestMainWindow::droppedFolderAboveLimitAsks_data()
@@ -559,10 +573,10 @@ void TestMainWindow::clickedTransformTakesSelectionInCanvasOrder()
     m_window->addClipboardText(QStringLiteral("n\nbottom\n"), QPointF(0, 240));
     GraphScene *scene = m_window->graphScene();
     QList<Node *> inputs = scene->nodesOfType(Node::InputType);
-    GraphScene::sortTopToBottom(inputs);
+    sortNodes(inputs, FlowItem::topToBottom);
     Node *top = inputs.at(0);
     Node *bottom = inputs.at(1);
-    QTRY_COMPARE(bottom->status(), int(Node::UpToDate));
+    QTRY_COMPARE(bottom->item()->status(), int(FlowItem::UpToDate));
 
     // Picked bottom first: the order of the clicks must not matter, only the canvas.
     clickItem(bottom);
@@ -576,22 +590,22 @@ void TestMainWindow::clickedTransformTakesSelectionInCanvasOrder()
 
     QCOMPARE(countOfType(scene, Node::TransformType), 1);
     Node *stack = scene->nodesOfType(Node::TransformType).first();
-    QCOMPARE(stack->upstream(true), QList<Node *>({top, bottom}));
+    QCOMPARE(stack->item()->upstream(true), QList<FlowItem *>({top->item(), bottom->item()}));
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add 'Stack'"));
     QVERIFY(stack->isSelected());
     QVERIFY(stack->pos().x() > top->pos().x());
-    QTRY_COMPARE(stack->status(), int(Node::UpToDate));
-    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"top"}, {"bottom"}}));
+    QTRY_COMPARE(stack->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(stack->item()->dataset()->rows(), QList<QStringList>({{"top"}, {"bottom"}}));
 
     // Dragging the lower input above the other swaps the inputs of the transform.
     dragItem(bottom, QPointF(0, -480));
     QVERIFY(bottom->pos().y() < top->pos().y());
-    QCOMPARE(stack->upstream(true), QList<Node *>({bottom, top}));
+    QCOMPARE(stack->item()->upstream(true), QList<FlowItem *>({bottom->item(), top->item()}));
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("move item(s)"));
     m_window->windowActions()[MainWindowActions::RunEverything]->setEnabled(true);
     m_window->windowActions()[MainWindowActions::RunEverything]->trigger();
-    QTRY_COMPARE(stack->status(), int(Node::UpToDate));
-    QCOMPARE(stack->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
+    QTRY_COMPARE(stack->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(stack->item()->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
 
     // What was built by hand survives a save and a reopen.
     const QString saved = m_dir->filePath(QStringLiteral("built.tabulon"));
@@ -601,8 +615,8 @@ void TestMainWindow::clickedTransformTakesSelectionInCanvasOrder()
     QVERIFY(m_window->open(saved));
     QCOMPARE(canonicalText(*m_window->graphScene(), saved), before);
     Node *reopened = m_window->graphScene()->nodesOfType(Node::TransformType).first();
-    QTRY_COMPARE(reopened->status(), int(Node::UpToDate));
-    QCOMPARE(reopened->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
+    QTRY_COMPARE(reopened->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(reopened->item()->dataset()->rows(), QList<QStringList>({{"bottom"}, {"top"}}));
 }
 
 void TestMainWindow::draggingFromHandleConnects()
@@ -612,16 +626,18 @@ void TestMainWindow::draggingFromHandleConnects()
     m_window->addClipboardText(QStringLiteral("n\n1\n"), QPointF(0, 0));
     GraphScene *scene = m_window->graphScene();
     Node *input = scene->nodesOfType(Node::InputType).first();
-    auto *full = new OutputNode(-1, m_dir->filePath(QStringLiteral("full.csv")));
-    scene->addNode(full);
-    full->setPos(400, 240);
-    QVERIFY(scene->connectNodes(input, full));
-    auto *empty = new OutputNode(-1, m_dir->filePath(QStringLiteral("empty.csv")));
-    scene->addNode(empty);
-    empty->setPos(400, 0);
+    auto *fullItem = new OutputItem(-1, m_dir->filePath(QStringLiteral("full.csv")));
+    fullItem->setPos(QPointF(400, 240));
+    scene->model()->addItem(fullItem);
+    QVERIFY(scene->model()->connectItems(input->item(), fullItem));
+    auto *emptyItem = new OutputItem(-1, m_dir->filePath(QStringLiteral("empty.csv")));
+    emptyItem->setPos(QPointF(400, 0));
+    scene->model()->addItem(emptyItem);
+    Node *full = scene->nodeFor(fullItem);
+    Node *empty = scene->nodeFor(emptyItem);
     m_window->graphPane()->centerOn(300, 150);
 
-    mouse(QEvent::MouseMove, input->centrePos(), Qt::NoButton);
+    mouse(QEvent::MouseMove, input->item()->centrePos(), Qt::NoButton);
     // The guide shows after a pause of the pointer; end the pause instead of waiting.
     DelayTimer::firePending();
     QVERIFY(input->connectFromOverlay());
@@ -635,16 +651,17 @@ void TestMainWindow::draggingFromHandleConnects()
     mouse(QEvent::MouseMove, target, Qt::LeftButton);
     mouse(QEvent::MouseButtonRelease, target, Qt::NoButton, Qt::LeftButton);
 
-    QVERIFY(empty->isConnectedFrom(input));
+    QVERIFY(emptyItem->isConnectedFrom(input->item()));
     QCOMPARE(input->connections(ConnectionDirection::Out).size(), 2);
     QVERIFY(!ConnectionMaker::isActive(scene));
     QCOMPARE(m_window->windowActions()[MainWindowActions::EditUndo]->text(),
              QStringLiteral("&Undo add connection"));
     QVERIFY(m_window->isWindowModified());
-    QCOMPARE(empty->status(), int(Node::NeedsUpdate));
+    QCOMPARE(empty->item()->status(), int(FlowItem::NeedsUpdate));
 
+    const int emptyId = emptyItem->id();
     m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
-    Node *restored = m_window->graphScene()->nodeById(empty->id());
+    Node *restored = m_window->graphScene()->nodeById(emptyId);
     QVERIFY(restored);
     QVERIFY(restored->connections(ConnectionDirection::In).isEmpty());
 }
@@ -661,14 +678,14 @@ void TestMainWindow::deleteKeyBridgesTransform()
     m_window->graphPane()->centerOn(middle);
 
     clickItem(middle);
-    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({middle}));
+    QCOMPARE(scene->selectedNodes(), QList<Node *>({middle}));
     QTest::keyClick(m_window->graphPane()->viewport(), Qt::Key_Delete);
 
     QCOMPARE(scene->nodes().size(), 3);
     QCOMPARE(scene->allConnections().size(), 2);
-    QCOMPARE(source->downstream(true), QList<Node *>({upper, lower}));
-    QCOMPARE(upper->status(), int(Node::NeedsUpdate));
-    QCOMPARE(lower->status(), int(Node::NeedsUpdate));
+    QCOMPARE(scene->nodesFor(source->input()->downstream(true)), QList<Node *>({upper, lower}));
+    QCOMPARE(upper->transformItem()->status(), int(FlowItem::NeedsUpdate));
+    QCOMPARE(lower->transformItem()->status(), int(FlowItem::NeedsUpdate));
     QCOMPARE(m_window->windowActions()[MainWindowActions::EditUndo]->text(),
              QStringLiteral("&Undo delete"));
 }
@@ -692,7 +709,7 @@ void TestMainWindow::disconnectAsksAboutColumnOptions()
     const int connections = scene->allConnections().size();
     m_window->graphPane()->centerOn(input);
     clickItem(input);
-    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({input}));
+    QCOMPARE(scene->selectedNodes(), QList<Node *>({input}));
 
     m_answers = {QMessageBox::StandardButton(answer)};
     m_window->windowActions()[MainWindowActions::DisconnectFromSelected]->trigger();
@@ -718,13 +735,13 @@ void TestMainWindow::keyboardWalksAndDuplicates()
     m_window->graphPane()->setFocus();
 
     QTest::keyClick(m_window->graphPane(), Qt::Key_1, Qt::ControlModifier);
-    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({input}));
+    QCOMPARE(scene->selectedNodes(), QList<Node *>({input}));
     QTest::keyClick(m_window->graphPane(), Qt::Key_Right, Qt::ControlModifier);
     QCOMPARE(scene->selectedItems().size(), 1);
-    Node *next = input->downstream(true).first();
-    QCOMPARE(scene->selectedItems().first(), static_cast<QGraphicsItem *>(next));
+    Node *next = scene->nodeFor(input->item()->downstream(true).first());
+    QCOMPARE(scene->selectedNodes().first(), next);
     QTest::keyClick(m_window->graphPane(), Qt::Key_Left, Qt::ControlModifier);
-    QCOMPARE(scene->selectedItems().first(), static_cast<QGraphicsItem *>(input));
+    QCOMPARE(scene->selectedNodes().first(), input);
 
     // The whole flow hangs off the input: Ctrl+D copies every item but the note.
     const int items = scene->nodes().size();
@@ -738,16 +755,16 @@ void TestMainWindow::keyboardWalksAndDuplicates()
     // Ctrl+Shift+digit counts outputs the same way; a note then goes to the output's right.
     QTest::keyClick(m_window->graphPane(), Qt::Key_1, Qt::ControlModifier | Qt::ShiftModifier);
     QList<Node *> outputs = scene->nodesOfType(Node::OutputType);
-    GraphScene::sortLeftToRight(outputs);
-    QCOMPARE(scene->selectedItems(), QList<QGraphicsItem *>({outputs.first()}));
+    sortNodes(outputs, FlowItem::leftToRight);
+    QCOMPARE(scene->selectedNodes(), QList<Node *>({outputs.first()}));
     QTest::keyClick(m_window->graphPane(), Qt::Key_H, Qt::ControlModifier);
     QCOMPARE(countOfType(scene, Node::NoteType), notes + 1);
     QCOMPARE(m_window->undoHistory()->undoHint(), QStringLiteral("add note"));
     QCOMPARE(scene->selectedItems().size(), 1);
-    auto *note = static_cast<NoteNode *>(scene->selectedItems().first());
+    auto *note = static_cast<NoteNode *>(scene->selectedNodes().first());
     QCOMPARE(note->type(), int(Node::NoteType));
-    QCOMPARE(note->pos(), outputs.first()->pos() + QPointF(GraphScene::GridWidth, 0));
-    QCOMPARE(note->arrow(), 4);
+    QCOMPARE(note->pos(), outputs.first()->pos() + QPointF(FlowModel::GridWidth, 0));
+    QCOMPARE(note->note()->arrow(), 4);
 }
 
 void TestMainWindow::undoRunsAfterDelay()
@@ -759,13 +776,13 @@ void TestMainWindow::undoRunsAfterDelay()
     m_window->addClipboardText(QStringLiteral("n\n1\n2\n"), QPointF(0, 0));
     GraphScene *scene = m_window->graphScene();
     Node *input = scene->nodesOfType(Node::InputType).first();
-    QCOMPARE(input->status(), int(Node::NeedsUpdate));
+    QCOMPARE(input->item()->status(), int(FlowItem::NeedsUpdate));
     input->setSelected(true);
     // The snapshot of this step holds the input before any run.
     m_window->onTransformClicked(transformButton(QStringLiteral("Clone"))->prototype());
     m_window->windowActions()[MainWindowActions::RunAuto]->trigger();
     Node *clone = scene->nodesOfType(Node::TransformType).first();
-    QTRY_COMPARE(clone->status(), int(Node::UpToDate));
+    QTRY_COMPARE(clone->item()->status(), int(FlowItem::UpToDate));
 
     const int logLines = m_window->logPane()->lines().size();
     m_window->windowActions()[MainWindowActions::EditUndo]->trigger();
@@ -775,13 +792,13 @@ void TestMainWindow::undoRunsAfterDelay()
     QCOMPARE(countOfType(live, Node::TransformType), 0);
     Node *restored = live->nodesOfType(Node::InputType).first();
     // Not at once: a quick series of undos runs once, after the delay.
-    QCOMPARE(restored->status(), int(Node::NeedsUpdate));
+    QCOMPARE(restored->item()->status(), int(FlowItem::NeedsUpdate));
     DelayTimer *delay = m_window->sceneHost()->undoRunDelay();
     QVERIFY(delay->isActive());
     QCOMPARE(delay->interval(), 50);
     delay->fire();
-    QCOMPARE(restored->status(), int(Node::UpToDate));
-    QCOMPARE(restored->rowCount(), 2);
+    QCOMPARE(restored->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(restored->item()->rowCount(), 2);
     // The swapped-in scene talks to the window: its run reached the log.
     QVERIFY(m_window->logPane()->lines().size() > logLines);
 }
@@ -884,13 +901,13 @@ void TestMainWindow::newAsksToSaveChanges()
     QCOMPARE(m_window->isWindowModified(), !cleared);
     QCOMPARE(QFile::exists(target), written);
     if (written) {
-        GraphScene reread;
+        FlowModel reread;
         DocumentData data;
         bool later = false;
         QStringList messages;
         QString error;
         QVERIFY(loadDocument(&reread, target, &data, &later, &messages, &error));
-        QCOMPARE(countOfType(&reread, Node::InputType), 1);
+        QCOMPARE(reread.itemsOfKind(FlowItem::InputKind).size(), 1);
     }
 }
 

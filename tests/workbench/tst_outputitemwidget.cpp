@@ -1,8 +1,8 @@
 #include "testutil.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/outputnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/outputitem.h"
 #include "io/delimitedtext.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
@@ -61,14 +61,14 @@ void TestOutputItemWidget::cleanup()
 void TestOutputItemWidget::delimiterChangeRewritesTheFile()
 {
     const QString path = m_folder.filePath(QStringLiteral("out.csv"));
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris"), QPointF());
-    auto *output = new OutputNode(-1, path);
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name,city\nAnn,Paris"), QPointF());
+    auto *output = new OutputItem(-1, path);
     output->setByteOrderMark(false);
-    output->setPos(300, 0);
-    scene.addNode(output);
-    scene.connectNodes(input, output);
-    scene.process(GraphScene::RunAll);
+    output->setPos(QPointF(300, 0));
+    model.addItem(output);
+    model.connectItems(input, output);
+    model.process(FlowModel::RunAll);
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("name,city\r\nAnn,Paris\r\n"));
@@ -83,7 +83,7 @@ void TestOutputItemWidget::delimiterChangeRewritesTheFile()
     combo->setCurrentIndex(combo->findData(int(DelimiterSemicolon)));
     QCOMPARE(output->delimiter(), int(DelimiterSemicolon));
     pane.delayTimer()->fire();
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("name;city\r\nAnn;Paris\r\n"));
 }
@@ -107,9 +107,9 @@ void TestOutputItemWidget::optionRowsFollowFileType()
     QFETCH(bool, delimiter);
     QFETCH(bool, escape);
     QFETCH(bool, lineEndings);
-    GraphScene scene;
-    auto *output = new OutputNode;
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem;
+    model.addItem(output);
     OutputItemWidget page(output);
     page.show();
     page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(type));
@@ -124,10 +124,10 @@ void TestOutputItemWidget::optionRowsFollowFileType()
 
 void TestOutputItemWidget::blockedExtensionIsRefused()
 {
-    GraphScene scene;
+    FlowModel model;
     const QString before = m_folder.filePath(QStringLiteral("out.csv"));
-    auto *output = new OutputNode(-1, before);
-    scene.addNode(output);
+    auto *output = new OutputItem(-1, before);
+    model.addItem(output);
     OutputItemWidget page(output);
     page.show();
     const QString blocked = m_folder.filePath(QStringLiteral("run.exe"));
@@ -165,9 +165,9 @@ void TestOutputItemWidget::pathOffersItsType()
     QFETCH(QStringList, questions);
     QFETCH(int, expectedType);
     m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
-    GraphScene scene;
-    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    model.addItem(output);
     OutputItemWidget page(output);
     page.choosePath(m_folder.filePath(name));
     QCOMPARE(m_boxes->texts, questions);
@@ -189,9 +189,9 @@ void TestOutputItemWidget::typeOffersItsExtension()
     QFETCH(bool, answer);
     QFETCH(QString, expectedName);
     m_boxes->answer = answer ? QMessageBox::Yes : QMessageBox::No;
-    GraphScene scene;
-    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    model.addItem(output);
     OutputItemWidget page(output);
     page.show();
     page.typeCombo()->setCurrentIndex(page.typeCombo()->findData(int(FileTypeMarkdown)));
@@ -203,24 +203,24 @@ void TestOutputItemWidget::typeOffersItsExtension()
 
 void TestOutputItemWidget::disabledModeStandsOut()
 {
-    GraphScene scene;
-    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    model.addItem(output);
     OutputItemWidget page(output);
     WriteModeComboBox *mode = page.writeModeCombo();
     QCOMPARE(mode->currentText(), QStringLiteral("Overwrite"));
     QVERIFY(mode->styleSheet().isEmpty());
     mode->setCurrentIndex(0);
-    QCOMPARE(output->writeMode(), int(OutputNode::Disabled));
+    QCOMPARE(output->writeMode(), int(OutputItem::Disabled));
     QCOMPARE(mode->styleSheet(), QStringLiteral("QComboBox{ color: #fc3300; }"));
     QVERIFY(mode->toolTip().startsWith(QStringLiteral("Disabled=Do not write to this file.\n")));
 }
 
 void TestOutputItemWidget::headerOnlyIfEmptyFollowsHeader()
 {
-    GraphScene scene;
-    auto *output = new OutputNode(-1, m_folder.filePath(QStringLiteral("a.csv")));
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem(-1, m_folder.filePath(QStringLiteral("a.csv")));
+    model.addItem(output);
     OutputItemWidget page(output);
     page.show();
     WriteHeaderWidget *header = page.writeHeaderWidget();
@@ -249,9 +249,9 @@ static QList<QWidget *> formFields(const QFormLayout *form)
 
 void TestOutputItemWidget::rowsLeaveTheFormAndComeBackInPlace()
 {
-    GraphScene scene;
-    auto *output = new OutputNode;
-    scene.addNode(output);
+    FlowModel model;
+    auto *output = new OutputItem;
+    model.addItem(output);
     OutputItemWidget page(output);
     page.show();
     auto *form = page.optionsArea()->findChild<QFormLayout *>();

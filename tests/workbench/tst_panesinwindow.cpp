@@ -1,9 +1,10 @@
 #include "testutil.h"
 
-#include "graph/document.h"
+#include "flow/document.h"
+#include "flow/flowmodel.h"
+#include "flow/transformitem.h"
 #include "graph/graphscene.h"
 #include "graph/node.h"
-#include "graph/transformnode.h"
 #include "inspection/datapage.h"
 #include "inspection/datatableview.h"
 #include "shell/delaytimer.h"
@@ -133,7 +134,7 @@ Node *TestPanesInWindow::addSalesInput()
     if (inputs.size() != 1)
         return nullptr;
     Node *input = inputs.first();
-    if (input->status() != Node::UpToDate)
+    if (input->item()->status() != FlowItem::UpToDate)
         return nullptr;
     selectOnly({input});
     return input;
@@ -197,15 +198,15 @@ void TestPanesInWindow::keywordThenClickAddsAConnectedTransform()
 {
     Node *input = addSalesInput();
     QVERIFY(input);
-    QCOMPARE(m_window->itemPane()->currentWidget()->node(), input);
+    QCOMPARE(m_window->itemPane()->currentWidget()->item(), input->item());
 
     TransformNode *node = addByKeyword(QStringLiteral("case"), QStringLiteral("Case"));
     QVERIFY(node);
-    QCOMPARE(node->upstream(), QList<Node *> {input});
+    QCOMPARE(node->item()->upstream(), QList<FlowItem *> {input->item()});
     QCOMPARE(m_window->graphScene()->selectedItems().size(), 1);
     QVERIFY(node->isSelected());
     QVERIFY(page());
-    QCOMPARE(page()->node(), node);
+    QCOMPARE(page()->item(), node->item());
     ParameterWidget *caseWidget = page()->parameterWidget(QStringLiteral("Case"));
     QVERIFY(caseWidget);
     QVERIFY(caseWidget->widget()->isVisible());
@@ -219,7 +220,7 @@ void TestPanesInWindow::optionChangeRunsAfterThePause()
     QVERIFY(addSalesInput());
     TransformNode *node = addByKeyword(QStringLiteral("case"), QStringLiteral("Case"));
     QVERIFY(node);
-    QTRY_COMPARE(node->status(), int(Node::UpToDate));
+    QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
 
     auto *columns = dynamic_cast<MultipleColumnsParameterWidget *>(
         page()->parameterWidget(QStringLiteral("Columns")));
@@ -229,7 +230,7 @@ void TestPanesInWindow::optionChangeRunsAfterThePause()
     auto *caseWidget
         = dynamic_cast<SelectionParameterWidget *>(page()->parameterWidget(QStringLiteral("Case")));
     QVERIFY(caseWidget && caseWidget->comboBox());
-    QTRY_COMPARE(node->status(), int(Node::UpToDate));
+    QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
     QCOMPARE(shownCell(0, 0), QStringLiteral("ann"));
 
     const int upper = caseWidget->comboBox()->findText(QStringLiteral("Upper case"));
@@ -245,7 +246,7 @@ void TestPanesInWindow::optionChangeRunsAfterThePause()
     m_window->itemPane()->delayTimer()->fire();
     QCOMPARE(shownCell(0, 0), QStringLiteral("ANN"));
     QCOMPARE(shownCell(1, 1), QStringLiteral("ROME"));
-    QCOMPARE(node->status(), int(Node::UpToDate));
+    QCOMPARE(node->item()->status(), int(FlowItem::UpToDate));
     QCOMPARE(page()->statusLabel()->text(), node->transform()->result());
 }
 
@@ -255,7 +256,7 @@ void TestPanesInWindow::typingWithoutAPauseRunsOnce()
     QVERIFY(addSalesInput());
     TransformNode *node = addByKeyword(QStringLiteral("new"), QStringLiteral("New_Col"));
     QVERIFY(node);
-    QTRY_COMPARE(node->status(), int(Node::UpToDate));
+    QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
     ParameterWidget *value = page()->parameterWidget(QStringLiteral("New_Value"));
     QVERIFY(value);
     int runs = 0;
@@ -284,7 +285,7 @@ void TestPanesInWindow::selectingTwoItemsSendsTheWaitingEdit()
     QVERIFY(input);
     TransformNode *node = addByKeyword(QStringLiteral("new"), QStringLiteral("New_Col"));
     QVERIFY(node);
-    QTRY_COMPARE(node->status(), int(Node::UpToDate));
+    QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
     ParameterWidget *value = page()->parameterWidget(QStringLiteral("New_Value"));
     QVERIFY(value);
     QTest::keyClicks(value->widget(), QStringLiteral("kept"));
@@ -294,8 +295,8 @@ void TestPanesInWindow::selectingTwoItemsSendsTheWaitingEdit()
     QVERIFY(!m_window->itemPane()->currentWidget());
     QCOMPARE(node->transform()->parameter(QStringLiteral("New_Value"))->value().toString(),
              QStringLiteral("kept"));
-    QTRY_COMPARE(node->status(), int(Node::UpToDate));
-    QCOMPARE(node->dataset()->cell(2, 3), QStringLiteral("kept"));
+    QTRY_COMPARE(node->item()->status(), int(FlowItem::UpToDate));
+    QCOMPARE(node->item()->dataset()->cell(2, 3), QStringLiteral("kept"));
 }
 
 void TestPanesInWindow::dataPageShowsSumsAndCopies()

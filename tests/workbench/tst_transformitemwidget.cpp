@@ -1,9 +1,9 @@
 #include "shell/appearancesettings.h"
 #include "testutil.h"
 
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/transformnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/transformitem.h"
 #include "inspection/datapage.h"
 #include "inspection/datatablemodel.h"
 #include "inspection/datatableview.h"
@@ -35,7 +35,8 @@ public:
         static const TransformDescriptor descriptor = [] {
             TransformDescriptor d = TransformCase().descriptor();
             d.maximumInputs = 2;
-            d.flags |= TransformDescriptor::HasKeyColumns | TransformDescriptor::HasDuplicateOptions;
+            d.flags
+                |= TransformDescriptor::HasKeyColumns | TransformDescriptor::HasDuplicateOptions;
             d.create = createTransform<ExploringCase>;
             return d;
         }();
@@ -43,13 +44,13 @@ public:
     }
 };
 
-// Runs the scene with every column of the input chosen, which the input knows only once read.
-static void runOnAllColumns(GraphScene &scene, TransformNode *node)
+// Runs the model with every column of the input chosen, which the input knows only once read.
+static void runOnAllColumns(FlowModel &model, TransformItem *node)
 {
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     node->transform()->parameter(QStringLiteral("Columns"))->selectAllColumns();
-    node->setStatus(Node::NeedsUpdate, true);
-    scene.process(GraphScene::RunAll);
+    node->setStatus(FlowItem::NeedsUpdate, true);
+    model.process(FlowModel::RunAll);
 }
 
 class TestTransformItemWidget : public QObject
@@ -89,9 +90,9 @@ void TestTransformItemWidget::cleanup()
 
 void TestTransformItemWidget::optionsAreLaidOutInOrder()
 {
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
-    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name\nAnn"), QPointF());
+    TransformItem *node = addTransform(model, new TransformCase, {input}, QPointF(300, 0));
     TransformItemWidget page(node);
     const QList<Parameter *> parameters = node->transform()->parameters();
     QCOMPARE(page.parameterWidgets().size(), parameters.size());
@@ -131,9 +132,9 @@ void TestTransformItemWidget::parameterStatesEnableOptions()
 {
     QFETCH(int, steps);
     QFETCH(bool, keepUpperEnabled);
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
-    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name\nAnn"), QPointF());
+    TransformItem *node = addTransform(model, new TransformCase, {input}, QPointF(300, 0));
     TransformItemWidget page(node);
     page.show();
     auto *caseWidget
@@ -149,13 +150,13 @@ void TestTransformItemWidget::parameterStatesEnableOptions()
 
 void TestTransformItemWidget::exploreButtonsOnlyWhenOffered()
 {
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name\nAnn"), QPointF());
-    TransformNode *plain = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name\nAnn"), QPointF());
+    TransformItem *plain = addTransform(model, new TransformCase, {input}, QPointF(300, 0));
     TransformItemWidget plainPage(plain);
     QVERIFY(!plainPage.exploreKeysButton());
     QVERIFY(!plainPage.exploreDuplicatesButton());
-    TransformNode *exploring = addTransform(scene, new ExploringCase, {input}, QPointF(300, 200));
+    TransformItem *exploring = addTransform(model, new ExploringCase, {input}, QPointF(300, 200));
     TransformItemWidget page(exploring);
     QVERIFY(page.exploreKeysButton());
     QCOMPARE(page.exploreKeysButton()->text(), QStringLiteral("Explore Keys..."));
@@ -188,12 +189,12 @@ void TestTransformItemWidget::exploreMessages()
     QFETCH(QStringList, inputs);
     QFETCH(QString, keys);
     QFETCH(QString, duplicates);
-    GraphScene scene;
-    QList<Node *> nodes;
+    FlowModel model;
+    QList<FlowItem *> nodes;
     for (int i = 0; i < inputs.size(); ++i)
-        nodes.append(addTextInput(scene, inputs.at(i), QPointF(0, 200 * i)));
-    TransformNode *node = addTransform(scene, new ExploringCase, nodes, QPointF(300, 0));
-    scene.process(GraphScene::RunAll);
+        nodes.append(addTextInput(model, inputs.at(i), QPointF(0, 200 * i)));
+    TransformItem *node = addTransform(model, new ExploringCase, nodes, QPointF(300, 0));
+    model.process(FlowModel::RunAll);
     TransformItemWidget page(node);
     page.show();
     QTest::mouseClick(page.exploreKeysButton(), Qt::LeftButton);
@@ -203,11 +204,11 @@ void TestTransformItemWidget::exploreMessages()
 
 void TestTransformItemWidget::editTempWritesTheWholeDataset()
 {
-    GraphScene scene;
-    InputNode *input = addTextInput(
-        scene, QStringLiteral("name,city\nAnn,Paris\nBob,\"Rome, Italy\""), QPointF());
-    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
-    runOnAllColumns(scene, node);
+    FlowModel model;
+    InputItem *input = addTextInput(
+        model, QStringLiteral("name,city\nAnn,Paris\nBob,\"Rome, Italy\""), QPointF());
+    TransformItem *node = addTransform(model, new TransformCase, {input}, QPointF(300, 0));
+    runOnAllColumns(model, node);
     QList<QUrl> opened;
     DesktopHooks::setOpenUrlHandler([&opened](const QUrl &url) {
         opened.append(url);
@@ -258,10 +259,10 @@ void TestTransformItemWidget::exportAsksBeforeReplacing()
     DesktopHooks::setSaveFileHandler(
         [path](QWidget *, const QString &, const QString &, const QString &) { return path; });
 
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, QStringLiteral("name,city\nAnn,Paris"), QPointF());
-    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
-    runOnAllColumns(scene, node);
+    FlowModel model;
+    InputItem *input = addTextInput(model, QStringLiteral("name,city\nAnn,Paris"), QPointF());
+    TransformItem *node = addTransform(model, new TransformCase, {input}, QPointF(300, 0));
+    runOnAllColumns(model, node);
     TransformItemWidget page(node);
     page.show();
     QTest::mouseClick(page.exportButton(), Qt::LeftButton);
@@ -281,12 +282,12 @@ void TestTransformItemWidget::compareChangesHighlightsAndWalks()
     Settings::instance()->setShowChanges(false);
     const QColor changed(0x12, 0x34, 0x56);
     AppearanceSettings().setChangedDataColor(changed);
-    GraphScene scene;
-    InputNode *input
-        = addTextInput(scene, QStringLiteral("name,city\nANN,paris\nbob,ROME\nCY,OSLO"), QPointF());
-    TransformNode *node = addTransform(scene, new TransformCase, {input}, QPointF(300, 0));
+    FlowModel flow;
+    InputItem *input
+        = addTextInput(flow, QStringLiteral("name,city\nANN,paris\nbob,ROME\nCY,OSLO"), QPointF());
+    TransformItem *node = addTransform(flow, new TransformCase, {input}, QPointF(300, 0));
     node->transform()->parameter(QStringLiteral("Case"))->setValue(QStringLiteral("Upper case"));
-    runOnAllColumns(scene, node);
+    runOnAllColumns(flow, node);
     QCOMPARE(node->dataset()->cell(0, 1), QStringLiteral("PARIS"));
 
     TransformItemWidget page(node);

@@ -1,4 +1,4 @@
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "testutil.h"
 #include "transforms/framework/columnwidgets.h"
 #include "transforms/framework/comparisonoperator.h"
@@ -67,13 +67,13 @@ private slots:
 
 private:
     ColumnId id(int c) const { return m_node->dataset()->columnId(c); }
-    std::unique_ptr<Node> m_node;
+    std::unique_ptr<FlowItem> m_node;
     std::unique_ptr<QWidget> m_window;
 };
 
 void TestColumnWidgets::init()
 {
-    m_node.reset(makeDataNode(makeDataset({{"Name", "Age", "City", "Zip"},
+    m_node.reset(makeDataItem(makeDataset({{"Name", "Age", "City", "Zip"},
                                            {"Ann", "31", "Oslo", "0150"},
                                            {"Bob", "42", "Rome", "00100"}})));
     m_window = std::make_unique<QWidget>();

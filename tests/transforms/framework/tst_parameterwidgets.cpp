@@ -1,5 +1,5 @@
+#include "flow/flowitem.h"
 #include "graph/graphscene.h"
-#include "graph/node.h"
 #include "graph/undo.h"
 #include "testutil.h"
 #include "transforms/framework/columnwidgets.h"
@@ -203,7 +203,7 @@ void TestParameterWidgets::everyKindHasItsWidget()
     QFETCH(int, layout);
     QFETCH(bool, columnRelated);
 
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{"A", "B"}, {"1", "2"}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{"A", "B"}, {"1", "2"}})));
     const auto type = static_cast<ParameterType>(kind);
     QCOMPARE(Parameter::isColumnRelatedType(type), columnRelated);
     std::unique_ptr<Parameter> p(
@@ -455,7 +455,7 @@ void TestParameterWidgets::pendingTextIsResolvedBeforeShowing()
 
 void TestParameterWidgets::scriptInsertsColumnVariable()
 {
-    std::unique_ptr<Node> node(makeDataNode(makeDataset({{"Name", "Total Cost"}, {"a", "1"}})));
+    std::unique_ptr<FlowItem> node(makeDataItem(makeDataset({{"Name", "Total Cost"}, {"a", "1"}})));
     Parameter p(ParameterType::Script, QStringLiteral("Script"), QStringLiteral("Script"),
                 node.get());
     p.setValue(QStringLiteral("return ;"));

@@ -1,4 +1,4 @@
-#include "graph/node.h"
+#include "flow/flowitem.h"
 #include "testutil.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameterwidget.h"
@@ -67,13 +67,13 @@ private:
         m_window->layout()->activate();
         return w;
     }
-    std::unique_ptr<Node> m_node;
+    std::unique_ptr<FlowItem> m_node;
     std::unique_ptr<QWidget> m_window;
 };
 
 void TestTableWidgets::init()
 {
-    m_node.reset(makeDataNode(
+    m_node.reset(makeDataItem(
         makeDataset({{"Name", "Age", "City"}, {"Ann", "31", "Oslo"}, {"Bob", "42", "Rome"}})));
     m_window = std::make_unique<QWidget>();
     new QVBoxLayout(m_window.get());

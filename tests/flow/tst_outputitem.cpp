@@ -1,11 +1,10 @@
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/outputnode.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/outputitem.h"
 #include "io/delimitedtext.h"
 #include "shell/settings.h"
-#include "testutil.h"
+#include "testdata.h"
 
-#include <QApplication>
 #include <QDomDocument>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -39,7 +38,7 @@ QMap<QString, QString> attributesOf(const QDomElement &element)
 } // namespace
 
 // Outputs in small graphs, run by the engine, with the files they write compared byte for byte.
-class TestOutputNode : public QObject
+class TestOutputItem : public QObject
 {
     Q_OBJECT
 
@@ -73,56 +72,56 @@ private slots:
 private:
     QString pathOf(const QString &name) const { return m_dir->filePath(name); }
     // An input over csv and an output to path, connected.
-    OutputNode *addOutput(const QString &csv, const QString &path);
+    OutputItem *addOutput(const QString &csv, const QString &path);
 
     QTemporaryDir *m_dir = nullptr;
-    GraphScene *m_scene = nullptr;
+    FlowModel *m_model = nullptr;
 };
 
-void TestOutputNode::init()
+void TestOutputItem::init()
 {
     m_dir = new QTemporaryDir;
     QVERIFY(m_dir->isValid());
-    m_scene = new GraphScene;
-    OutputNode::setInteractive(false);
-    OutputNode::setConfirmHandler(nullptr);
+    m_model = new FlowModel;
+    OutputItem::setInteractive(false);
+    OutputItem::setConfirmHandler(nullptr);
 }
 
-void TestOutputNode::cleanup()
+void TestOutputItem::cleanup()
 {
-    delete m_scene;
+    delete m_model;
     delete m_dir;
-    OutputNode::setInteractive(true);
-    OutputNode::setConfirmHandler(nullptr);
+    OutputItem::setInteractive(true);
+    OutputItem::setConfirmHandler(nullptr);
 }
 
-OutputNode *TestOutputNode::addOutput(const QString &csv, const QString &path)
+OutputItem *TestOutputItem::addOutput(const QString &csv, const QString &path)
 {
-    InputNode *input = addTextInput(*m_scene, csv, {0, 0});
-    auto *output = new OutputNode(-1, path);
-    output->setPos(200, 0);
-    m_scene->addNode(output);
-    m_scene->connectNodes(input, output);
+    InputItem *input = addTextInput(*m_model, csv, {0, 0});
+    auto *output = new OutputItem(-1, path);
+    output->setPos(QPointF(200, 0));
+    m_model->addItem(output);
+    m_model->connectItems(input, output);
     return output;
 }
 
-void TestOutputNode::writesOneFile()
+void TestOutputItem::writesOneFile()
 {
     const QString path = pathOf("people.csv");
-    OutputNode *output = addOutput("name,city\nAnn,Oslo\nBo,\"Rome, IT\"\n", path);
-    m_scene->process(GraphScene::RunAll);
+    OutputItem *output = addOutput("name,city\nAnn,Oslo\nBo,\"Rome, IT\"\n", path);
+    m_model->process(FlowModel::RunAll);
 
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(readAll(path), Bom + "name,city\r\nAnn,Oslo\r\nBo,\"Rome, IT\"\r\n");
     QCOMPARE(output->warnings(), QStringList());
     QCOMPARE(output->info(), QStringList {LineEndingsInfo});
     QCOMPARE(output->writeStatusText(), QStringLiteral("Written"));
     QCOMPARE(output->pathWithoutSheetVarsReplaced(), path);
     QCOMPARE(output->rowCount(), 2);
-    QCOMPARE(output->dataset()->columnId(0), ColumnId(m_scene->nodes().first()->id(), 1));
+    QCOMPARE(output->dataset()->columnId(0), ColumnId(m_model->items().first()->id(), 1));
 }
 
-void TestOutputNode::extensionDefaults_data()
+void TestOutputItem::extensionDefaults_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("fileType");
@@ -143,34 +142,34 @@ void TestOutputNode::extensionDefaults_data()
                               << int(OutputQuotingAsNeeded) << true;
 }
 
-void TestOutputNode::extensionDefaults()
+void TestOutputItem::extensionDefaults()
 {
     QFETCH(QString, name);
-    const OutputNode output(-1, "/out/" + name);
+    const OutputItem output(-1, "/out/" + name);
     QTEST(output.fileType(), "fileType");
     QTEST(output.delimiter(), "delimiter");
     QTEST(output.quoting(), "quoting");
     QTEST(output.byteOrderMark(), "bom");
 }
 
-void TestOutputNode::disabledWritesNothing()
+void TestOutputItem::disabledWritesNothing()
 {
     const QString path = pathOf("off.csv");
-    OutputNode *output = addOutput("a\n1\n", path);
+    OutputItem *output = addOutput("a\n1\n", path);
     output->setWriteMode(WriteDisabled);
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(output->info(), QStringList {"Write mode='Disabled'"});
     QVERIFY(!QFile::exists(path));
     QVERIFY(!output->outputEnabled());
 }
 
-void TestOutputNode::blockedExtension()
+void TestOutputItem::blockedExtension()
 {
     const QString path = pathOf("tool.exe");
-    OutputNode *output = addOutput("a\n1\n", path);
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::Error));
+    OutputItem *output = addOutput("a\n1\n", path);
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::Error));
     QCOMPARE(output->warnings(),
              QStringList {"The extension for this file is blocked in 'Preferences>Output "
                           "Extensions':\n"
@@ -179,7 +178,7 @@ void TestOutputNode::blockedExtension()
     QCOMPARE(output->writeStatusText(), QStringLiteral("Error writing"));
 }
 
-void TestOutputNode::newModeKeepsAnExistingFile()
+void TestOutputItem::newModeKeepsAnExistingFile()
 {
     const QString path = pathOf("kept.csv");
     {
@@ -187,45 +186,45 @@ void TestOutputNode::newModeKeepsAnExistingFile()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("precious");
     }
-    OutputNode *output = addOutput("a\n1\n", path);
+    OutputItem *output = addOutput("a\n1\n", path);
     output->setWriteMode(WriteNew);
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(output->warnings(),
              QStringList {"Write mode='New' and '" + path + "' already exists"});
     QCOMPARE(readAll(path), QByteArray("precious"));
 }
 
-void TestOutputNode::appendWritesTheHeaderOnce()
+void TestOutputItem::appendWritesTheHeaderOnce()
 {
     const QString path = pathOf("log.csv");
-    OutputNode *output = addOutput("a,b\n1,2\n", path);
+    OutputItem *output = addOutput("a,b\n1,2\n", path);
     output->setWriteMode(WriteAppend);
     output->setLineEndings(LineEndingUnix);
-    m_scene->process(GraphScene::RunAll);
-    m_scene->process(GraphScene::RunAll);
+    m_model->process(FlowModel::RunAll);
+    m_model->process(FlowModel::RunAll);
     QCOMPARE(readAll(path), Bom + "a,b\n1,2\n1,2\n");
     QCOMPARE(output->info(), QStringList());
 }
 
-void TestOutputNode::typeWithoutWriterFails()
+void TestOutputItem::typeWithoutWriterFails()
 {
     const QString path = pathOf("book.xlsx");
-    OutputNode *output = addOutput("a\n1\n", path);
+    OutputItem *output = addOutput("a\n1\n", path);
     QCOMPARE(output->fileType(), int(FileTypeXlsx));
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::Error));
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::Error));
     QCOMPARE(output->warnings(), QStringList {"Writing Excel XLSX files is not available yet."});
     // Excel files have no line endings to tell about.
     QCOMPARE(output->info(), QStringList());
     QVERIFY(!QFile::exists(path));
 }
 
-void TestOutputNode::fileCommentVariables()
+void TestOutputItem::fileCommentVariables()
 {
     const QString path = pathOf("table.md");
-    OutputNode *output = addOutput("a\n1\n", path);
-    m_scene->process(GraphScene::RunAll);
+    OutputItem *output = addOutput("a\n1\n", path);
+    m_model->process(FlowModel::RunAll);
     const QByteArray bytes = readAll(path);
     QVERIFY(bytes.startsWith(Bom));
     const QString text = QString::fromUtf8(bytes.mid(Bom.size()));
@@ -235,11 +234,11 @@ void TestOutputNode::fileCommentVariables()
     QVERIFY2(expected.match(text).hasMatch(), qPrintable(text));
 
     output->setFileComment("{nothing}");
-    m_scene->process(GraphScene::RunChanges);
+    m_model->process(FlowModel::RunChanges);
     QVERIFY(readAll(path).startsWith(Bom + "<!--{nothing}-->\r\n"));
 }
 
-void TestOutputNode::pathVariablesComeFromInputs()
+void TestOutputItem::pathVariablesComeFromInputs()
 {
     const QString source = pathOf("sales.csv");
     {
@@ -247,36 +246,36 @@ void TestOutputNode::pathVariablesComeFromInputs()
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("a\n1\n");
     }
-    auto *input = new InputNode;
+    auto *input = new InputItem;
     input->setPath(source);
     input->setAlias("sales");
-    m_scene->addNode(input);
-    auto *output = new OutputNode(-1, pathOf("{sales.fname}_{unknown}.{sales.ext}"));
-    output->setPos(200, 0);
-    m_scene->addNode(output);
-    m_scene->connectNodes(input, output);
-    m_scene->process(GraphScene::RunAll);
+    m_model->addItem(input);
+    auto *output = new OutputItem(-1, pathOf("{sales.fname}_{unknown}.{sales.ext}"));
+    output->setPos(QPointF(200, 0));
+    m_model->addItem(output);
+    m_model->connectItems(input, output);
+    m_model->process(FlowModel::RunAll);
 
     const QString expected = pathOf("sales_{unknown}.csv");
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(readAll(expected), Bom + "a\r\n1\r\n");
     QCOMPARE(output->pathWithoutSheetVarsReplaced(), expected);
     QCOMPARE(output->expandPathVariables("{sales}", "{sales.sheet}x"),
              qMakePair(QStringLiteral("sales"), QStringLiteral("x")));
 }
 
-void TestOutputNode::multipleFiles()
+void TestOutputItem::multipleFiles()
 {
-    m_scene->setDocumentPath(pathOf("doc.tabulon"));
-    OutputNode *output = addOutput("v,file\n1,A.csv\n2,B.csv\n3, A.csv \n4,\n5,sub/\n"
+    m_model->setDocumentPath(pathOf("doc.tabulon"));
+    OutputItem *output = addOutput("v,file\n1,A.csv\n2,B.csv\n3, A.csv \n4,\n5,sub/\n"
                                    "6,missing/x.csv\n7,bad.exe\n8,{transformfname}.csv\n",
                                    QString());
-    output->setSingleOrMulti(OutputNode::MultipleFiles);
+    output->setSingleOrMulti(OutputItem::MultipleFiles);
     output->setMultiFileColumnNumber(2);
     output->setLineEndings(LineEndingUnix);
-    m_scene->process(GraphScene::RunAll);
+    m_model->process(FlowModel::RunAll);
 
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(readAll(pathOf("A.csv")), Bom + "v\n1\n3\n");
     QCOMPARE(readAll(pathOf("B.csv")), Bom + "v\n2\n");
     QCOMPARE(readAll(pathOf("doc.csv")), Bom + "v\n8\n");
@@ -292,39 +291,39 @@ void TestOutputNode::multipleFiles()
     QCOMPARE(output->multiFileColumnNumber(), 2);
 }
 
-void TestOutputNode::multipleFilesRelativeWithoutDocument()
+void TestOutputItem::multipleFilesRelativeWithoutDocument()
 {
-    OutputNode *output = addOutput("file\nA.csv\n", QString());
-    output->setSingleOrMulti(OutputNode::MultipleFiles);
+    OutputItem *output = addOutput("file\nA.csv\n", QString());
+    output->setSingleOrMulti(OutputItem::MultipleFiles);
     output->setMultiFileColumnNumber(1);
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(output->warnings(),
              (QStringList {"Relative file path for 'A.csv' at row 1, but .tabulon not saved for it "
                            "to be relative to.",
                            "0 files written"}));
 }
 
-void TestOutputNode::multipleFilesWithoutColumn()
+void TestOutputItem::multipleFilesWithoutColumn()
 {
-    OutputNode *output = addOutput("file\nA.csv\n", QString());
-    output->setSingleOrMulti(OutputNode::MultipleFiles);
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::Error));
+    OutputItem *output = addOutput("file\nA.csv\n", QString());
+    output->setSingleOrMulti(OutputItem::MultipleFiles);
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::Error));
     QCOMPARE(output->warnings(), QStringList {"No column set for 'Files column'.\n"});
     QCOMPARE(output->writeStatusText(), QStringLiteral("Not written"));
     QCOMPARE(output->statusLine(), QStringLiteral("Not written"));
 }
 
-void TestOutputNode::multipleFilesWarningsAreCapped()
+void TestOutputItem::multipleFilesWarningsAreCapped()
 {
     QString csv = "file,v\n";
     for (int i = 0; i < 1500; ++i)
         csv += ",x\n";
-    OutputNode *output = addOutput(csv, QString());
-    output->setSingleOrMulti(OutputNode::MultipleFiles);
+    OutputItem *output = addOutput(csv, QString());
+    output->setSingleOrMulti(OutputItem::MultipleFiles);
     output->setMultiFileColumnNumber(1);
-    m_scene->process(GraphScene::RunAll);
+    m_model->process(FlowModel::RunAll);
     const QStringList warnings = output->warnings();
     QCOMPARE(warnings.size(), 1002);
     QCOMPARE(warnings.at(999), QStringLiteral("Empty value for row 1000"));
@@ -332,65 +331,73 @@ void TestOutputNode::multipleFilesWarningsAreCapped()
     QCOMPARE(warnings.at(1001), QStringLiteral("0 files written"));
 }
 
-void TestOutputNode::multipleFilesConfirmation()
+void TestOutputItem::multipleFilesConfirmation()
 {
-    m_scene->setDocumentPath(pathOf("doc.tabulon"));
+    m_model->setDocumentPath(pathOf("doc.tabulon"));
     {
         QFile file(pathOf("A.csv"));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("old");
     }
-    OutputNode *output = addOutput("file,v\nA.csv,1\nB.csv,2\n", QString());
-    output->setSingleOrMulti(OutputNode::MultipleFiles);
+    OutputItem *output = addOutput("file,v\nA.csv,1\nB.csv,2\n", QString());
+    output->setSingleOrMulti(OutputItem::MultipleFiles);
     output->setMultiFileColumnNumber(1);
     QStringList asked;
-    OutputNode::setConfirmHandler([&asked](const QString &title, const QString &text) {
+    OutputItem::setConfirmHandler([&asked](const QString &title, const QString &text) {
         asked << title << text;
         return false;
     });
 
     // On the command line nobody is asked and the files are written.
-    m_scene->process(GraphScene::RunAll);
+    m_model->process(FlowModel::RunAll);
     QCOMPARE(asked, QStringList());
     QCOMPARE(readAll(pathOf("B.csv")), Bom + "v\r\n2\r\n");
     QVERIFY(QFile::remove(pathOf("B.csv")));
 
-    OutputNode::setInteractive(true);
-    m_scene->process(GraphScene::RunAll);
+    OutputItem::setInteractive(true);
+    m_model->process(FlowModel::RunAll);
     QCOMPARE(asked,
              (QStringList {"Multi file output",
                            "1 existing file(s) to be overwritten:\n" + pathOf("A.csv") + "\n"
                                + "1 new file(s) to be created:\n" + pathOf("B.csv") + "\n"
                                + "2 file(s) will be written"}));
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     QCOMPARE(output->warnings(), QStringList {"Output cancelled by user"});
     QVERIFY(!QFile::exists(pathOf("B.csv")));
 
     asked.clear();
     output->setWriteMode(WriteNew);
-    m_scene->process(GraphScene::RunAll);
+    m_model->process(FlowModel::RunAll);
     QCOMPARE(asked.value(1),
              "1 existing file(s) will not be overwritten:\n" + pathOf("A.csv")
                  + "\n1 new file(s) to be created:\n" + pathOf("B.csv") + "\n"
                  + "1 file(s) will be written");
+
+    // Asked with nobody to answer, the question takes its default: go ahead.
+    OutputItem::setConfirmHandler(nullptr);
+    output->setWriteMode(WriteOverwrite);
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->warnings(), QStringList());
+    QCOMPARE(readAll(pathOf("A.csv")), Bom + "v\r\n1\r\n");
+    QCOMPARE(readAll(pathOf("B.csv")), Bom + "v\r\n2\r\n");
 }
 
-void TestOutputNode::settersMarkTheItem()
+void TestOutputItem::settersMarkTheItem()
 {
-    OutputNode *output = addOutput("a\n1\n", pathOf("m.csv"));
-    m_scene->process(GraphScene::RunAll);
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    OutputItem *output = addOutput("a\n1\n", pathOf("m.csv"));
+    m_model->process(FlowModel::RunAll);
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     output->setQuoting(output->quoting());
-    QCOMPARE(output->status(), int(Node::UpToDate));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
     output->setQuoting(OutputQuotingAlways);
-    QCOMPARE(output->status(), int(Node::NeedsUpdate));
-    m_scene->process(GraphScene::RunChanges);
+    QCOMPARE(output->status(), int(FlowItem::NeedsUpdate));
+    m_model->process(FlowModel::RunChanges);
     QCOMPARE(readAll(pathOf("m.csv")), Bom + "\"a\"\r\n\"1\"\r\n");
     output->setPath(pathOf("n.csv"));
-    QCOMPARE(output->status(), int(Node::NeedsUpdate));
+    QCOMPARE(output->status(), int(FlowItem::NeedsUpdate));
 }
 
-void TestOutputNode::labels_data()
+void TestOutputItem::labels_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QString>("sheet");
@@ -408,21 +415,21 @@ void TestOutputNode::labels_data()
                              << "" << true << "Output.csv";
 }
 
-void TestOutputNode::labels()
+void TestOutputItem::labels()
 {
     QFETCH(QString, path);
     QFETCH(QString, sheet);
     QFETCH(bool, preview);
-    OutputNode output(-1, path);
+    OutputItem output(-1, path);
     output.setWorksheet(sheet);
     output.setPreview(preview);
     QTEST(output.label(), "label");
     QCOMPARE(output.displayName(), output.label());
 }
 
-void TestOutputNode::details()
+void TestOutputItem::details()
 {
-    OutputNode output(-1, "/data/out.csv");
+    OutputItem output(-1, "/data/out.csv");
     output.setAlias("result");
     QCOMPARE(output.optionsList(),
              (Pairs {{"File", "/data/out.csv"},
@@ -436,7 +443,7 @@ void TestOutputNode::details()
                      {"Write header", "Yes"},
                      {"Write mode", "Overwrite"}}));
 
-    OutputNode html(-1, "/data/out.html");
+    OutputItem html(-1, "/data/out.html");
     html.setWriteMode(WriteAppend);
     html.setEncoding("ISO-8859-1");
     QCOMPARE(html.optionsList(),
@@ -449,14 +456,14 @@ void TestOutputNode::details()
                      {"Write mode", "Append"}}));
 }
 
-void TestOutputNode::documentRoundTrip()
+void TestOutputItem::documentRoundTrip()
 {
     const QString folder = m_dir->path();
-    OutputNode original(7, pathOf("sub/out.tsv"));
+    OutputItem original(7, pathOf("sub/out.tsv"));
     original.setAlias("  result ");
     original.setComment("line one\nline \"two\" \u00E9");
-    original.setPos(12.5, -3);
-    original.setSingleOrMulti(OutputNode::MultipleFiles);
+    original.setPos(QPointF(12.5, -3));
+    original.setSingleOrMulti(OutputItem::MultipleFiles);
     original.setMultiFileColumnNumber(3);
     original.setMultiFileConfirm(false);
     original.setWorksheet("S{day}");
@@ -470,7 +477,7 @@ void TestOutputNode::documentRoundTrip()
     original.setExcelManualColFormats({1, 0, 3});
     original.setExcelUseStyleTemplate(true);
     original.setExcelStyleTemplatePath("/elsewhere/style.xlsx");
-    original.setOverwriteSheet(OutputNode::OverwriteWholeFile);
+    original.setOverwriteSheet(OutputItem::OverwriteWholeFile);
     original.setJsonTypes(1);
     original.setJsonManualColTypes({2, 2});
     original.setXmlAboveRoot("<?pi?>");
@@ -495,7 +502,7 @@ void TestOutputNode::documentRoundTrip()
     QCOMPARE(attributes.value("enable_output"), QStringLiteral("2"));
     QVERIFY(!attributes.contains("file_comment"));
 
-    OutputNode copy(7);
+    OutputItem copy(7);
     copy.readAttributes(element, 81, folder);
     QCOMPARE(copy.path(), pathOf("sub/out.tsv"));
     QCOMPARE(copy.alias(), QStringLiteral("result"));
@@ -507,18 +514,18 @@ void TestOutputNode::documentRoundTrip()
     // it was written.
     QDomElement elsewhere = document.createElement("output");
     original.writeAttributes(elsewhere, "/somewhere/else");
-    OutputNode moved(7);
+    OutputItem moved(7);
     moved.readAttributes(elsewhere, 81, "/somewhere/else");
     QCOMPARE(moved.path(), pathOf("sub/out.tsv"));
     QDomElement variable = document.createElement("output");
-    OutputNode led(8, "{in.folder}/x.csv");
+    OutputItem led(8, "{in.folder}/x.csv");
     led.writeAttributes(variable, folder);
-    OutputNode readBack(8);
+    OutputItem readBack(8);
     readBack.readAttributes(variable, 81, folder);
     QCOMPARE(readBack.path(), QStringLiteral("{in.folder}/x.csv"));
 }
 
-void TestOutputNode::fileCommentOfOlderDocuments_data()
+void TestOutputItem::fileCommentOfOlderDocuments_data()
 {
     QTest::addColumn<int>("version");
     QTest::addColumn<QString>("stored");
@@ -530,7 +537,7 @@ void TestOutputNode::fileCommentOfOlderDocuments_data()
                                 << "mine";
 }
 
-void TestOutputNode::fileCommentOfOlderDocuments()
+void TestOutputItem::fileCommentOfOlderDocuments()
 {
     QFETCH(int, version);
     QFETCH(QString, stored);
@@ -539,7 +546,7 @@ void TestOutputNode::fileCommentOfOlderDocuments()
     element.setAttribute("path", "%2Fx%2Fout.md");
     if (!stored.isEmpty())
         element.setAttribute("file_comment", stored);
-    OutputNode output(1);
+    OutputItem output(1);
     output.readAttributes(element, version, "/x");
     QTEST(output.fileComment(), "expected");
     // Options left out take what the extension suggests.
@@ -548,9 +555,9 @@ void TestOutputNode::fileCommentOfOlderDocuments()
     QCOMPARE(output.xmlRoot(), QStringLiteral("root"));
 }
 
-void TestOutputNode::cloneKeepsEveryOption()
+void TestOutputItem::cloneKeepsEveryOption()
 {
-    OutputNode original(4, "/data/out.txt");
+    OutputItem original(4, "/data/out.txt");
     original.setAlias("a");
     original.setWorksheet("w");
     original.setEncoding("ISO-8859-1");
@@ -560,8 +567,8 @@ void TestOutputNode::cloneKeepsEveryOption()
     original.setLineEndings(LineEndingOldMac);
     original.setExcelManualColFormats({5});
     original.setFileComment("c");
-    QScopedPointer<Node> copy(original.clone());
-    auto *output = qobject_cast<OutputNode *>(copy.data());
+    QScopedPointer<FlowItem> copy(original.clone());
+    auto *output = qobject_cast<OutputItem *>(copy.data());
     QVERIFY(output);
     QCOMPARE(output->id(), 4);
     QCOMPARE(output->stateList(), original.stateList());
@@ -574,5 +581,5 @@ void TestOutputNode::cloneKeepsEveryOption()
     QCOMPARE(attributesOf(b), attributesOf(a));
 }
 
-TABULON_TEST_MAIN(TestOutputNode)
-#include "tst_outputnode.moc"
+QTEST_GUILESS_MAIN(TestOutputItem)
+#include "tst_outputitem.moc"

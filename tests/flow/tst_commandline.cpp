@@ -1,14 +1,13 @@
-#include "graph/document.h"
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "graph/documentrun.h"
-#include "testutil.h"
-#include "transforms/registry.h"
+#include "flow/document.h"
+#include "flow/documentrun.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
+#include "testdata.h"
 #include "transforms/framework/transform.h"
+#include "transforms/registry.h"
 
-#include <QApplication>
 #include <QBuffer>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -336,15 +335,15 @@ void TestCommandLine::fileArguments()
     QCOMPARE(readAll(m_dir->filePath(output)), readAll(m_dir->filePath(expected)));
 
     // An absolute input path works from anywhere.
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
     bool later = false;
     QString error;
-    QVERIFY(loadDocument(&scene, document, &data, &later, nullptr, &error));
-    QVERIFY(applyFileArguments(scene, {"in=" + m_dir->filePath("other.csv") + "[Sheet 1]"},
+    QVERIFY(loadDocument(&model, document, &data, &later, nullptr, &error));
+    QVERIFY(applyFileArguments(model, {"in=" + m_dir->filePath("other.csv") + "[Sheet 1]"},
                                QStringLiteral("/elsewhere"))
                 .isEmpty());
-    auto *input = qobject_cast<InputNode *>(scene.nodeById(1));
+    auto *input = qobject_cast<InputItem *>(model.itemById(1));
     QCOMPARE(input->path(), m_dir->filePath("other.csv"));
     QCOMPARE(input->worksheet(), QStringLiteral("Sheet 1"));
 }
@@ -371,28 +370,28 @@ void TestCommandLine::failuresAreReportedAndStillExitZero()
     const QString inputPath = m_dir->filePath("absent.csv");
     const QString documentPath = m_dir->filePath("failing.tabulon");
     {
-        GraphScene scene;
-        auto *missing = new InputNode(1);
+        FlowModel model;
+        auto *missing = new InputItem(1);
         missing->setPath(inputPath);
         missing->setAlias(QStringLiteral("absent"));
-        scene.addNode(missing);
-        Node *text = addTextInput(scene, QStringLiteral("a\n1\n"), QPointF(0, 200));
+        model.addItem(missing);
+        FlowItem *text = addTextInput(model, QStringLiteral("a\n1\n"), QPointF(0, 200));
         text->setId(2);
         auto *failing = new FailingTransform;
         failing->createParameters({}, false);
-        auto *transform = new TransformNode(failing, 3);
-        transform->setPos(200, 200);
-        scene.addNode(transform);
-        scene.connectNodes(text, transform);
-        auto *output = new OutputNode(4, m_dir->filePath("never.csv"));
-        scene.addNode(output);
-        scene.connectNodes(missing, output);
-        auto *disabled = new OutputNode(5, m_dir->filePath("disabled.csv"));
-        disabled->setWriteMode(OutputNode::Disabled);
-        scene.addNode(disabled);
-        scene.connectNodes(text, disabled);
+        auto *transform = new TransformItem(failing, 3);
+        transform->setPos(QPointF(200, 200));
+        model.addItem(transform);
+        model.connectItems(text, transform);
+        auto *output = new OutputItem(4, m_dir->filePath("never.csv"));
+        model.addItem(output);
+        model.connectItems(missing, output);
+        auto *disabled = new OutputItem(5, m_dir->filePath("disabled.csv"));
+        disabled->setWriteMode(OutputItem::Disabled);
+        model.addItem(disabled);
+        model.connectItems(text, disabled);
         QString error;
-        QVERIFY2(saveDocument(nullptr, scene, DocumentData(), documentPath, &error),
+        QVERIFY2(saveDocument(nullptr, model, DocumentData(), documentPath, &error),
                  qPrintable(error));
     }
     CapturedLog captured;
@@ -462,5 +461,5 @@ void TestCommandLine::realProgram()
                  readAll(m_dir->filePath("expected_other.csv")));
 }
 
-TABULON_TEST_MAIN(TestCommandLine)
+QTEST_GUILESS_MAIN(TestCommandLine)
 #include "tst_commandline.moc"

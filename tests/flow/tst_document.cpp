@@ -1,18 +1,16 @@
-#include "graph/connection.h"
-#include "graph/document.h"
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/notenode.h"
-#include "graph/outputnode.h"
-#include "graph/transformnode.h"
-#include "testutil.h"
+#include "flow/document.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/noteitem.h"
+#include "flow/outputitem.h"
+#include "flow/transformitem.h"
+#include "testdata.h"
 #include "transforms/framework/parameter.h"
 #include "transforms/framework/parametermigration.h"
 #include "transforms/framework/transform.h"
 #include "transforms/registry.h"
 #include "transforms/transformcase.h"
 
-#include <QApplication>
 #include <QDomDocument>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -63,8 +61,7 @@ protected:
         m_factory = options.m_factory;
         m_migration = options.m_migration;
     }
-    Dataset &process(Dataset &output, const TransformInputs &, const RunContext &,
-                     bool &) override
+    Dataset &process(Dataset &output, const TransformInputs &, const RunContext &, bool &) override
     {
         return output;
     }
@@ -127,14 +124,14 @@ QStringList attributes(const QDomElement &root, const QString &group, const QStr
     return values;
 }
 
-TransformNode *transformById(const GraphScene &scene, int id)
+TransformItem *transformById(const FlowModel &model, int id)
 {
-    return qobject_cast<TransformNode *>(scene.nodeById(id));
+    return qobject_cast<TransformItem *>(model.itemById(id));
 }
 
-QString pendingText(const GraphScene &scene, int id, const QString &key)
+QString pendingText(const FlowModel &model, int id, const QString &key)
 {
-    const TransformNode *node = transformById(scene, id);
+    const TransformItem *node = transformById(model, id);
     if (!node)
         return QStringLiteral("<no item>");
     const Parameter *parameter = node->transform()->parameter(key);
@@ -170,7 +167,6 @@ private slots:
     void initTestCase();
     void init();
 
-    void textsSurviveSaveAndLoad_data();
     void textsSurviveSaveAndLoad();
     void documentDataSurvives();
     void elementsInOrder();
@@ -194,7 +190,7 @@ private slots:
 
 private:
     QString copyDocument(const QString &name);
-    bool load(GraphScene &scene, const QString &path, DocumentData *data = nullptr,
+    bool load(FlowModel &model, const QString &path, DocumentData *data = nullptr,
               QStringList *messages = nullptr);
 
     QScopedPointer<QTemporaryDir> m_dir;
@@ -226,12 +222,13 @@ void TestDocument::initTestCase()
                                           QStringLiteral("Maximum"), 100));
         },
         lowerMaximum));
-    TransformRegistry::addPrototype(new OptionsOnlyTransform(QStringLiteral("Filter"), [](Transform *t) {
-        t->addParameter(new Parameter(ParameterType::FilterColumns, QStringLiteral("Terms"),
-                                      QStringLiteral("Terms"), nullptr));
-        t->addParameter(new Parameter(ParameterType::If, QStringLiteral("Branches"),
-                                      QStringLiteral("Branches"), nullptr));
-    }));
+    TransformRegistry::addPrototype(
+        new OptionsOnlyTransform(QStringLiteral("Filter"), [](Transform *t) {
+            t->addParameter(new Parameter(ParameterType::FilterColumns, QStringLiteral("Terms"),
+                                          QStringLiteral("Terms"), nullptr));
+            t->addParameter(new Parameter(ParameterType::If, QStringLiteral("Branches"),
+                                          QStringLiteral("Branches"), nullptr));
+        }));
 }
 
 void TestDocument::init()
@@ -257,82 +254,75 @@ QString TestDocument::copyDocument(const QString &name)
     return target.filePath(QStringLiteral("document.tabulon"));
 }
 
-bool TestDocument::load(GraphScene &scene, const QString &path, DocumentData *data,
+bool TestDocument::load(FlowModel &model, const QString &path, DocumentData *data,
                         QStringList *messages)
 {
     DocumentData ignored;
     bool laterVersion = false;
     QString error;
     const bool ok
-        = loadDocument(&scene, path, data ? data : &ignored, &laterVersion, messages, &error);
+        = loadDocument(&model, path, data ? data : &ignored, &laterVersion, messages, &error);
     if (!ok)
         qWarning("%s", qPrintable(error));
     return ok;
 }
 
-void TestDocument::textsSurviveSaveAndLoad_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::newRow("non-ASCII") << QStringLiteral("Größe — Ωmega 数据 😀");
-    QTest::newRow("quotes and markup") << QStringLiteral("\"double\" 'single' <tag> & amp;");
-    QTest::newRow("line feeds and tabs") << QStringLiteral("first\nsecond\r\n\tthird");
-    QTest::newRow("separators and escapes") << QStringLiteral("a^b\x1f"
-                                                              "c %20 %");
-}
-
 void TestDocument::textsSurviveSaveAndLoad()
 {
-    QFETCH(QString, text);
-    GraphScene scene;
-    auto *input = new InputNode(1);
-    input->setMedium(InputNode::Clipboard);
+    // Non-ASCII, quotes and markup, line ends and tabs, the list and point separators, escapes.
+    const QString text = QStringLiteral("Größe — Ωmega 数据 😀 \"double\" 'single' <tag> & amp; "
+                                        "first\nsecond\r\n\tthird a^b\x1f"
+                                        "c %20 %");
+    FlowModel model;
+    auto *input = new InputItem(1);
+    input->setMedium(InputItem::Clipboard);
     input->setText(QStringLiteral("a,b\n1,2\n"));
     input->setAlias(text);
     input->setComment(text);
-    scene.addNode(input);
+    model.addItem(input);
     Transform *caseTransform = new TransformCase;
     caseTransform->createParameters({}, false);
-    auto *transform = new TransformNode(caseTransform, 2, QString(), text);
-    scene.addNode(transform);
-    auto *output = new OutputNode(3);
+    auto *transform = new TransformItem(caseTransform, 2, QString(), text);
+    model.addItem(transform);
+    auto *output = new OutputItem(3);
     output->setAlias(text);
     output->setComment(text);
-    scene.addNode(output);
-    auto *note = new NoteNode(4);
+    model.addItem(output);
+    auto *note = new NoteItem(4);
     note->setComment(text);
-    scene.addNode(note);
+    model.addItem(note);
     DocumentData data;
     data.notes = text;
 
     const QString path = m_dir->filePath(QStringLiteral("texts.tabulon"));
     QString error;
-    QVERIFY2(saveDocument(nullptr, scene, data, path, &error), qPrintable(error));
+    QVERIFY2(saveDocument(nullptr, model, data, path, &error), qPrintable(error));
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     const QByteArray bytes = file.readAll();
     for (const char c : bytes)
         QVERIFY2(static_cast<unsigned char>(c) < 0x80, "a document is pure ASCII");
 
-    GraphScene loaded;
+    FlowModel loaded;
     DocumentData read;
     QVERIFY(load(loaded, path, &read));
-    QCOMPARE(loaded.nodeById(1)->alias(), text.trimmed());
-    QCOMPARE(loaded.nodeById(1)->comment(), text);
-    QCOMPARE(loaded.nodeById(2)->comment(), text);
-    QCOMPARE(loaded.nodeById(3)->alias(), text.trimmed());
-    QCOMPARE(loaded.nodeById(3)->comment(), text);
-    QCOMPARE(loaded.nodeById(4)->comment(), text);
+    QCOMPARE(loaded.itemById(1)->alias(), text.trimmed());
+    QCOMPARE(loaded.itemById(1)->comment(), text);
+    QCOMPARE(loaded.itemById(2)->comment(), text);
+    QCOMPARE(loaded.itemById(3)->alias(), text.trimmed());
+    QCOMPARE(loaded.itemById(3)->comment(), text);
+    QCOMPARE(loaded.itemById(4)->comment(), text);
     QCOMPARE(read.notes, text);
 }
 
 void TestDocument::documentDataSurvives()
 {
-    GraphScene scene;
-    auto *note = new NoteNode(7);
-    note->setColor(QColor(0x12, 0x34, 0x56));
+    FlowModel model;
+    auto *note = new NoteItem(7);
+    note->setColor(QStringLiteral("#123456"));
     note->setArrow(2);
-    note->setPos(-12.5, 1234567.0);
-    scene.addNode(note);
+    note->setPos(QPointF(-12.5, 1234567.0));
+    model.addItem(note);
     DocumentData data;
     data.id = QStringLiteral("doc-42");
     data.autoRun = false;
@@ -344,8 +334,8 @@ void TestDocument::documentDataSurvives()
 
     const QString path = m_dir->filePath(QStringLiteral("data.tabulon"));
     QString error;
-    QVERIFY2(saveDocument(nullptr, scene, data, path, &error), qPrintable(error));
-    GraphScene loaded;
+    QVERIFY2(saveDocument(nullptr, model, data, path, &error), qPrintable(error));
+    FlowModel loaded;
     DocumentData read;
     QVERIFY(load(loaded, path, &read));
     QCOMPARE(read.id, data.id);
@@ -355,15 +345,15 @@ void TestDocument::documentDataSurvives()
     QCOMPARE(read.batchLogging, data.batchLogging);
     QCOMPARE(read.docPath, QDir::toNativeSeparators(path));
     QCOMPARE(read.locale, QStringLiteral("en_US"));
-    QCOMPARE(readAll(path), documentText(scene, data, path, read.lastSavedBy));
+    QCOMPARE(readAll(path), documentText(model, data, path, read.lastSavedBy));
     QVERIFY(read.lastSavedBy.contains(QStringLiteral("Tabulon_v")));
     QVERIFY(read.lastSavedBy.contains(QDate::currentDate().toString(Qt::ISODate)));
     QVERIFY(!read.lastSavedBy.contains(QLatin1Char(' ')));
     QVERIFY(!read.lastSavedBy.contains(QLatin1Char(':')));
 
-    auto *readNote = qobject_cast<NoteNode *>(loaded.nodeById(7));
+    auto *readNote = qobject_cast<NoteItem *>(loaded.itemById(7));
     QVERIFY(readNote);
-    QCOMPARE(readNote->color(), QColor(0x12, 0x34, 0x56));
+    QCOMPARE(readNote->color(), QStringLiteral("#123456"));
     QCOMPARE(readNote->arrow(), 2);
     // Six significant digits, as written.
     QCOMPARE(readNote->pos(), QPointF(-12.5, 1234570.0));
@@ -371,19 +361,19 @@ void TestDocument::documentDataSurvives()
 
 void TestDocument::elementsInOrder()
 {
-    GraphScene scene;
+    FlowModel model;
     // Created out of id order: groups are written sorted by id.
-    Node *input9 = addTextInput(scene, QStringLiteral("a\n1\n"), QPointF(0, 100));
+    FlowItem *input9 = addTextInput(model, QStringLiteral("a\n1\n"), QPointF(0, 100));
     input9->setId(9);
-    Node *input3 = addTextInput(scene, QStringLiteral("a\n1\n"), QPointF(0, 0));
+    FlowItem *input3 = addTextInput(model, QStringLiteral("a\n1\n"), QPointF(0, 0));
     input3->setId(3);
-    TransformNode *case5 = addTransform(scene, new TransformCase, {input9}, QPointF(200, 100));
+    TransformItem *case5 = addTransform(model, new TransformCase, {input9}, QPointF(200, 100));
     case5->setId(5);
-    TransformNode *case4 = addTransform(scene, new TransformCase, {input3}, QPointF(200, 0));
+    TransformItem *case4 = addTransform(model, new TransformCase, {input3}, QPointF(200, 0));
     case4->setId(4);
     DocumentData data;
 
-    const QString text = documentText(scene, data, QStringLiteral("/x/y.tabulon"), SavedBy);
+    const QString text = documentText(model, data, QStringLiteral("/x/y.tabulon"), SavedBy);
     QVERIFY(text.startsWith(QStringLiteral("<!DOCTYPE Tabulon>\n<root>\n    <meta>")));
     const QDomElement root = parse(text);
     QCOMPARE(childNames(root),
@@ -423,30 +413,30 @@ void TestDocument::elementsInOrder()
 
 void TestDocument::savingTwiceGivesSameText()
 {
-    auto build = [](GraphScene &scene) {
-        Node *input = addTextInput(scene, QStringLiteral("a,b\n1,2\n"), QPointF(0, 0));
+    auto build = [](FlowModel &model) {
+        FlowItem *input = addTextInput(model, QStringLiteral("a,b\n1,2\n"), QPointF(0, 0));
         input->setId(1);
         input->setAlias(QStringLiteral("in"));
-        TransformNode *transform
-            = addTransform(scene, new TransformCase, {input}, QPointF(150.25, 10));
+        TransformItem *transform
+            = addTransform(model, new TransformCase, {input}, QPointF(150.25, 10));
         transform->setId(2);
-        auto *output = new OutputNode(3, QStringLiteral("/out/file.csv"));
-        scene.addNode(output);
-        scene.connectNodes(transform, output);
-        auto *note = new NoteNode(4);
+        auto *output = new OutputItem(3, QStringLiteral("/out/file.csv"));
+        model.addItem(output);
+        model.connectItems(transform, output);
+        auto *note = new NoteItem(4);
         note->setComment(QStringLiteral("note"));
-        scene.addNode(note);
+        model.addItem(note);
     };
-    GraphScene scene;
-    build(scene);
+    FlowModel model;
+    build(model);
     DocumentData data;
     data.notes = QStringLiteral("notes");
     const QString path = QStringLiteral("/docs/same.tabulon");
-    const QString first = documentText(scene, data, path, SavedBy);
-    QCOMPARE(documentText(scene, data, path, SavedBy), first);
+    const QString first = documentText(model, data, path, SavedBy);
+    QCOMPARE(documentText(model, data, path, SavedBy), first);
 
-    // Another scene of the same shape gives the same attributes in the same order.
-    GraphScene other;
+    // Another model of the same shape gives the same attributes in the same order.
+    FlowModel other;
     build(other);
     QCOMPARE(documentText(other, data, path, SavedBy), first);
 }
@@ -457,11 +447,11 @@ void TestDocument::openAndSaveWithoutRunIsUnchanged()
     QVERIFY(!original.isEmpty());
     const QString originalText = readAll(original);
 
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
-    QVERIFY(load(scene, original, &data));
+    QVERIFY(load(model, original, &data));
     const QString saved = m_dir->filePath(QStringLiteral("saved.tabulon"));
-    const QString first = documentText(scene, data, saved, SavedBy);
+    const QString first = documentText(model, data, saved, SavedBy);
     // Texts that no longer match the data stand as they were read: a column beyond the input,
     // a choice that the transform doesn't offer, a number that isn't one.
     QCOMPARE(storedValue(first, 2, QStringLiteral("Columns")),
@@ -474,7 +464,7 @@ void TestDocument::openAndSaveWithoutRunIsUnchanged()
     QCOMPARE(storedValue(first, 3, QStringLiteral("Columns")), QString());
 
     QVERIFY(writeAll(saved, first.toUtf8()));
-    GraphScene again;
+    FlowModel again;
     DocumentData dataAgain;
     QVERIFY(load(again, saved, &dataAgain));
     QCOMPARE(documentText(again, dataAgain, saved, SavedBy).toUtf8(), first.toUtf8());
@@ -484,15 +474,15 @@ void TestDocument::optionsResolveAfterRun()
 {
     const QString path = copyDocument(QStringLiteral("unresolved_options"));
     QVERIFY(!path.isEmpty());
-    GraphScene scene;
-    QVERIFY(load(scene, path));
-    scene.process(GraphScene::RunAll, true);
-    const TransformNode *node = transformById(scene, 2);
+    FlowModel model;
+    QVERIFY(load(model, path));
+    model.process(FlowModel::RunAll, true);
+    const TransformItem *node = transformById(model, 2);
     QVERIFY(node);
-    QCOMPARE(node->status(), int(Node::UpToDate));
+    QCOMPARE(node->status(), int(FlowItem::UpToDate));
     // Column 7 doesn't exist in the two-column input; column 2 does.
-    QCOMPARE(pendingText(scene, 2, QStringLiteral("Columns")), QStringLiteral("2"));
-    QCOMPARE(pendingText(scene, 2, QStringLiteral("Case")), QStringLiteral("Lower%20case"));
+    QCOMPARE(pendingText(model, 2, QStringLiteral("Columns")), QStringLiteral("2"));
+    QCOMPARE(pendingText(model, 2, QStringLiteral("Case")), QStringLiteral("Lower%20case"));
     QCOMPARE(node->dataset()->cell(0, 1), QStringLiteral("mixed case"));
 }
 
@@ -501,18 +491,18 @@ void TestDocument::olderRandomLowersMaximumOnce()
     const QString old = copyDocument(QStringLiteral("version60_random"));
     QVERIFY(!old.isEmpty());
     for (int load = 0; load < 2; ++load) {
-        GraphScene scene;
-        QVERIFY(this->load(scene, old));
-        QCOMPARE(pendingText(scene, 2, QStringLiteral("Maximum_Int")), QStringLiteral("99"));
-        QCOMPARE(pendingText(scene, 2, QStringLiteral("Minimum_Int")), QStringLiteral("10"));
+        FlowModel model;
+        QVERIFY(this->load(model, old));
+        QCOMPARE(pendingText(model, 2, QStringLiteral("Maximum_Int")), QStringLiteral("99"));
+        QCOMPARE(pendingText(model, 2, QStringLiteral("Minimum_Int")), QStringLiteral("10"));
     }
 
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
-    QVERIFY(load(scene, old, &data));
+    QVERIFY(load(model, old, &data));
     const QString saved = m_dir->filePath(QStringLiteral("saved.tabulon"));
     QString error;
-    QVERIFY2(saveDocument(nullptr, scene, data, saved, &error), qPrintable(error));
+    QVERIFY2(saveDocument(nullptr, model, data, saved, &error), qPrintable(error));
     const QString text = readAll(saved);
     QCOMPARE(parse(text)
                  .firstChildElement(QStringLiteral("meta"))
@@ -521,7 +511,7 @@ void TestDocument::olderRandomLowersMaximumOnce()
              QStringLiteral("81"));
     QCOMPARE(storedValue(text, 2, QStringLiteral("Maximum_Int")), QStringLiteral("99"));
 
-    GraphScene reloaded;
+    FlowModel reloaded;
     QVERIFY(load(reloaded, saved));
     QCOMPARE(pendingText(reloaded, 2, QStringLiteral("Maximum_Int")), QStringLiteral("99"));
 }
@@ -602,12 +592,12 @@ void TestDocument::olderFilterOperatorsSurviveSave()
 {
     const QString old = copyDocument(QStringLiteral("version56_filter"));
     QVERIFY(!old.isEmpty());
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
-    QVERIFY(load(scene, old, &data));
+    QVERIFY(load(model, old, &data));
     const QString saved = m_dir->filePath(QStringLiteral("saved.tabulon"));
     QString error;
-    QVERIFY2(saveDocument(nullptr, scene, data, saved, &error), qPrintable(error));
+    QVERIFY2(saveDocument(nullptr, model, data, saved, &error), qPrintable(error));
     const QString text = readAll(saved);
     // "Is empty" and "Is not empty" were 14 and 15; the file of version 81 holds 19 and 20.
     QCOMPARE(storedValue(text, 2, QStringLiteral("Terms")),
@@ -623,9 +613,9 @@ void TestDocument::olderFilterOperatorsSurviveSave()
                             "then\x1f"
                             "else"));
 
-    GraphScene reloaded;
+    FlowModel reloaded;
     QVERIFY(load(reloaded, saved));
-    TransformNode *node = transformById(reloaded, 2);
+    TransformItem *node = transformById(reloaded, 2);
     QVERIFY(node);
     Parameter *terms = node->transform()->parameter(QStringLiteral("Terms"));
     QVERIFY(terms->resolvePendingText());
@@ -667,12 +657,12 @@ void TestDocument::positions()
                              .arg(attributes);
     const QString path = m_dir->filePath(QStringLiteral("positions.tabulon"));
     QVERIFY(writeAll(path, text.toUtf8()));
-    GraphScene scene;
-    QVERIFY(load(scene, path));
-    QCOMPARE(scene.nodes().size(), 4);
+    FlowModel model;
+    QVERIFY(load(model, path));
+    QCOMPARE(model.items().size(), 4);
     for (int id = 1; id <= 4; ++id) {
-        QVERIFY(scene.nodeById(id));
-        QCOMPARE(scene.nodeById(id)->pos(), expected);
+        QVERIFY(model.itemById(id));
+        QCOMPARE(model.itemById(id)->pos(), expected);
     }
 }
 
@@ -680,9 +670,9 @@ void TestDocument::droppedTransforms()
 {
     const QString path = copyDocument(QStringLiteral("dropped_transforms"));
     QVERIFY(!path.isEmpty());
-    GraphScene scene;
+    FlowModel model;
     QStringList messages;
-    QVERIFY(load(scene, path, nullptr, &messages));
+    QVERIFY(load(model, path, nullptr, &messages));
     QCOMPARE(messages,
              QStringList({"The following deprecated transforms were not added:\n"
                           "'Replace' (1 item) - use the newer 'Replace' transform.\n"
@@ -690,30 +680,30 @@ void TestDocument::droppedTransforms()
                           "The following unknown transforms were not added:\n"
                           "'Frobnicate' (1 item)"}));
     QList<int> ids;
-    const QList<Node *> nodes = scene.nodes();
-    for (const Node *node : nodes)
+    const QList<FlowItem *> nodes = model.items();
+    for (const FlowItem *node : nodes)
         ids.append(node->id());
     std::sort(ids.begin(), ids.end());
     QCOMPARE(ids, QList<int>({1, 3, 4}));
     // Only input 1 to Case 4 remains; the connections through the dropped items are gone.
-    const QList<Connection *> connections = scene.allConnections();
+    const QList<FlowConnection *> connections = model.connections();
     QCOMPARE(connections.size(), 1);
     QCOMPARE(connections.first()->source()->id(), 1);
     QCOMPARE(connections.first()->target()->id(), 4);
-    QVERIFY(scene.nodeById(3)->upstream().isEmpty());
+    QVERIFY(model.itemById(3)->upstream().isEmpty());
     // New items never take an id that the document used.
-    QVERIFY(Node::nextId() > 12);
+    QVERIFY(FlowItem::nextId() > 12);
 }
 
 void TestDocument::missingInputFiles()
 {
     const QString path = copyDocument(QStringLiteral("unresolved_options"));
     const QString inputPath = QFileInfo(path).absolutePath() + QStringLiteral("/input.csv");
-    GraphScene scene;
-    QVERIFY(load(scene, path));
-    QVERIFY(inputsWithMissingFiles(scene).isEmpty());
+    FlowModel model;
+    QVERIFY(load(model, path));
+    QVERIFY(inputsWithMissingFiles(model).isEmpty());
     QVERIFY(QFile::remove(inputPath));
-    const QList<InputNode *> one = inputsWithMissingFiles(scene);
+    const QList<InputItem *> one = inputsWithMissingFiles(model);
     QCOMPARE(one.size(), 1);
     QCOMPARE(missingInputFilesQuestion(one),
              QStringLiteral("The following input file cannot be found:\n\n%1\n\nDo you wish to "
@@ -721,17 +711,17 @@ void TestDocument::missingInputFiles()
                  .arg(inputPath));
 
     // Clipboard inputs and inputs without a path have no file to miss.
-    addTextInput(scene, QStringLiteral("a\n"), QPointF(0, 300));
-    scene.addNode(new InputNode(50));
+    addTextInput(model, QStringLiteral("a\n"), QPointF(0, 300));
+    model.addItem(new InputItem(50));
     QStringList expected;
     for (int i = 0; i < 11; ++i) {
-        auto *input = new InputNode(100 + i);
+        auto *input = new InputItem(100 + i);
         input->setPath(m_dir->filePath(QStringLiteral("gone%1.csv").arg(i)));
-        scene.addNode(input);
+        model.addItem(input);
         if (i < 9)
             expected.append(input->path());
     }
-    const QList<InputNode *> many = inputsWithMissingFiles(scene);
+    const QList<InputItem *> many = inputsWithMissingFiles(model);
     QCOMPARE(many.size(), 12);
     QCOMPARE(many.first()->id(), 1);
     QCOMPARE(missingInputFilesQuestion(many),
@@ -761,17 +751,17 @@ void TestDocument::loadFailures()
     QFETCH(QString, message);
     const QString path = m_dir->filePath(QStringLiteral("bad.tabulon"));
     QVERIFY(writeAll(path, content));
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
     bool laterVersion = true;
     QString error;
-    QVERIFY(!loadDocument(&scene, path, &data, &laterVersion, nullptr, &error));
+    QVERIFY(!loadDocument(&model, path, &data, &laterVersion, nullptr, &error));
     QCOMPARE(error, message.contains(QLatin1String("%1")) ? message.arg(path) : message);
     QVERIFY(!laterVersion);
-    QVERIFY(scene.nodes().isEmpty());
+    QVERIFY(model.items().isEmpty());
 
     const QString missing = m_dir->filePath(QStringLiteral("missing.tabulon"));
-    QVERIFY(!loadDocument(&scene, missing, &data, &laterVersion, nullptr, &error));
+    QVERIFY(!loadDocument(&model, missing, &data, &laterVersion, nullptr, &error));
     QCOMPARE(error, QStringLiteral("Can't open file '%1'.").arg(missing));
 }
 
@@ -782,20 +772,20 @@ void TestDocument::laterVersionAndMissingMeta()
                      "<!DOCTYPE Tabulon>\n<root>\n<meta><version value=\"82\"/></meta>\n"
                      "<notes><note id=\"1\" comment=\"from%20the%20future\" "
                      "future_attribute=\"1\"/></notes>\n<future_element/>\n</root>\n"));
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
     data.autoRun = false;
     data.snapToGrid = true;
     bool laterVersion = false;
     QString error;
-    QVERIFY2(loadDocument(&scene, path, &data, &laterVersion, nullptr, &error), qPrintable(error));
+    QVERIFY2(loadDocument(&model, path, &data, &laterVersion, nullptr, &error), qPrintable(error));
     QVERIFY(laterVersion);
-    QCOMPARE(scene.nodeById(1)->comment(), QStringLiteral("from the future"));
+    QCOMPARE(model.itemById(1)->comment(), QStringLiteral("from the future"));
     QVERIFY(data.autoRun);
     QVERIFY(!data.snapToGrid);
 
     QVERIFY(writeAll(path, "<!DOCTYPE Tabulon>\n<root/>\n"));
-    GraphScene empty;
+    FlowModel empty;
     QVERIFY(loadDocument(&empty, path, &data, &laterVersion, nullptr, &error));
     QVERIFY(!laterVersion);
     QVERIFY(data.autoRun);
@@ -821,8 +811,8 @@ void TestDocument::lockExcludesSecondHolder()
 
 void TestDocument::saveRespectsLocks()
 {
-    GraphScene scene;
-    addTextInput(scene, QStringLiteral("a\n1\n"), QPointF(0, 0));
+    FlowModel model;
+    addTextInput(model, QStringLiteral("a\n1\n"), QPointF(0, 0));
     DocumentData data;
     const QString path = m_dir->filePath(QStringLiteral("held.tabulon"));
     DocumentLock held;
@@ -830,12 +820,12 @@ void TestDocument::saveRespectsLocks()
 
     // Another holder of the document may not write over it.
     QString error;
-    QVERIFY(!saveDocument(nullptr, scene, data, path, &error));
+    QVERIFY(!saveDocument(nullptr, model, data, path, &error));
     QCOMPARE(error, QStringLiteral("Can't open file '%1' to write.").arg(path));
     QCOMPARE(QFileInfo(path).size(), 0);
 
     // The holder may, and holds the new file afterwards.
-    QVERIFY2(saveDocument(&held, scene, data, path, &error), qPrintable(error));
+    QVERIFY2(saveDocument(&held, model, data, path, &error), qPrintable(error));
     QVERIFY(held.isHeld());
     QVERIFY(readAll(path).contains(QStringLiteral("<inputs>")));
     DocumentLock other;
@@ -844,7 +834,7 @@ void TestDocument::saveRespectsLocks()
     QVERIFY(other.acquire(path));
 
     const QString nowhere = m_dir->filePath(QStringLiteral("no/such/folder/x.tabulon"));
-    QVERIFY(!saveDocument(nullptr, scene, data, nowhere, &error));
+    QVERIFY(!saveDocument(nullptr, model, data, nowhere, &error));
     QCOMPARE(error, QStringLiteral("Can't open file '%1' to write.").arg(nowhere));
 }
 
@@ -854,20 +844,20 @@ void TestDocument::recoveryFile()
     QCOMPARE(path, m_tempFolder.filePath(QStringLiteral("TabulonAutoRecovery.tabulon")));
     QCOMPARE(recoveryFileAge(), -1);
 
-    GraphScene scene;
+    FlowModel model;
     DocumentData data;
     data.id = QStringLiteral("the-id");
     data.notes = QStringLiteral("kept");
     data.autoRun = false;
     QVERIFY(!isRecoverySaveDue(true, 0));
     QVERIFY(!isEmergencySaveDue(0));
-    QVERIFY(!periodicRecoverySave(scene, data, true));
+    QVERIFY(!periodicRecoverySave(model, data, true));
     QVERIFY(!QFile::exists(path));
 
-    addTextInput(scene, QStringLiteral("a\n1\n"), QPointF(0, 0));
+    addTextInput(model, QStringLiteral("a\n1\n"), QPointF(0, 0));
     QVERIFY(!isRecoverySaveDue(false, 1));
     QStringList shown;
-    QVERIFY(periodicRecoverySave(scene, data, true,
+    QVERIFY(periodicRecoverySave(model, data, true,
                                  [&shown](const QString &text) { shown.append(text); }));
     QCOMPARE(shown, QStringList({"Saving auto recovery file"}));
     QCOMPARE(recoveryFileAge(), 0);
@@ -875,10 +865,10 @@ void TestDocument::recoveryFile()
     QVERIFY(!isRecoverySaveDue(true, 1));
     QVERIFY(!isEmergencySaveDue(1));
 
-    GraphScene recovered;
+    FlowModel recovered;
     DocumentData read;
     QVERIFY(load(recovered, path, &read));
-    QCOMPARE(recovered.nodes().size(), 1);
+    QCOMPARE(recovered.items().size(), 1);
     QVERIFY(read.id.isEmpty());
     QCOMPARE(read.notes, QStringLiteral("kept"));
     QVERIFY(!read.autoRun);
@@ -891,7 +881,7 @@ void TestDocument::recoveryFile()
     QVERIFY(age(30));
     QVERIFY(!isRecoverySaveDue(true, 1));
     QVERIFY(isEmergencySaveDue(1));
-    QVERIFY(emergencyRecoverySave(scene, data));
+    QVERIFY(emergencyRecoverySave(model, data));
     QVERIFY(age(61));
     QVERIFY(recoveryFileAge() >= 61);
     QVERIFY(isRecoverySaveDue(true, 1));
@@ -901,5 +891,5 @@ void TestDocument::recoveryFile()
     QVERIFY(isRecoverySaveDue(true, 1));
 }
 
-TABULON_TEST_MAIN(TestDocument)
+QTEST_GUILESS_MAIN(TestDocument)
 #include "tst_document.moc"

@@ -1,13 +1,12 @@
-#include "graph/graphscene.h"
-#include "graph/inputnode.h"
-#include "graph/xmlattributes.h"
+#include "flow/flowmodel.h"
+#include "flow/inputitem.h"
+#include "flow/xmlattributes.h"
 #include "io/filetypes.h"
 #include "io/metainfo.h"
 #include "shell/memory.h"
 #include "shell/settings.h"
-#include "testutil.h"
+#include "testdata.h"
 
-#include <QApplication>
 #include <QDomDocument>
 #include <QFileSystemWatcher>
 #include <QSignalSpy>
@@ -16,7 +15,7 @@
 
 // The input item against real files: header decision, meta information, messages, watching,
 // document attributes and the clipboard type guess.
-class TestInputNode : public QObject
+class TestInputItem : public QObject
 {
     Q_OBJECT
 
@@ -43,23 +42,23 @@ private slots:
     void clipboardTypeGuess_data();
     void clipboardTypeGuess();
     void fileChangedTwiceReadsOnce();
-    void importWaitsForARunningScene();
+    void importWaitsForARunningModel();
     void tooBigToRead();
 
 private:
     QString writeFile(const QString &name, const QByteArray &content);
-    InputNode *addFileInput(GraphScene &scene, const QString &path, int header);
+    InputItem *addFileInput(FlowModel &model, const QString &path, int header);
 
     QScopedPointer<QTemporaryDir> m_dir;
 };
 
-void TestInputNode::init()
+void TestInputItem::init()
 {
     m_dir.reset(new QTemporaryDir);
     QVERIFY(m_dir->isValid());
 }
 
-QString TestInputNode::writeFile(const QString &name, const QByteArray &content)
+QString TestInputItem::writeFile(const QString &name, const QByteArray &content)
 {
     const QString path = m_dir->filePath(name);
     QFile file(path);
@@ -69,18 +68,18 @@ QString TestInputNode::writeFile(const QString &name, const QByteArray &content)
     return path;
 }
 
-InputNode *TestInputNode::addFileInput(GraphScene &scene, const QString &path, int header)
+InputItem *TestInputItem::addFileInput(FlowModel &model, const QString &path, int header)
 {
-    auto *input = new InputNode;
+    auto *input = new InputItem;
     input->setPath(path);
     input->setInputFileType(
         FileTypes::inputTypeForExtension(QFileInfo(path).suffix(), FileTypeDelimited));
     input->setHeader(header);
-    scene.addNode(input);
+    model.addItem(input);
     return input;
 }
 
-void TestInputNode::headerDecision_data()
+void TestInputItem::headerDecision_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<int>("header");
@@ -100,60 +99,60 @@ void TestInputNode::headerDecision_data()
     QTest::newRow("no header") << QByteArray("name,city\nAnn,Paris\n") << 0 << false << 2;
 }
 
-void TestInputNode::headerDecision()
+void TestInputItem::headerDecision()
 {
     QFETCH(QByteArray, content);
     QFETCH(int, header);
     QFETCH(bool, hasHeader);
     QFETCH(int, rows);
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("data.csv", content), header);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(input->status(), int(Node::UpToDate));
+    FlowModel model;
+    InputItem *input = addFileInput(model, writeFile("data.csv", content), header);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(input->status(), int(FlowItem::UpToDate));
     QCOMPARE(input->dataset()->hasHeader(), hasHeader);
     QCOMPARE(input->hasHeader(), hasHeader);
     QCOMPARE(input->dataset()->rowCount(), rows);
-    QCOMPARE(input->header(), hasHeader ? int(InputNode::HasHeader) : int(InputNode::NoHeader));
+    QCOMPARE(input->header(), hasHeader ? int(InputItem::HasHeader) : int(InputItem::NoHeader));
 }
 
-void TestInputNode::headerGuessIsMadeOnce()
+void TestInputItem::headerGuessIsMadeOnce()
 {
-    QCOMPARE(InputNode::defaultHeader(false), int(InputNode::HasHeader));
-    QCOMPARE(InputNode::defaultHeader(true), int(InputNode::GuessHeader));
-    GraphScene scene;
+    QCOMPARE(InputItem::defaultHeader(false), int(InputItem::HasHeader));
+    QCOMPARE(InputItem::defaultHeader(true), int(InputItem::GuessHeader));
+    FlowModel model;
     const QString path = writeFile("data.csv", "name,city\nAnn,Paris\n");
-    InputNode *input = addFileInput(scene, path, InputNode::GuessHeader);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(input->header(), int(InputNode::HasHeader));
+    InputItem *input = addFileInput(model, path, InputItem::GuessHeader);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(input->header(), int(InputItem::HasHeader));
     // The file now starts with numbers, but the guess has been made and stays.
     writeFile("data.csv", "1,2\n3,4\n");
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QVERIFY(input->dataset()->hasHeader());
     QCOMPARE(input->dataset()->header(), QStringList({"1", "2"}));
 }
 
-void TestInputNode::missingFileIsAnError()
+void TestInputItem::missingFileIsAnError()
 {
-    GraphScene scene;
+    FlowModel model;
     const QString path = m_dir->filePath("absent.csv");
-    InputNode *input = addFileInput(scene, path, InputNode::GuessHeader);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(input->status(), int(Node::Error));
+    InputItem *input = addFileInput(model, path, InputItem::GuessHeader);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(input->status(), int(FlowItem::Error));
     QCOMPARE(input->warnings(),
              QStringList({QString("File '%1' not found").arg(QDir::toNativeSeparators(path))}));
     // The guess waits for a file that can be read.
-    QCOMPARE(input->header(), int(InputNode::GuessHeader));
+    QCOMPARE(input->header(), int(InputItem::GuessHeader));
 }
 
-void TestInputNode::blockedExtensionIsAnError()
+void TestInputItem::blockedExtensionIsAnError()
 {
-    GraphScene scene;
+    FlowModel model;
     const QString path = writeFile("tool.exe", "a,b\n1,2\n");
-    auto *input = new InputNode;
+    auto *input = new InputItem;
     input->setPath(path);
-    scene.addNode(input);
-    scene.process(GraphScene::RunAll);
-    QCOMPARE(input->status(), int(Node::Error));
+    model.addItem(input);
+    model.process(FlowModel::RunAll);
+    QCOMPARE(input->status(), int(FlowItem::Error));
     QCOMPARE(input->warnings(),
              QStringList({QString("The extension for this file is blocked in "
                                   "'Preferences>Input Extensions':\n%1")
@@ -161,7 +160,7 @@ void TestInputNode::blockedExtensionIsAnError()
     QCOMPARE(input->dataset()->rowCount(), 0);
 }
 
-void TestInputNode::extensionWarning_data()
+void TestInputItem::extensionWarning_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("fileType");
@@ -175,35 +174,35 @@ void TestInputNode::extensionWarning_data()
                                       << "'%1' extension is 'log' but file type is Delimited text.";
 }
 
-void TestInputNode::extensionWarning()
+void TestInputItem::extensionWarning()
 {
     QFETCH(QString, name);
     QFETCH(int, fileType);
     QFETCH(QString, warning);
-    GraphScene scene;
+    FlowModel model;
     const QString path = writeFile(name, "a\tb\n1\t2\n");
-    InputNode *input = addFileInput(scene, path, InputNode::HasHeader);
+    InputItem *input = addFileInput(model, path, InputItem::HasHeader);
     input->setInputFileType(fileType);
     const QString expected
         = warning.isEmpty() ? QString() : warning.arg(QDir::toNativeSeparators(path));
     QCOMPARE(input->extensionWarning(), expected);
     if (fileType == FileTypeDelimited) {
-        scene.process(GraphScene::RunAll);
-        QCOMPARE(input->status(), int(Node::UpToDate));
+        model.process(FlowModel::RunAll);
+        QCOMPARE(input->status(), int(FlowItem::UpToDate));
         QCOMPARE(input->warnings().contains(expected), !expected.isEmpty());
     }
 }
 
-void TestInputNode::encodingAutomaticAndLatin1()
+void TestInputItem::encodingAutomaticAndLatin1()
 {
-    GraphScene scene;
-    InputNode *utf8 = addFileInput(scene, writeFile("utf8.csv", "\xEF\xBB\xBFname\ncaf\xC3\xA9\n"),
-                                   InputNode::HasHeader);
-    InputNode *latin1
-        = addFileInput(scene, writeFile("latin1.csv", "name\ncaf\xE9\n"), InputNode::HasHeader);
-    latin1->setPos(0, 200);
+    FlowModel model;
+    InputItem *utf8 = addFileInput(model, writeFile("utf8.csv", "\xEF\xBB\xBFname\ncaf\xC3\xA9\n"),
+                                   InputItem::HasHeader);
+    InputItem *latin1
+        = addFileInput(model, writeFile("latin1.csv", "name\ncaf\xE9\n"), InputItem::HasHeader);
+    latin1->setPos(QPointF(0, 200));
     latin1->setEncoding("ISO-8859-1");
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QCOMPARE(utf8->dataset()->header(), QStringList({"name"}));
     QCOMPARE(utf8->dataset()->cell(0, 0), QString::fromUtf8("café"));
     QVERIFY(utf8->info().contains(
@@ -212,7 +211,7 @@ void TestInputNode::encodingAutomaticAndLatin1()
     QVERIFY(!latin1->infoText().contains("Encoding=Automatic"));
 }
 
-void TestInputNode::metaInformation_data()
+void TestInputItem::metaInformation_data()
 {
     QTest::addColumn<int>("place");
     QTest::addColumn<int>("header");
@@ -220,42 +219,42 @@ void TestInputNode::metaInformation_data()
     QTest::addColumn<QStringList>("lastRow");
     QTest::addColumn<QStringList>("headers");
 
-    QTest::newRow("at start") << int(MetaInfo::AtStart) << int(InputNode::HasHeader)
+    QTest::newRow("at start") << int(MetaInfo::AtStart) << int(InputItem::HasHeader)
                               << QStringList {"2 rows", ""} << QStringList {"3", "4"}
                               << QStringList {"a", "b"};
-    QTest::newRow("at end") << int(MetaInfo::AtEnd) << int(InputNode::HasHeader)
+    QTest::newRow("at end") << int(MetaInfo::AtEnd) << int(InputItem::HasHeader)
                             << QStringList {"1", "2"} << QStringList {"2 rows", ""}
                             << QStringList {"a", "b"};
-    QTest::newRow("every row") << int(MetaInfo::EveryRow) << int(InputNode::HasHeader)
+    QTest::newRow("every row") << int(MetaInfo::EveryRow) << int(InputItem::HasHeader)
                                << QStringList {"1", "2", "2 rows"}
                                << QStringList {"3", "4", "2 rows"}
                                << QStringList {"a", "b", "Source"};
     QTest::newRow("every row, no header")
-        << int(MetaInfo::EveryRow) << int(InputNode::NoHeader) << QStringList {"a", "b", "3 rows"}
+        << int(MetaInfo::EveryRow) << int(InputItem::NoHeader) << QStringList {"a", "b", "3 rows"}
         << QStringList {"3", "4", "3 rows"} << QStringList {"1", "2", "3"};
 }
 
-void TestInputNode::metaInformation()
+void TestInputItem::metaInformation()
 {
     QFETCH(int, place);
     QFETCH(int, header);
     QFETCH(QStringList, firstRow);
     QFETCH(QStringList, lastRow);
     QFETCH(QStringList, headers);
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("data.csv", "a,b\n1,2\n3,4\n"), header);
+    FlowModel model;
+    InputItem *input = addFileInput(model, writeFile("data.csv", "a,b\n1,2\n3,4\n"), header);
     input->setMetaPlace(place);
     input->setMetaText("$(DataRows) rows");
     input->setMetaColumnName("Source");
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     const Dataset *data = input->dataset();
     QCOMPARE(data->row(0), firstRow);
     QCOMPARE(data->row(data->lastRow()), lastRow);
     QCOMPARE(data->headers(), headers);
-    QCOMPARE(data->hasHeader(), header == InputNode::HasHeader);
+    QCOMPARE(data->hasHeader(), header == InputItem::HasHeader);
 }
 
-void TestInputNode::metaVariables()
+void TestInputItem::metaVariables()
 {
     const QString path = writeFile("sales.csv", "a\n1\n");
     MetaInfo::Context context;
@@ -276,56 +275,56 @@ void TestInputNode::metaVariables()
     QLocale::setDefault(QLocale::c());
 }
 
-void TestInputNode::ignoreEmptyColumns()
+void TestInputItem::ignoreEmptyColumns()
 {
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("data.csv", "a,b,c,d\n1,,3,\n4,,6,\n"),
-                                    InputNode::HasHeader);
+    FlowModel model;
+    InputItem *input = addFileInput(model, writeFile("data.csv", "a,b,c,d\n1,,3,\n4,,6,\n"),
+                                    InputItem::HasHeader);
     input->setIgnoreEmptyColumns(true);
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->dataset()->header(), QStringList({"a", "c"}));
     QVERIFY(input->info().contains("2 empty column(s) ignored"));
 }
 
-void TestInputNode::duplicateNamesKept()
+void TestInputItem::duplicateNamesKept()
 {
-    GraphScene scene;
-    InputNode *input
-        = addFileInput(scene, writeFile("data.csv", "x,x\n1,2\n"), InputNode::HasHeader);
-    scene.process(GraphScene::RunAll);
+    FlowModel model;
+    InputItem *input
+        = addFileInput(model, writeFile("data.csv", "x,x\n1,2\n"), InputItem::HasHeader);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->dataset()->header(), QStringList({"x", "x"}));
     QCOMPARE(input->dataset()->columnIds(),
              (QList<ColumnId> {ColumnId(input->id(), 1), ColumnId(input->id(), 2)}));
 }
 
-void TestInputNode::plainTextReadsLines()
+void TestInputItem::plainTextReadsLines()
 {
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("app.log", "one, two\nthree\n\nfour\n"),
-                                    InputNode::NoHeader);
+    FlowModel model;
+    InputItem *input = addFileInput(model, writeFile("app.log", "one, two\nthree\n\nfour\n"),
+                                    InputItem::NoHeader);
     QCOMPARE(input->fileType(), int(FileTypePlainText));
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->dataset()->columnValues(0), QStringList({"one, two", "three", "four"}));
     QVERIFY(input->info().contains("1 empty row(s) ignored"));
 }
 
-void TestInputNode::clipboardInput()
+void TestInputItem::clipboardInput()
 {
-    GraphScene scene;
-    InputNode *input = addTextInput(scene, "a;b\n1;2\n", {0, 0});
-    input->setHeader(InputNode::GuessHeader);
-    scene.process(GraphScene::RunAll);
+    FlowModel model;
+    InputItem *input = addTextInput(model, "a;b\n1;2\n", {0, 0});
+    input->setHeader(InputItem::GuessHeader);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->displayName(), QString("Clipboard"));
     QCOMPARE(input->dataset()->header(), QStringList({"a", "b"}));
     QCOMPARE(input->dataset()->row(0), QStringList({"1", "2"}));
     QVERIFY(input->infoText().contains("Delimiter=Automatic guesses 'Semi-colon (;)'"));
 }
 
-void TestInputNode::attributesRoundTrip()
+void TestInputItem::attributesRoundTrip()
 {
     const QString folder = m_dir->path();
     const QString path = writeFile("sub.csv", "a\n1\n");
-    InputNode original(41);
+    InputItem original(41);
     original.setPath(path);
     original.setAlias("sales");
     original.setComment("Ünïcode \"quoted\"\nsecond line");
@@ -336,7 +335,7 @@ void TestInputNode::attributesRoundTrip()
     original.setFixedWidths({3, 5});
     original.setEncoding("ISO-8859-1");
     original.setMetaPlace(MetaInfo::EveryRow);
-    original.setPos(12.5, -40.25);
+    original.setPos(QPointF(12.5, -40.25));
 
     QDomDocument document;
     QDomElement element = document.createElement("input");
@@ -350,7 +349,7 @@ void TestInputNode::attributesRoundTrip()
 
     // The document moved: the path follows its folder.
     QTemporaryDir elsewhere;
-    InputNode restored(41);
+    InputItem restored(41);
     restored.readAttributes(element, 81, elsewhere.path());
     QCOMPARE(restored.path(), QDir(elsewhere.path()).absoluteFilePath("sub.csv"));
     QCOMPARE(restored.alias(), QString("sales"));
@@ -364,10 +363,10 @@ void TestInputNode::attributesRoundTrip()
     QCOMPARE(restored.encoding(), QString("ISO-8859-1"));
     QCOMPARE(restored.metaPlace(), int(MetaInfo::EveryRow));
     QCOMPARE(restored.pos(), QPointF(12.5, -40.25));
-    QCOMPARE(restored.medium(), int(InputNode::File));
+    QCOMPARE(restored.medium(), int(InputItem::File));
 }
 
-void TestInputNode::olderDocumentsMapHiddenExcelFlag()
+void TestInputItem::olderDocumentsMapHiddenExcelFlag()
 {
     QDomDocument document;
     QDomElement element = document.createElement("input");
@@ -375,20 +374,20 @@ void TestInputNode::olderDocumentsMapHiddenExcelFlag()
     element.setAttribute("ignore_excel_hidden", "1");
     element.setAttribute("text", "a%2Cb");
     element.setAttribute("pos", "10^20");
-    InputNode old(3);
+    InputItem old(3);
     old.readAttributes(element, 71, QString());
     QVERIFY(old.ignoreExcelHiddenRows());
     QVERIFY(old.ignoreExcelHiddenColumns());
-    QCOMPARE(old.medium(), int(InputNode::Clipboard));
+    QCOMPARE(old.medium(), int(InputItem::Clipboard));
     QCOMPARE(old.text(), QString("a,b"));
     QCOMPARE(old.pos(), QPointF(10, 20));
     QCOMPARE(old.metaColumnName(), QString("Meta Info"));
-    InputNode current(3);
+    InputItem current(3);
     current.readAttributes(element, 72, QString());
     QVERIFY(!current.ignoreExcelHiddenRows());
 }
 
-void TestInputNode::clipboardTypeGuess_data()
+void TestInputItem::clipboardTypeGuess_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<int>("fileType");
@@ -410,20 +409,20 @@ void TestInputNode::clipboardTypeGuess_data()
     QTest::newRow("fixed width") << fixed << int(FileTypeFixedWidth);
 }
 
-void TestInputNode::clipboardTypeGuess()
+void TestInputItem::clipboardTypeGuess()
 {
     QFETCH(QString, text);
     QFETCH(int, fileType);
     QCOMPARE(FileTypes::guessTextFileType(text), fileType);
 }
 
-void TestInputNode::fileChangedTwiceReadsOnce()
+void TestInputItem::fileChangedTwiceReadsOnce()
 {
-    GraphScene scene;
+    FlowModel model;
     const QString path = writeFile("watched.csv", "a\n1\n");
-    InputNode *input = addFileInput(scene, path, InputNode::HasHeader);
+    InputItem *input = addFileInput(model, path, InputItem::HasHeader);
     input->setWatching(true);
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QCOMPARE(input->dataset()->rowCount(), 1);
     auto *watcher = input->findChild<QFileSystemWatcher *>();
     QVERIFY(watcher);
@@ -432,7 +431,7 @@ void TestInputNode::fileChangedTwiceReadsOnce()
     // The watcher's signals and the timer's end are fired by hand: no waiting on the clock,
     // and no real notice of the writes below that an event loop could deliver.
     watcher->removePath(path);
-    QSignalSpy changes(input, &InputNode::sourceChanged);
+    QSignalSpy changes(input, &InputItem::sourceChanged);
     writeFile("watched.csv", "a\n1\n2\n");
     QVERIFY(QMetaObject::invokeMethod(watcher, "fileChanged", Q_ARG(QString, path)));
     writeFile("watched.csv", "a\n1\n2\n3\n");
@@ -440,7 +439,7 @@ void TestInputNode::fileChangedTwiceReadsOnce()
     QTimer *timer = input->importTimer();
     QVERIFY(timer->isActive());
     QVERIFY(timer->isSingleShot());
-    QCOMPARE(timer->interval(), int(InputNode::ImportDelayMs));
+    QCOMPARE(timer->interval(), int(InputItem::ImportDelayMs));
     QCOMPARE(changes.count(), 0);
 
     timer->stop();
@@ -450,34 +449,34 @@ void TestInputNode::fileChangedTwiceReadsOnce()
     QVERIFY(!timer->isActive());
 }
 
-void TestInputNode::importWaitsForARunningScene()
+void TestInputItem::importWaitsForARunningModel()
 {
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, writeFile("busy.csv", "a\n1\n"), InputNode::HasHeader);
-    QSignalSpy changes(input, &InputNode::sourceChanged);
+    FlowModel model;
+    InputItem *input = addFileInput(model, writeFile("busy.csv", "a\n1\n"), InputItem::HasHeader);
+    QSignalSpy changes(input, &InputItem::sourceChanged);
     // A transform's run that lasts while the timer ends: the re-read waits for it.
-    connect(input, &Node::processingEnd, input, [input] {
+    connect(input, &FlowItem::processingEnd, input, [input] {
         if (input->importTimer()->isActive())
             return;
         input->onFileChanged();
         input->importTimer()->stop();
         input->onDelayedImport();
     });
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     QCOMPARE(changes.count(), 0);
     QVERIFY(input->importTimer()->isActive());
-    QCOMPARE(input->importTimer()->interval(), int(InputNode::BusyRetryDelayMs));
+    QCOMPARE(input->importTimer()->interval(), int(InputItem::BusyRetryDelayMs));
 }
 
-void TestInputNode::tooBigToRead()
+void TestInputItem::tooBigToRead()
 {
     QByteArray content = "a,b\n";
     for (int i = 0; i < 20000; ++i)
         content += "some text,more text\n";
     const QString path = writeFile("big.csv", content);
-    GraphScene scene;
-    InputNode *input = addFileInput(scene, path, InputNode::HasHeader);
-    InputNode *small = addTextInput(scene, "a\n1\n", {0, 300});
+    FlowModel model;
+    InputItem *input = addFileInput(model, path, InputItem::HasHeader);
+    InputItem *small = addTextInput(model, "a\n1\n", {0, 300});
     // The first check finds the limit exceeded and the user chooses to exit; later checks,
     // once the reader has let its data go, find room again.
     int asked = 0;
@@ -486,17 +485,17 @@ void TestInputNode::tooBigToRead()
         return ++asked > 1;
     });
     Settings::instance()->setMaxMemoryUsage(0.000001);
-    scene.process(GraphScene::RunAll);
+    model.process(FlowModel::RunAll);
     setMemoryLimitHandler(nullptr);
     Settings::instance()->setMaxMemoryUsage(4.0);
     QVERIFY(asked >= 2);
     // The reader stops, the item fails with the reason, and the run goes on.
-    QCOMPARE(input->status(), int(Node::Error));
+    QCOMPARE(input->status(), int(FlowItem::Error));
     QCOMPARE(input->dataset()->rowCount(), 0);
     QVERIFY(input->warnings().contains(
         QString("'%1' is too big for Tabulon to read.").arg(QDir::toNativeSeparators(path))));
-    QCOMPARE(small->status(), int(Node::UpToDate));
+    QCOMPARE(small->status(), int(FlowItem::UpToDate));
 }
 
-TABULON_TEST_MAIN(TestInputNode)
-#include "tst_inputnode.moc"
+QTEST_GUILESS_MAIN(TestInputItem)
+#include "tst_inputitem.moc"
