@@ -41,8 +41,7 @@ void GraphScene::refreshGeometry()
     const QList<FlowItem *> all = m_model->items();
     for (const FlowItem *item : all)
         bounds |= itemRect(item->pos());
-    // Room for the selection outline and the connect overlays along the edges.
-    setSceneRect(bounds.adjusted(-45.0, -45.0, 45.0, 45.0));
+    setSceneRect(bounds.adjusted(-SceneMargin, -SceneMargin, SceneMargin, SceneMargin));
 }
 
 void GraphScene::runChangesIfAuto()

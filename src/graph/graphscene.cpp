@@ -106,6 +106,10 @@ void GraphScene::onItemAdded(FlowItem *item)
     m_nodes.insert(item, node);
     addItem(node);
     connect(node, &Node::nodePosChanged, this, &GraphScene::onPosChanged);
+    // Whoever added the item, the canvas must reach it.
+    setSceneRect(
+        sceneRect().united(QRectF(item->pos(), Node::itemSize())
+                               .adjusted(-SceneMargin, -SceneMargin, SceneMargin, SceneMargin)));
 }
 
 void GraphScene::onItemRemoved(FlowItem *item)

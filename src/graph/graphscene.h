@@ -83,6 +83,8 @@ public:
     void endItemsMove();
 
     static constexpr qreal RowWidth = 1440.0;
+    // Room around the items for the selection outline and the connect overlays.
+    static constexpr qreal SceneMargin = 45.0;
 
 public slots:
     void onPosChanged(const QList<Node *> &nodes);

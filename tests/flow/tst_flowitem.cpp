@@ -5,6 +5,7 @@
 #include "testdata.h"
 #include "transforms/transformclone.h"
 
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -155,6 +156,9 @@ void TestFlowItem::statusPropagatesToDescendants()
 
 void TestFlowItem::progressIsThrottled()
 {
+    qint64 now = 1000;
+    FlowItem::setProgressClock([&now] { return now; });
+    const auto restoreClock = qScopeGuard([] { FlowItem::setProgressClock(nullptr); });
     InputItem node;
     QSignalSpy spy(&node, &FlowItem::processed);
     node.onProcessed(0.5);
@@ -165,10 +169,13 @@ void TestFlowItem::progressIsThrottled()
     QCOMPARE(spy.count(), 1);
     node.onProcessed(1.0);
     QCOMPARE(spy.count(), 2);
-    QTest::qWait(260);
+    now += 260;
     node.onProcessed(1.01);
     QCOMPARE(spy.count(), 3);
-    QTest::qWait(260);
+    now += 249;
+    node.onProcessed(0.7);
+    QCOMPARE(spy.count(), 3);
+    now += 11;
     // Less than 0.02 away from the shown value.
     node.onProcessed(0.5);
     node.onProcessed(0.51);
