@@ -7,6 +7,7 @@
 #include "flow/outputitem.h"
 #include "flow/transformitem.h"
 #include "io/pathvariables.h"
+#include "shell/memory.h"
 #include "shell/settings.h"
 #include "transforms/framework/transform.h"
 
@@ -18,6 +19,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace {
 
@@ -212,6 +214,27 @@ int runCommandLine(const QStringList &arguments, CommandLineLog &log)
     return runDocument(options, log);
 }
 
+namespace {
+
+// The window's failure handling, without the window: what ends a run early is logged and
+// becomes the exit code, instead of a crash report.
+int runFailSafe(const CommandLineOptions &options, CommandLineLog &log)
+{
+    try {
+        return runDocument(options, log, true);
+    } catch (const MaxMemoryException &) {
+        log.error(QStringLiteral("Maximum memory exceeded"));
+        return 1;
+    } catch (const std::bad_alloc &) {
+        std::abort();
+    } catch (const std::exception &exception) {
+        log.error(QStringLiteral("exception: ") + QString::fromLocal8Bit(exception.what()));
+        return 2;
+    }
+}
+
+} // namespace
+
 void runCommandLineAndExit(const QStringList &arguments)
 {
     CommandLineLog log;
@@ -220,7 +243,7 @@ void runCommandLineAndExit(const QStringList &arguments)
     if (!options.abortMessage.isEmpty())
         code = log.abort(options.abortMessage);
     else if (options.cli)
-        code = runDocument(options, log, true);
+        code = runFailSafe(options, log);
     log.flush();
     Settings::instance()->sync();
     std::fflush(nullptr);

@@ -8,8 +8,6 @@
 
 #include <QApplication>
 
-#include <memory>
-
 GraphScene::GraphScene(FlowModel *model, QObject *parent)
     : QGraphicsScene(parent)
     , m_model(model ? model : new FlowModel)
@@ -70,13 +68,13 @@ void GraphScene::removeViews()
 void GraphScene::forwardModelSignals()
 {
     FlowModel *model = m_model;
+    // Every run, whoever started it, shows the busy cursor; the model's running flag keeps
+    // the pushes and pops paired.
     connect(model, &FlowModel::allowUserInteraction, this, [](bool allow) {
-        // Every run, whoever started it, shows the busy cursor.
-        static std::unique_ptr<BusyCursor> busy;
-        if (!allow && !busy)
-            busy = std::make_unique<BusyCursor>();
-        else if (allow)
-            busy.reset();
+        if (allow)
+            BusyCursor::pop();
+        else
+            BusyCursor::push();
     });
     connect(model, &FlowModel::allowUserInteraction, this, &GraphScene::allowUserInteraction);
     connect(model, &FlowModel::completedTransforms, this, [this] {
