@@ -205,11 +205,9 @@ void ItemPane::onProcessChanges()
     widget->refreshStatus();
     emit nodeStatusChanged();
     FlowModel *model = item->model();
-    if (model && model->autoRun()) {
-        // The canvas's runs show the busy cursor too.
-        BusyCursor busy;
+    // The scene over the model shows the busy cursor during the run.
+    if (model && model->autoRun())
         model->process(FlowModel::RunChanges);
-    }
     if (widget)
         widget->refreshAfterRun();
 }
