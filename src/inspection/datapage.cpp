@@ -124,13 +124,38 @@ DataPage::DataPage(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
     layout->setSpacing(4);
+    buildToolRow();
+    layout->addWidget(m_toolRow);
+    buildFilterRow();
+    layout->addWidget(m_filterRow);
+    layout->addWidget(m_view, 1);
+    connectFilters();
 
+    connect(m_view->dataModel(), &DataTableModel::filterChanged, this,
+            &DataPage::onModelFilterChanged);
+    connect(m_view->dataModel(), &QAbstractItemModel::modelReset, this, &DataPage::onModelReset);
+    connect(m_view, &DataTableView::selectedDataCellsChanged, this,
+            &DataPage::selectedDataCellsChanged);
+    connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this,
+            &DataPage::updateButtons);
+    onModelReset();
+}
+
+void DataPage::buildToolRow()
+{
     m_toolRow = new QWidget(this);
     auto *tools = new QHBoxLayout(m_toolRow);
     tools->setContentsMargins(0, 0, 0, 0);
     tools->setSpacing(1);
-    const QPalette &colours = palette();
+    buildActionButtons();
+    tools->addSpacing(8);
+    buildScrollButtons(tools);
+    tools->addStretch(1);
+}
 
+void DataPage::buildActionButtons()
+{
+    const QPalette &colours = palette();
     m_copyButton = addToolButton(
         QStringLiteral("Copy the dataset to the clipboard (Ctrl+C in the table copies only the "
                        "selected cells).\nNot affected by filtering of the data table."),
@@ -161,8 +186,11 @@ DataPage::DataPage(QWidget *parent)
         s_showInvisibles = on;
         m_view->setShowInvisibles(on);
     });
-    tools->addSpacing(8);
+}
 
+void DataPage::buildScrollButtons(QHBoxLayout *tools)
+{
+    const QPalette &colours = palette();
     struct ScrollSpec
     {
         Scroll scroll;
@@ -190,9 +218,10 @@ DataPage::DataPage(QWidget *parent)
         const Scroll how = spec.scroll;
         connect(button, &QToolButton::clicked, this, [this, how]() { scroll(how); });
     }
-    tools->addStretch(1);
-    layout->addWidget(m_toolRow);
+}
 
+void DataPage::buildFilterRow()
+{
     m_filterRow = new QWidget(this);
     auto *filters = new QHBoxLayout(m_filterRow);
     filters->setContentsMargins(0, 0, 0, 0);
@@ -224,15 +253,16 @@ DataPage::DataPage(QWidget *parent)
     filters->addWidget(m_filterCount);
     m_closeFilterButton = new QToolButton(m_filterRow);
     m_closeFilterButton->setAutoRaise(true);
-    m_closeFilterButton->setIcon(glyphIcon(Glyph::Close, colours));
+    m_closeFilterButton->setIcon(glyphIcon(Glyph::Close, palette()));
     m_closeFilterButton->setToolTip(QStringLiteral("Clear the filters and hide this row."));
     connect(m_closeFilterButton, &QToolButton::clicked, this,
             [this]() { setFilterRowShown(false); });
     filters->addWidget(m_closeFilterButton);
     m_filterRow->hide();
-    layout->addWidget(m_filterRow);
-    layout->addWidget(m_view, 1);
+}
 
+void DataPage::connectFilters()
+{
     m_filterTimer->setInterval(FilterDelayMs);
     connect(m_filterTimer, &DelayTimer::timeout, this, &DataPage::applyFilters);
     connect(m_rowFilterEdit, &QLineEdit::textEdited, m_filterTimer,
@@ -251,15 +281,6 @@ DataPage::DataPage(QWidget *parent)
     connect(m_rowFilterColumn, QOverload<int>::of(&QComboBox::activated), this,
             &DataPage::applyFilters);
     connect(m_matchCase, &QCheckBox::toggled, this, &DataPage::applyFilters);
-
-    connect(m_view->dataModel(), &DataTableModel::filterChanged, this,
-            &DataPage::onModelFilterChanged);
-    connect(m_view->dataModel(), &QAbstractItemModel::modelReset, this, &DataPage::onModelReset);
-    connect(m_view, &DataTableView::selectedDataCellsChanged, this,
-            &DataPage::selectedDataCellsChanged);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            &DataPage::updateButtons);
-    onModelReset();
 }
 
 DataPage::~DataPage() = default;

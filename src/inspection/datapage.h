@@ -7,6 +7,7 @@ class DataTableView;
 class FlowItem;
 class QCheckBox;
 class QComboBox;
+class QHBoxLayout;
 class QLabel;
 class QLineEdit;
 class DelayTimer;
@@ -58,6 +59,15 @@ signals:
     void selectedDataCellsChanged();
 
 private:
+    // The parts of the page, top to bottom; the constructor lays them out above the table.
+    void buildToolRow();
+    // Copy, row and column values, the filter row's switch and invisible characters.
+    void buildActionButtons();
+    void buildScrollButtons(QHBoxLayout *tools);
+    // Hidden until the filter button or a shortcut asks for it.
+    void buildFilterRow();
+    // The filter row waits for typing to pause; its other controls filter at once.
+    void connectFilters();
     QToolButton *addToolButton(const QString &toolTip, const QIcon &icon);
     void scroll(Scroll how);
     void onRowValues();

@@ -137,9 +137,19 @@ QStringList TransformLookup::matchTypeNames()
 void TransformLookup::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
-    ColumnSource *top = inputs.value(0);
-    ColumnSource *bottom = inputs.value(1);
+    createNameParameters(useRemembered);
+    createColumnParameters(inputs.value(0), inputs.value(1));
+    createMatchParameters(useRemembered);
+    createValueParameters(useRemembered);
+    createNoMatchParameters(useRemembered);
 
+    Parameter *caseSensitive = KeyMatching::createCaseSensitiveParameter();
+    applyRememberedValue(useRemembered, caseSensitive);
+    addParameter(caseSensitive);
+}
+
+void TransformLookup::createNameParameters(bool useRemembered)
+{
     auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
                                    QStringLiteral("Auto name"), true);
     autoName->setToolTip(QStringLiteral("Name the new column after the bottom value column."));
@@ -150,7 +160,10 @@ void TransformLookup::createParameters(const ColumnSources &inputs, bool useReme
                                   QStringLiteral("New column name"), QString());
     newName->setToolTip(QStringLiteral("The name of the new column."));
     addParameter(newName);
+}
 
+void TransformLookup::createColumnParameters(ColumnSource *top, ColumnSource *bottom)
+{
     addParameter(KeyMatching::createKeyParameter(
         QStringLiteral("Top_Lookup_Column"), QStringLiteral("Top lookup column"), top,
         QStringLiteral("The column of the top dataset whose values are looked up.")));
@@ -161,7 +174,10 @@ void TransformLookup::createParameters(const ColumnSources &inputs, bool useReme
         QStringLiteral("Bottom_Value_Column"), QStringLiteral("Bottom value column"), bottom,
         QStringLiteral("The column of the bottom dataset whose values are copied into the new "
                        "column.")));
+}
 
+void TransformLookup::createMatchParameters(bool useRemembered)
+{
     const QStringList types = matchTypeNames();
     auto *matchType = new Parameter(ParameterType::Selection, QStringLiteral("Match_Type"),
                                     QStringLiteral("Match type"), types.first(), types);
@@ -176,7 +192,10 @@ void TransformLookup::createParameters(const ColumnSources &inputs, bool useReme
                        "match.\nE.g. setting it to 80 means they must be at least 80% the same."));
     applyRememberedValue(useRemembered, fuzziness);
     addParameter(fuzziness);
+}
 
+void TransformLookup::createValueParameters(bool useRemembered)
+{
     auto *valuesUsed
         = new Parameter(ParameterType::Selection, QStringLiteral("Bottom_Values_Used"),
                         QStringLiteral("Use"), QStringLiteral("First"),
@@ -201,7 +220,10 @@ void TransformLookup::createParameters(const ColumnSources &inputs, bool useReme
     delimiter->setToolTip(QStringLiteral("The text between values when several are used."));
     applyRememberedValue(useRemembered, delimiter);
     addParameter(delimiter);
+}
 
+void TransformLookup::createNoMatchParameters(bool useRemembered)
+{
     auto *ifNoMatch = new Parameter(
         ParameterType::Selection, QStringLiteral("If_No_Match"), QStringLiteral("If no match"),
         QStringLiteral("Use no match value"),
@@ -219,10 +241,6 @@ void TransformLookup::createParameters(const ColumnSources &inputs, bool useReme
                                             "of the row."));
     applyRememberedValue(useRemembered, noMatchValue);
     addParameter(noMatchValue);
-
-    Parameter *caseSensitive = KeyMatching::createCaseSensitiveParameter();
-    applyRememberedValue(useRemembered, caseSensitive);
-    addParameter(caseSensitive);
 }
 
 void TransformLookup::connectParameters(ColumnSources inputs)

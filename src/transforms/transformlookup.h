@@ -19,4 +19,15 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    // createParameters calls these in turn: the Right pane shows the options, and documents
+    // store them, in the order they are added.
+    void createNameParameters(bool useRemembered);
+    void createColumnParameters(ColumnSource *top, ColumnSource *bottom);
+    // The match type and, for Fuzzy, how close is close enough.
+    void createMatchParameters(bool useRemembered);
+    // Which of several matching bottom values are used, and how they are joined.
+    void createValueParameters(bool useRemembered);
+    void createNoMatchParameters(bool useRemembered);
 };

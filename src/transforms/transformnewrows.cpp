@@ -28,7 +28,13 @@ void TransformNewRows::createParameters(const ColumnSources &inputs, bool useRem
 {
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
+    createNumberParameters(input, useRemembered);
+    createNewRowParameters(useRemembered);
+    createConditionParameters(input, useRemembered);
+}
 
+void TransformNewRows::createNumberParameters(ColumnSource *input, bool useRemembered)
+{
     const QStringList hows {QStringLiteral("Same for every row"),
                             QStringLiteral("Set from a column")};
     auto *how = new Parameter(ParameterType::Selection, QStringLiteral("Number_How_Name"),
@@ -51,7 +57,10 @@ void TransformNewRows::createParameters(const ColumnSources &inputs, bool useRem
     number->setToolTip(QStringLiteral("The number of new rows for each row."));
     applyRememberedValue(useRemembered, number);
     addParameter(number);
+}
 
+void TransformNewRows::createNewRowParameters(bool useRemembered)
+{
     const QStringList as {QStringLiteral("Blank row(s)"), QStringLiteral("Copied row(s)"),
                           QStringLiteral("User defined row(s)")};
     auto *asOption = new Parameter(ParameterType::Selection, QStringLiteral("As_Name"),
@@ -79,7 +88,10 @@ void TransformNewRows::createParameters(const ColumnSources &inputs, bool useRem
     location->setToolTip(QStringLiteral("Where the new rows go."));
     applyRememberedValue(useRemembered, location);
     addParameter(location);
+}
 
+void TransformNewRows::createConditionParameters(ColumnSource *input, bool useRemembered)
+{
     const QStringList fors {QStringLiteral("Every row"), QStringLiteral("Rows where"),
                             QStringLiteral("First row"), QStringLiteral("Last row")};
     auto *forRows = new Parameter(ParameterType::Selection, QStringLiteral("For_Name"),

@@ -21,4 +21,15 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    // createParameters calls these in turn: the Right pane shows the options, and documents
+    // store them, in the order they are added.
+
+    // How many new rows: a fixed number or one read from a column.
+    void createNumberParameters(ColumnSource *input, bool useRemembered);
+    // What the new rows hold and where they go.
+    void createNewRowParameters(bool useRemembered);
+    // Which rows get new rows, with the "Rows where" condition.
+    void createConditionParameters(ColumnSource *input, bool useRemembered);
 };
