@@ -101,7 +101,6 @@ void TestTransformSample::sample_data()
     QTest::addColumn<QString>("result");
 
     QTest::newRow("first") << 0 << 3 << QStringList {"1", "2", "3"} << "3 sampled, 7 unsampled";
-    QTest::newRow("last") << 1 << 3 << QStringList {"8", "9", "10"} << "3 sampled, 7 unsampled";
     QTest::newRow("evenly") << 2 << 3 << QStringList {"3", "6", "8"} << "3 sampled, 7 unsampled";
     QTest::newRow("evenly, nearly all")
         << 2 << 9 << QStringList {"2", "3", "4", "5", "6", "7", "8", "9", "10"}
