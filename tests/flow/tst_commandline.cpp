@@ -9,6 +9,8 @@
 #include "transforms/registry.h"
 
 #include <QBuffer>
+#include <QDir>
+#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -428,25 +430,42 @@ void TestCommandLine::unreadableDocumentAborts()
 void TestCommandLine::realProgram_data()
 {
     QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("memoryLimit");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("errors");
-    QTest::newRow("no document") << QStringList {"-cli"} << 255
+    QTest::newRow("no document") << QStringList {"-cli"} << QString() << 255
                                  << "No .tabulon file specified.\nAborted processing\n";
     QTest::newRow("two equals signs")
-        << QStringList {"--CLI", "document.tabulon", "-file", "in=a=b.csv"} << 255
+        << QStringList {"--CLI", "document.tabulon", "-file", "in=a=b.csv"} << QString() << 255
         << "Expected <alias>=<value> for in=a=b.csv argument\nAborted processing\n";
-    QTest::newRow("run") << QStringList {"-Cli", "document.tabulon", "-FILE", "in=other.csv"} << 0
-                         << "";
+    QTest::newRow("run") << QStringList {"-Cli", "document.tabulon", "-FILE", "in=other.csv"}
+                         << QString() << 0 << "";
+    // No window can offer to raise the limit: the run ends with the window's exit code.
+    QTest::newRow("memory limit") << QStringList {"-cli", "document.tabulon"} << "0.001" << 1
+                                  << "Maximum memory exceeded";
 }
 
 void TestCommandLine::realProgram()
 {
     QFETCH(QStringList, arguments);
+    QFETCH(QString, memoryLimit);
     QFETCH(int, exitCode);
     QFETCH(QString, errors);
     QVERIFY(!copyCase().isEmpty());
     QProcess process;
     process.setWorkingDirectory(m_dir->path());
+    // The program's own settings store, so that the user's preferences play no part.
+    QTemporaryDir config;
+    QVERIFY(config.isValid());
+    QVERIFY(QDir(config.path()).mkpath(QStringLiteral("Velmora")));
+    QFile store(config.filePath(QStringLiteral("Velmora/Tabulon.conf")));
+    QVERIFY(store.open(QIODevice::WriteOnly));
+    if (!memoryLimit.isEmpty())
+        store.write("[General]\nmax_memory_usage=" + memoryLimit.toLatin1() + "\n");
+    store.close();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), config.path());
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(TABULON_PROGRAM), arguments);
     QVERIFY(process.waitForFinished(60000));
     const QString standardError = QString::fromUtf8(process.readAllStandardError());
