@@ -144,145 +144,232 @@ void TransformJoin::addDetailedReport(const Dataset &top, int topKey, const Data
         addInformation(line);
 }
 
+// What one run reads from the options.
+struct TransformJoin::Options
+{
+    bool byRowNumber = false;
+    int topKey = -1;
+    int bottomKey = -1;
+    bool includeTop = false;
+    bool includeBottom = false;
+    bool caseSensitive = false;
+    bool detailedReport = false;
+};
+
+// The rows written, for the result text.
+struct TransformJoin::Counts
+{
+    qint64 joined = 0;
+    qint64 topUsed = 0;
+    qint64 bottomUsed = 0;
+};
+
 Dataset &TransformJoin::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
                                 bool &)
 {
-    const Parameter *byOption = &option(QStringLiteral("By"));
-    const Parameter *column1Option = &option(QStringLiteral("Column_1"));
-    const Parameter *column2Option = &option(QStringLiteral("Column_2"));
-    const Parameter *nonMatching1Option = &option(QStringLiteral("Include_Non_Matching_1"));
-    const Parameter *nonMatching2Option = &option(QStringLiteral("Include_Non_Matching_2"));
-    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
-    const Parameter *detailedOption = &option(QStringLiteral("Detailed_Report"));
+    const Options options = readOptions();
     Dataset topData = inputDataset(inputs, 0);
-    const Dataset &top = topData;
     if (inputs.size() == 1) {
-        output = top;
+        output = topData;
         setResult(KeyMatching::connectSecondText());
         return output;
     }
     const Dataset &bottom = *inputs.at(1).dataset;
-    const bool includeTop = nonMatching1Option->toBool();
-    const bool includeBottom = nonMatching2Option->toBool();
+    // Counted before a join by key may take the top rows over.
+    const int topRows = topData.rowCount();
+    Counts counts;
+    if (options.byRowNumber) {
+        counts = joinByRowNumber(output, topData, bottom, options);
+    } else if (options.topKey < 0 || options.bottomKey < 0) {
+        output = topData;
+        setResult(QStringLiteral("No changes"));
+        return output;
+    } else {
+        counts = joinByKey(output, topData, bottom, options);
+    }
+    setResult(resultText(counts, options, topRows, bottom.rowCount()));
+    return output;
+}
+
+TransformJoin::Options TransformJoin::readOptions() const
+{
+    Options options;
+    options.byRowNumber = option(QStringLiteral("By")).toSelectionIndex() == ByRowNumber;
+    options.topKey = option(QStringLiteral("Column_1")).toColumnIndex();
+    options.bottomKey = option(QStringLiteral("Column_2")).toColumnIndex();
+    options.includeTop = option(QStringLiteral("Include_Non_Matching_1")).toBool();
+    options.includeBottom = option(QStringLiteral("Include_Non_Matching_2")).toBool();
+    options.caseSensitive = option(QStringLiteral("Case_Sensitive")).toBool();
+    options.detailedReport = option(QStringLiteral("Detailed_Report")).toBool();
+    return options;
+}
+
+TransformJoin::Counts TransformJoin::joinByRowNumber(Dataset &output, const Dataset &top,
+                                                     const Dataset &bottom, const Options &options)
+{
+    const bool includeTop = options.includeTop;
+    const bool includeBottom = options.includeBottom;
     const int topRows = top.rowCount();
     const int bottomRows = bottom.rowCount();
-    const int topWidth = top.columnCount();
-    const int width = topWidth + bottom.columnCount();
-    const QStringList emptyTop = KeyMatching::emptyRow(topWidth);
+    const int width = top.columnCount() + bottom.columnCount();
+    const QStringList emptyTop = KeyMatching::emptyRow(top.columnCount());
     const QStringList emptyBottom = KeyMatching::emptyRow(bottom.columnCount());
 
+    setJoinedShape(output, top, bottom);
+    const int paired = std::min(topRows, bottomRows);
+    output.reserveRows(std::max(topRows, bottomRows));
+    Counts counts;
+    for (int r = 0; r < paired; ++r) {
+        reportRow(r, paired);
+        output.appendSharedRow(joinedRow(top.row(r), bottom.row(r), width));
+    }
+    counts.joined = paired;
+    for (int r = paired; includeTop && r < topRows; ++r) {
+        output.appendSharedRow(joinedRow(top.row(r), emptyBottom, width));
+        ++counts.topUsed;
+    }
+    for (int r = paired; includeBottom && r < bottomRows; ++r) {
+        output.appendSharedRow(joinedRow(emptyTop, bottom.row(r), width));
+        ++counts.bottomUsed;
+    }
+    return counts;
+}
+
+TransformJoin::Counts TransformJoin::joinByKey(Dataset &output, Dataset &topData,
+                                               const Dataset &bottom, const Options &options)
+{
+    const int topWidth = topData.columnCount();
+    setJoinedShape(output, topData, bottom);
+    // Read before the top rows may be given up below.
+    if (options.detailedReport)
+        addDetailedReport(topData, options.topKey, bottom, options.bottomKey,
+                          options.caseSensitive);
+
+    const KeyMatching::KeyIndex index(bottom, options.bottomKey, options.caseSensitive);
+    // Marks, by the first bottom row of each key, which keys found a top partner.
+    QVector<char> keyMatched(options.includeBottom ? bottom.rowCount() : 0, 0);
+    QList<QStringList> unmatchedTop;
+    Counts counts;
+    counts.joined
+        = appendKeyMatches(output, topData, bottom, index, options, keyMatched, unmatchedTop);
+    counts.topUsed = appendUnmatchedTop(output, unmatchedTop, topWidth, bottom, options);
+    unmatchedTop.clear();
+    if (options.includeBottom)
+        counts.bottomUsed
+            = appendUnmatchedBottom(output, topWidth, bottom, index, keyMatched, options);
+    return counts;
+}
+
+qint64 TransformJoin::appendKeyMatches(Dataset &output, Dataset &topData, const Dataset &bottom,
+                                       const KeyMatching::KeyIndex &index, const Options &options,
+                                       QVector<char> &keyMatched, QList<QStringList> &unmatchedTop)
+{
+    const Dataset &top = topData;
+    const int topRows = top.rowCount();
+    const int width = top.columnCount() + bottom.columnCount();
+    const int topKey = options.topKey;
+    const bool caseSensitive = options.caseSensitive;
+    const bool includeTop = options.includeTop;
+    const bool includeBottom = options.includeBottom;
+    // With one bottom row per key, each top row gives at most one output row, which can
+    // take its place among the top rows: output row w is written once top row w has been
+    // read. When the top rows are this run's alone, the join then needs no table of its
+    // own. Rows left behind move towards the end and are dropped there.
+    const bool inPlace = index.hasUniqueKeys();
+    QList<QStringList> rows;
+    if (inPlace)
+        rows = topData.takeRows();
+    else
+        output.reserveRows(topRows);
     qint64 joined = 0;
-    qint64 topUsed = 0;
-    qint64 bottomUsed = 0;
-
-    if (byOption->toSelectionIndex() == ByRowNumber) {
-        setJoinedShape(output, top, bottom);
-        const int paired = std::min(topRows, bottomRows);
-        output.reserveRows(std::max(topRows, bottomRows));
-        for (int r = 0; r < paired; ++r) {
-            reportRow(r, paired);
-            output.appendSharedRow(joinedRow(top.row(r), bottom.row(r), width));
+    for (int r = 0; r < topRows; ++r) {
+        reportRow(r, topRows);
+        prefetchAhead(inPlace ? rows : top.rows(), r);
+        const QStringList &topRow = inPlace ? rows.at(r) : top.row(r);
+        const int first = index.first(KeyMatching::keyText(topRow.at(topKey), caseSensitive));
+        if (first < 0) {
+            if (includeTop)
+                unmatchedTop.append(topRow);
+            continue;
         }
-        joined = paired;
-        for (int r = paired; includeTop && r < topRows; ++r) {
-            output.appendSharedRow(joinedRow(top.row(r), emptyBottom, width));
-            ++topUsed;
-        }
-        for (int r = paired; includeBottom && r < bottomRows; ++r) {
-            output.appendSharedRow(joinedRow(emptyTop, bottom.row(r), width));
-            ++bottomUsed;
-        }
-    } else {
-        const int topKey = column1Option->toColumnIndex();
-        const int bottomKey = column2Option->toColumnIndex();
-        if (topKey < 0 || bottomKey < 0) {
-            output = top;
-            setResult(QStringLiteral("No changes"));
-            return output;
-        }
-        const bool caseSensitive = caseOption->toBool();
-        setJoinedShape(output, top, bottom);
-        // Read before the top rows may be given up below.
-        if (detailedOption->toBool())
-            addDetailedReport(top, topKey, bottom, bottomKey, caseSensitive);
-
-        const KeyMatching::KeyIndex index(bottom, bottomKey, caseSensitive);
-        // With one bottom row per key, each top row gives at most one output row, which can
-        // take its place among the top rows: output row w is written once top row w has been
-        // read. When the top rows are this run's alone, the join then needs no table of its
-        // own. Rows left behind move towards the end and are dropped there.
-        const bool inPlace = index.hasUniqueKeys();
-        QList<QStringList> rows;
-        if (inPlace)
-            rows = topData.takeRows();
-        else
-            output.reserveRows(topRows);
-        // Marks, by the first bottom row of each key, which keys found a top partner.
-        QVector<char> keyMatched(includeBottom ? bottomRows : 0, 0);
-        QList<QStringList> unmatchedTop;
-        for (int r = 0; r < topRows; ++r) {
-            reportRow(r, topRows);
-            prefetchAhead(inPlace ? rows : top.rows(), r);
-            const QStringList &topRow = inPlace ? rows.at(r) : top.row(r);
-            const int first = index.first(KeyMatching::keyText(topRow.at(topKey), caseSensitive));
-            if (first < 0) {
-                if (includeTop)
-                    unmatchedTop.append(topRow);
-                continue;
-            }
-            if (includeBottom)
-                keyMatched[first] = 1;
-            if (inPlace) {
-                // A top row of this run's alone grows by the bottom cells; its own cells need
-                // not be counted in and out again.
-                QStringList &grown = rows[r];
-                if (grown.isDetached()) {
-                    grown.reserve(width);
-                    grown.append(bottom.row(first));
-                } else {
-                    grown = joinedRow(grown, bottom.row(first), width);
-                }
-                if (joined != r)
-                    rows[int(joined)].swap(grown);
-                ++joined;
-                continue;
-            }
-            for (int b = first; b >= 0; b = index.next(b)) {
-                output.appendSharedRow(joinedRow(topRow, bottom.row(b), width));
-                ++joined;
-            }
-        }
+        if (includeBottom)
+            keyMatched[first] = 1;
         if (inPlace) {
-            rows.erase(rows.begin() + int(joined), rows.end());
-            output.setSharedRows(std::move(rows));
+            // A top row of this run's alone grows by the bottom cells; its own cells need
+            // not be counted in and out again.
+            QStringList &grown = rows[r];
+            if (grown.isDetached()) {
+                grown.reserve(width);
+                grown.append(bottom.row(first));
+            } else {
+                grown = joinedRow(grown, bottom.row(first), width);
+            }
+            if (joined != r)
+                rows[int(joined)].swap(grown);
+            ++joined;
+            continue;
         }
-        for (const QStringList &topRow : qAsConst(unmatchedTop)) {
-            QStringList row = joinedRow(topRow, emptyBottom, width);
-            row[topWidth + bottomKey] = topRow.at(topKey);
-            output.appendSharedRow(row);
-            ++topUsed;
-        }
-        unmatchedTop.clear();
-        for (int r = 0; includeBottom && r < bottomRows; ++r) {
-            const QStringList &bottomRow = bottom.row(r);
-            const int first
-                = index.first(KeyMatching::keyText(bottomRow.at(bottomKey), caseSensitive));
-            if (keyMatched.at(first))
-                continue;
-            QStringList row = joinedRow(emptyTop, bottomRow, width);
-            row[topKey] = bottomRow.at(bottomKey);
-            output.appendSharedRow(row);
-            ++bottomUsed;
+        for (int b = first; b >= 0; b = index.next(b)) {
+            output.appendSharedRow(joinedRow(topRow, bottom.row(b), width));
+            ++joined;
         }
     }
+    if (inPlace) {
+        rows.erase(rows.begin() + int(joined), rows.end());
+        output.setSharedRows(std::move(rows));
+    }
+    return joined;
+}
 
-    QString result = QStringLiteral("%1 joined").arg(rowsText(joined));
-    if (includeTop)
+qint64 TransformJoin::appendUnmatchedTop(Dataset &output, const QList<QStringList> &topRows,
+                                         int topWidth, const Dataset &bottom,
+                                         const Options &options)
+{
+    const int width = topWidth + bottom.columnCount();
+    const QStringList emptyBottom = KeyMatching::emptyRow(bottom.columnCount());
+    const int topKey = options.topKey;
+    const int keyColumn = topWidth + options.bottomKey;
+    for (const QStringList &topRow : topRows) {
+        QStringList row = joinedRow(topRow, emptyBottom, width);
+        row[keyColumn] = topRow.at(topKey);
+        output.appendSharedRow(row);
+    }
+    return topRows.size();
+}
+
+qint64 TransformJoin::appendUnmatchedBottom(Dataset &output, int topWidth, const Dataset &bottom,
+                                            const KeyMatching::KeyIndex &index,
+                                            const QVector<char> &keyMatched, const Options &options)
+{
+    const int width = topWidth + bottom.columnCount();
+    const QStringList emptyTop = KeyMatching::emptyRow(topWidth);
+    const int topKey = options.topKey;
+    const int bottomKey = options.bottomKey;
+    const bool caseSensitive = options.caseSensitive;
+    const int bottomRows = bottom.rowCount();
+    qint64 used = 0;
+    for (int r = 0; r < bottomRows; ++r) {
+        const QStringList &bottomRow = bottom.row(r);
+        const int first = index.first(KeyMatching::keyText(bottomRow.at(bottomKey), caseSensitive));
+        if (keyMatched.at(first))
+            continue;
+        QStringList row = joinedRow(emptyTop, bottomRow, width);
+        row[topKey] = bottomRow.at(bottomKey);
+        output.appendSharedRow(row);
+        ++used;
+    }
+    return used;
+}
+
+QString TransformJoin::resultText(const Counts &counts, const Options &options, int topRows,
+                                  int bottomRows)
+{
+    QString result = QStringLiteral("%1 joined").arg(rowsText(counts.joined));
+    if (options.includeTop)
         result += QStringLiteral(", %1 used from %2 in top dataset")
-                      .arg(rowsText(topUsed), formatCount(topRows));
-    if (includeBottom)
+                      .arg(rowsText(counts.topUsed), formatCount(topRows));
+    if (options.includeBottom)
         result += QStringLiteral(", %1 used from %2 in bottom dataset")
-                      .arg(rowsText(bottomUsed), formatCount(bottomRows));
-    setResult(result);
-    return output;
+                      .arg(rowsText(counts.bottomUsed), formatCount(bottomRows));
+    return result;
 }

@@ -81,6 +81,22 @@ private:
     QStringList m_values;
 };
 
+// "%1 misses in the <column>:", the listed misses and a count of the rest.
+QString missesText(qint64 misses, const QStringList &listed, const QString &column)
+{
+    QString text
+        = QStringLiteral("%1 in the %2:")
+              .arg(KeyMatching::countText(misses, QStringLiteral("miss"), QStringLiteral("misses")),
+                   column);
+    for (const QString &line : listed)
+        text += QLatin1Char('\n') + line;
+    if (misses > listed.size())
+        text += QLatin1Char('\n')
+            + QStringLiteral("+ %1").arg(KeyMatching::countText(
+                misses - listed.size(), QStringLiteral("miss"), QStringLiteral("misses")));
+    return text;
+}
+
 } // namespace
 
 const TransformDescriptor &TransformLookup::descriptor() const
@@ -280,22 +296,157 @@ QList<ParameterState> TransformLookup::parameterStates() const
              !ifNoMatch || ifNoMatch->toSelectionIndex() == UseNoMatchValue}};
 }
 
+// What one run reads from the options.
+struct TransformLookup::Options
+{
+    bool autoName = false;
+    QString newName;
+    int topKey = -1;
+    int bottomKey = -1;
+    int bottomValue = -1;
+    int matchType = Exact;
+    int threshold = 0;
+    bool useAll = false;
+    QString delimiter;
+    bool leaveUnchanged = false;
+    QString noMatchValue;
+    bool caseSensitive = false;
+};
+
+// The new column's values and what the lookup met on the way.
+struct TransformLookup::LookedUp
+{
+    QStringList values;
+    qint64 matched = 0;
+    qint64 misses = 0;
+    // The first misses, named one by one.
+    QStringList missLines;
+};
+
+// How the bottom rows are searched for the key of one top row: through the index of the
+// bottom keys for Exact, else by a walk over every bottom row with keys prepared once for
+// all the walks.
+class TransformLookup::BottomSearch
+{
+public:
+    BottomSearch(const Dataset &top, const Dataset &bottom, const KeyMatching::KeyIndex &index,
+                 const Options &options)
+        : m_bottom(bottom)
+        , m_index(index)
+        , m_matchType(options.matchType)
+        , m_bottomValue(options.bottomValue)
+        , m_threshold(options.threshold)
+        , m_useAll(options.useAll)
+        , m_caseSensitive(options.caseSensitive)
+    {
+        if (m_matchType == Exact)
+            return;
+        const int bottomRows = bottom.rowCount();
+        const bool lowered = m_matchType == Fuzzy || m_matchType == NotExact;
+        m_bottomKeys.reserve(bottomRows);
+        for (int b = 0; b < bottomRows; ++b) {
+            const QString &cell = bottom.cell(b, options.bottomKey);
+            m_bottomKeys.append(lowered ? KeyMatching::keyText(cell, m_caseSensitive) : cell);
+        }
+        if (lowered)
+            return;
+        m_test = operatorTest(m_matchType);
+        const QStringList formats = dateFormats();
+        if (!top.isDateColumn(options.topKey, formats, &m_topFormat))
+            m_topFormat.clear();
+        if (!bottom.isDateColumn(options.bottomKey, formats, &m_bottomFormat))
+            m_bottomFormat.clear();
+    }
+
+    // Adds the values of the bottom rows that match cell to found, which starts empty.
+    void find(const QString &cell, ValueCollector &found) const
+    {
+        if (m_matchType == Exact)
+            findExact(cell, found);
+        else if (m_matchType == Fuzzy)
+            findFuzzy(cell, found);
+        else if (m_matchType == NotExact)
+            findNotExact(cell, found);
+        else
+            findByOperator(cell, found);
+    }
+
+private:
+    void findExact(const QString &cell, ValueCollector &found) const
+    {
+        for (int b = m_index.first(KeyMatching::keyText(cell, m_caseSensitive)); b >= 0;
+             b = m_index.next(b)) {
+            if (!found.add(m_bottom.cell(b, m_bottomValue)))
+                break;
+        }
+    }
+
+    // Only the bottom rows of the best score count.
+    void findFuzzy(const QString &cell, ValueCollector &found) const
+    {
+        const QString key = KeyMatching::keyText(cell, m_caseSensitive);
+        const int bottomRows = m_bottom.rowCount();
+        int best = -1;
+        for (int b = 0; b < bottomRows; ++b) {
+            // Raising the threshold to the best so far lets the banded distance give up
+            // early on every row that cannot win.
+            const int needed = std::max(m_threshold, m_useAll ? best : best + 1);
+            if (needed > 100)
+                break;
+            const int score = similarity(key, m_bottomKeys.at(b), needed);
+            if (score < needed)
+                continue;
+            if (score > best) {
+                best = score;
+                found.clear();
+            }
+            found.add(m_bottom.cell(b, m_bottomValue));
+        }
+    }
+
+    void findNotExact(const QString &cell, ValueCollector &found) const
+    {
+        const QString key = KeyMatching::keyText(cell, m_caseSensitive);
+        const int bottomRows = m_bottom.rowCount();
+        for (int b = 0; b < bottomRows; ++b) {
+            if (m_bottomKeys.at(b) != key && !found.add(m_bottom.cell(b, m_bottomValue)))
+                break;
+        }
+    }
+
+    void findByOperator(const QString &cell, ValueCollector &found) const
+    {
+        const Qt::CaseSensitivity sensitivity
+            = m_caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+        const int bottomRows = m_bottom.rowCount();
+        for (int b = 0; b < bottomRows; ++b) {
+            const bool hit = m_test.bottomLeft
+                ? ComparisonOperator::evaluate(m_test.op, m_bottomKeys.at(b), cell, m_bottomFormat,
+                                               m_topFormat, sensitivity)
+                : ComparisonOperator::evaluate(m_test.op, cell, m_bottomKeys.at(b), m_topFormat,
+                                               m_bottomFormat, sensitivity);
+            if (hit && !found.add(m_bottom.cell(b, m_bottomValue)))
+                break;
+        }
+    }
+
+    const Dataset &m_bottom;
+    const KeyMatching::KeyIndex &m_index;
+    const int m_matchType;
+    const int m_bottomValue;
+    const int m_threshold;
+    const bool m_useAll;
+    const bool m_caseSensitive;
+    QStringList m_bottomKeys;
+    QString m_topFormat;
+    QString m_bottomFormat;
+    OperatorTest m_test {0, true};
+};
+
 Dataset &TransformLookup::process(Dataset &output, const TransformInputs &inputs,
                                   const RunContext &, bool &)
 {
-    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
-    const Parameter *topKeyOption = &option(QStringLiteral("Top_Lookup_Column"));
-    const Parameter *bottomKeyOption = &option(QStringLiteral("Bottom_Lookup_Column"));
-    const Parameter *bottomValueOption = &option(QStringLiteral("Bottom_Value_Column"));
-    const Parameter *matchTypeOption = &option(QStringLiteral("Match_Type"));
-    const Parameter *fuzzinessOption = &option(QStringLiteral("Fuzziness"));
-    const Parameter *valuesUsedOption = &option(QStringLiteral("Bottom_Values_Used"));
-    const Parameter *fuzzyUsedOption = &option(QStringLiteral("Fuzzy_Bottom_Values_Used"));
-    const Parameter *delimOption = &option(QStringLiteral("Delim"));
-    const Parameter *ifNoMatchOption = &option(QStringLiteral("If_No_Match"));
-    const Parameter *noMatchValueOption = &option(QStringLiteral("Non_Matching_Value"));
-    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+    const Options options = readOptions();
     // The output is read as the top dataset until the new column is added at the end.
     output = inputDataset(inputs, 0);
     const Dataset &top = output;
@@ -304,142 +455,85 @@ Dataset &TransformLookup::process(Dataset &output, const TransformInputs &inputs
         return output;
     }
     const Dataset &bottom = *inputs.at(1).dataset;
-    const int topKey = topKeyOption->toColumnIndex();
-    const int bottomKey = bottomKeyOption->toColumnIndex();
-    const int bottomValue = bottomValueOption->toColumnIndex();
-    if (topKey < 0 || bottomKey < 0 || bottomValue < 0) {
+    if (options.topKey < 0 || options.bottomKey < 0 || options.bottomValue < 0) {
         setResult(QStringLiteral("No changes"));
         return output;
     }
 
-    const int matchType = matchTypeOption->toSelectionIndex();
-    const bool caseSensitive = caseOption->toBool();
-    const Qt::CaseSensitivity sensitivity = caseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
-    const bool fuzzy = matchType == Fuzzy;
-    const bool useAll = fuzzy ? fuzzyUsedOption->toSelectionIndex() == AllValues
-                              : valuesUsedOption->toSelectionIndex() == AllValues;
-    const int threshold = fuzzinessOption->toInt();
-    const QString delimiter = delimOption->toString();
-    const bool leaveUnchanged = ifNoMatchOption->toSelectionIndex() == LeaveUnchanged;
-    const QString noMatchValue = noMatchValueOption->toString();
-    const QHash<QString, ColumnIndex> topColumns = top.columnsByName();
-    const int topRows = top.rowCount();
-    const int bottomRows = bottom.rowCount();
+    const LookedUp found = lookUpValues(top, bottom, options);
+    const QString name = options.autoName
+        ? QStringLiteral("%1 %2").arg(displayName(), bottom.headerText(options.bottomValue))
+        : options.newName;
+    const int column = ColumnNames::appendNamedColumn(output, name);
+    output.setColumn(column, found.values);
 
-    // Keys prepared once for the walks over every bottom row.
-    QStringList bottomKeys;
-    QString topFormat;
-    QString bottomFormat;
-    OperatorTest test {0, true};
-    if (matchType != Exact) {
-        bottomKeys.reserve(bottomRows);
-        for (int b = 0; b < bottomRows; ++b) {
-            const QString &cell = bottom.cell(b, bottomKey);
-            bottomKeys.append(
-                fuzzy || matchType == NotExact ? KeyMatching::keyText(cell, caseSensitive) : cell);
-        }
-        if (!fuzzy && matchType != NotExact) {
-            test = operatorTest(matchType);
-            const QStringList formats = dateFormats();
-            if (!top.isDateColumn(topKey, formats, &topFormat))
-                topFormat.clear();
-            if (!bottom.isDateColumn(bottomKey, formats, &bottomFormat))
-                bottomFormat.clear();
-        }
-    }
-    const int total = topRows + (matchType == Exact ? bottomRows : 0);
+    if (found.misses > 0)
+        addInformation(missesText(found.misses, found.missLines, top.headerText(options.topKey)));
+    setResult(QStringLiteral("%1 matched, %2 unmatched")
+                  .arg(formatCount(found.matched), formatCount(found.misses)));
+    return output;
+}
+
+TransformLookup::Options TransformLookup::readOptions() const
+{
+    Options options;
+    options.autoName = option(QStringLiteral("Auto_New_Name")).toBool();
+    options.newName = option(QStringLiteral("New_Name")).toString();
+    options.topKey = option(QStringLiteral("Top_Lookup_Column")).toColumnIndex();
+    options.bottomKey = option(QStringLiteral("Bottom_Lookup_Column")).toColumnIndex();
+    options.bottomValue = option(QStringLiteral("Bottom_Value_Column")).toColumnIndex();
+    options.matchType = option(QStringLiteral("Match_Type")).toSelectionIndex();
+    options.threshold = option(QStringLiteral("Fuzziness")).toInt();
+    const QString usedKey = options.matchType == Fuzzy ? QStringLiteral("Fuzzy_Bottom_Values_Used")
+                                                       : QStringLiteral("Bottom_Values_Used");
+    options.useAll = option(usedKey).toSelectionIndex() == AllValues;
+    options.delimiter = option(QStringLiteral("Delim")).toString();
+    options.leaveUnchanged
+        = option(QStringLiteral("If_No_Match")).toSelectionIndex() == LeaveUnchanged;
+    options.noMatchValue = option(QStringLiteral("Non_Matching_Value")).toString();
+    options.caseSensitive = option(QStringLiteral("Case_Sensitive")).toBool();
+    return options;
+}
+
+TransformLookup::LookedUp TransformLookup::lookUpValues(const Dataset &top, const Dataset &bottom,
+                                                        const Options &options)
+{
+    const int matchType = options.matchType;
+    const int topKey = options.topKey;
+    const int topRows = top.rowCount();
+    const int total = topRows + (matchType == Exact ? bottom.rowCount() : 0);
     const KeyMatching::KeyIndex index = matchType == Exact
-        ? KeyMatching::KeyIndex(bottom, bottomKey, caseSensitive,
+        ? KeyMatching::KeyIndex(bottom, options.bottomKey, options.caseSensitive,
                                 [this, total](int r) { reportRow(r, total); })
         : KeyMatching::KeyIndex(Dataset(), 0, true);
+    const BottomSearch search(top, bottom, index, options);
     const qreal base = qreal(total - topRows) / qMax(1, total);
+    const int progressStep = matchType == Fuzzy ? FuzzyProgressRows : 1000;
+    const QHash<QString, ColumnIndex> topColumns = top.columnsByName();
 
-    QStringList values;
-    values.reserve(topRows);
-    ValueCollector found(useAll);
-    qint64 matched = 0;
-    qint64 misses = 0;
-    QStringList missLines;
+    LookedUp result;
+    result.values.reserve(topRows);
+    ValueCollector found(options.useAll);
     for (int r = 0; r < topRows; ++r) {
-        if (r % (fuzzy ? FuzzyProgressRows : 1000) == 0)
+        if (r % progressStep == 0)
             emit processed(base + qreal(r) / qMax(1, total));
         const QString &cell = top.cell(r, topKey);
         found.clear();
-        if (matchType == Exact) {
-            for (int b = index.first(KeyMatching::keyText(cell, caseSensitive)); b >= 0;
-                 b = index.next(b)) {
-                if (!found.add(bottom.cell(b, bottomValue)))
-                    break;
-            }
-        } else if (fuzzy) {
-            const QString key = KeyMatching::keyText(cell, caseSensitive);
-            int best = -1;
-            for (int b = 0; b < bottomRows; ++b) {
-                // Raising the threshold to the best so far lets the banded distance give up
-                // early on every row that cannot win.
-                const int needed = std::max(threshold, useAll ? best : best + 1);
-                if (needed > 100)
-                    break;
-                const int score = similarity(key, bottomKeys.at(b), needed);
-                if (score < needed)
-                    continue;
-                if (score > best) {
-                    best = score;
-                    found.clear();
-                }
-                found.add(bottom.cell(b, bottomValue));
-            }
-        } else if (matchType == NotExact) {
-            const QString key = KeyMatching::keyText(cell, caseSensitive);
-            for (int b = 0; b < bottomRows; ++b) {
-                if (bottomKeys.at(b) != key && !found.add(bottom.cell(b, bottomValue)))
-                    break;
-            }
-        } else {
-            for (int b = 0; b < bottomRows; ++b) {
-                const bool hit = test.bottomLeft
-                    ? ComparisonOperator::evaluate(test.op, bottomKeys.at(b), cell, bottomFormat,
-                                                   topFormat, sensitivity)
-                    : ComparisonOperator::evaluate(test.op, cell, bottomKeys.at(b), topFormat,
-                                                   bottomFormat, sensitivity);
-                if (hit && !found.add(bottom.cell(b, bottomValue)))
-                    break;
-            }
-        }
+        search.find(cell, found);
         if (!found.isEmpty()) {
-            ++matched;
-            values.append(found.text(delimiter));
+            ++result.matched;
+            result.values.append(found.text(options.delimiter));
             continue;
         }
-        ++misses;
-        if (missLines.size() < ListedMisses)
-            missLines.append(QStringLiteral("'%1' at row %2").arg(cell, QString::number(r + 1)));
-        values.append(leaveUnchanged ? cell
-                                     : top.substituteColumnVariables(noMatchValue, topColumns, r));
+        ++result.misses;
+        if (result.missLines.size() < ListedMisses)
+            result.missLines.append(
+                QStringLiteral("'%1' at row %2").arg(cell, QString::number(r + 1)));
+        result.values.append(options.leaveUnchanged ? cell
+                                                    : top.substituteColumnVariables(
+                                                        options.noMatchValue, topColumns, r));
     }
-    if (matchType != Exact && !fuzzy)
+    if (matchType != Exact && matchType != Fuzzy)
         clearComparisonCaches();
-
-    const QString name = autoNameOption->toBool()
-        ? QStringLiteral("%1 %2").arg(displayName(), bottom.headerText(bottomValue))
-        : newNameOption->toString();
-    const int column = ColumnNames::appendNamedColumn(output, name);
-    output.setColumn(column, values);
-
-    if (misses > 0) {
-        QString text = QStringLiteral("%1 in the %2:")
-                           .arg(KeyMatching::countText(misses, QStringLiteral("miss"),
-                                                       QStringLiteral("misses")),
-                                top.headerText(topKey));
-        for (const QString &line : qAsConst(missLines))
-            text += QLatin1Char('\n') + line;
-        if (misses > missLines.size())
-            text += QLatin1Char('\n')
-                + QStringLiteral("+ %1").arg(KeyMatching::countText(
-                    misses - missLines.size(), QStringLiteral("miss"), QStringLiteral("misses")));
-        addInformation(text);
-    }
-    setResult(
-        QStringLiteral("%1 matched, %2 unmatched").arg(formatCount(matched), formatCount(misses)));
-    return output;
+    return result;
 }

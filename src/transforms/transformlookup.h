@@ -21,6 +21,14 @@ protected:
                      bool &failed) override;
 
 private:
+    struct Options;
+    struct LookedUp;
+    class BottomSearch;
+
+    // process() reads the options, looks up a value for every top row and adds the column.
+    Options readOptions() const;
+    LookedUp lookUpValues(const Dataset &top, const Dataset &bottom, const Options &options);
+
     // createParameters calls these in turn: the Right pane shows the options, and documents
     // store them, in the order they are added.
     void createNameParameters(bool useRemembered);

@@ -147,113 +147,177 @@ QList<ParameterState> TransformNewRows::parameterStates() const
             {QStringLiteral("Match_Case_Sensitive"), where}};
 }
 
+// What one run reads from the options, but for the condition of "Rows where".
+struct TransformNewRows::Options
+{
+    bool fromColumn = false;
+    int numberColumn = -1;
+    int constantNumber = 0;
+    int as = BlankRows;
+    QString userValue;
+    bool userValueHasVariables = false;
+    bool above = false;
+    int forRows = EveryRow;
+
+    // How many new rows a selected row gets. A cell that isn't a number of rows gives none
+    // and is counted in badNumbers.
+    int count(const QStringList &row, qint64 &badNumbers) const
+    {
+        if (!fromColumn)
+            return constantNumber;
+        if (numberColumn < 0)
+            return 0;
+        bool ok = false;
+        const int count = toInt(row.at(numberColumn), true, false, &ok);
+        if (!ok || count < 0) {
+            ++badNumbers;
+            return 0;
+        }
+        return count;
+    }
+};
+
+// The condition of "Rows where", read once: one Filter term over one column or all of them.
+struct TransformNewRows::Condition
+{
+    bool used = false;
+    int op = ComparisonOperator::Contains;
+    QString value;
+    bool valueHasVariables = false;
+    Qt::CaseSensitivity caseSensitivity = Qt::CaseInsensitive;
+    QList<int> columns;
+    QStringList formats;
+
+    bool holds(const Dataset &input, const QStringList &row, int r,
+               const QHash<QString, ColumnIndex> &byName) const
+    {
+        const QString rowValue
+            = valueHasVariables ? input.substituteColumnVariables(value, byName, r) : value;
+        bool selected = !columns.isEmpty();
+        for (int i = 0; i < columns.size() && selected; ++i) {
+            const QString &format = formats.at(i);
+            selected = ComparisonOperator::evaluate(op, row.at(columns.at(i)), rowValue, format,
+                                                    format, caseSensitivity);
+        }
+        return selected;
+    }
+};
+
 Dataset &TransformNewRows::process(Dataset &output, const TransformInputs &inputs,
                                    const RunContext &, bool &)
 {
-    const Parameter *howOption = &option(QStringLiteral("Number_How_Name"));
-    const Parameter *numberColumnOption = &option(QStringLiteral("Number_Col_Name"));
-    const Parameter *numberOption = &option(QStringLiteral("Number_Const_Name"));
-    const Parameter *asOption = &option(QStringLiteral("As_Name"));
-    const Parameter *userValueOption = &option(QStringLiteral("User_Defined_Row_Value"));
-    const Parameter *locationOption = &option(QStringLiteral("Location_Name"));
-    const Parameter *forOption = &option(QStringLiteral("For_Name"));
-    const Parameter *matchColumnOption = &option(QStringLiteral("Match_Column_Name"));
-    const Parameter *matchTypeOption = &option(QStringLiteral("Match_Type_Name"));
-    const Parameter *matchValueOption = &option(QStringLiteral("Match_Value_Name"));
-    const Parameter *caseOption = &option(QStringLiteral("Match_Case_Sensitive"));
-
+    const Options options = readOptions();
     const Dataset &input = *inputs.first().dataset;
     output = input;
-    const int rowCount = input.rowCount();
-    const int columnCount = input.columnCount();
-
-    const bool fromColumn = howOption->toSelectionIndex() == SetFromColumn;
-    const int numberColumn = fromColumn ? numberColumnOption->toColumnIndex() : -1;
-    const int constantNumber = qMax(0, numberOption->toInt());
-    const int as = asOption->toSelectionIndex();
-    const QString userValue = userValueOption->toString();
-    const bool userValueHasVariables = userValue.contains(QStringLiteral("$("));
-    const bool above = locationOption->toSelectionIndex() == AboveEachRow;
-    const int forRows = forOption->toSelectionIndex();
-
-    // The condition of "Rows where" is one Filter term: a term without a value that needs one
-    // holds for every row; a column that no longer resolves leaves it holding for none.
-    const int op = ComparisonOperator::displayOrder().value(matchTypeOption->toSelectionIndex(),
-                                                            ComparisonOperator::Contains);
-    const QString matchValue = matchValueOption->toString();
-    const bool termUsed
-        = forRows == RowsWhere && (!matchValue.isEmpty() || ComparisonOperator::takesNoValue(op));
-    const Qt::CaseSensitivity caseSensitivity
-        = caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive;
-    QList<int> termColumns;
-    QStringList termFormats;
-    if (termUsed) {
-        if (matchColumnOption->toColumnId().isNull()) {
-            for (int c = 0; c < columnCount; ++c)
-                termColumns.append(c);
-        } else if (matchColumnOption->toColumnIndex() >= 0) {
-            termColumns.append(matchColumnOption->toColumnIndex());
-        }
-        const QStringList formats = dateFormats();
-        for (int c : qAsConst(termColumns)) {
-            QString format;
-            termFormats.append(input.isDateColumn(c, formats, &format) ? format : QString());
-        }
-    }
-    const bool valueHasVariables = matchValue.contains(QStringLiteral("$("));
-    const QHash<QString, ColumnIndex> byName = userValueHasVariables || valueHasVariables
+    const Condition condition = readCondition(input, options.forRows);
+    const QHash<QString, ColumnIndex> byName
+        = options.userValueHasVariables || condition.valueHasVariables
         ? input.columnsByName()
         : QHash<QString, ColumnIndex>();
 
+    qint64 badNumbers = 0;
+    const qint64 added = insertRows(output, input, options, condition, byName, badNumbers);
+    if (condition.used)
+        clearComparisonCaches();
+    if (badNumbers > 0)
+        addWarning(QStringLiteral("%1 %2 in column '%3' not a number of rows: no rows added")
+                       .arg(formatCount(badNumbers),
+                            badNumbers == 1 ? QStringLiteral("value") : QStringLiteral("values"),
+                            input.headerText(options.numberColumn)));
+    if (added == 0) {
+        output = input;
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+    setResult(
+        QStringLiteral("%1 %2 added")
+            .arg(formatCount(added), added == 1 ? QStringLiteral("row") : QStringLiteral("rows")));
+    return output;
+}
+
+TransformNewRows::Options TransformNewRows::readOptions() const
+{
+    Options options;
+    options.fromColumn
+        = option(QStringLiteral("Number_How_Name")).toSelectionIndex() == SetFromColumn;
+    options.numberColumn
+        = options.fromColumn ? option(QStringLiteral("Number_Col_Name")).toColumnIndex() : -1;
+    options.constantNumber = qMax(0, option(QStringLiteral("Number_Const_Name")).toInt());
+    options.as = option(QStringLiteral("As_Name")).toSelectionIndex();
+    options.userValue = option(QStringLiteral("User_Defined_Row_Value")).toString();
+    options.userValueHasVariables = options.userValue.contains(QStringLiteral("$("));
+    options.above = option(QStringLiteral("Location_Name")).toSelectionIndex() == AboveEachRow;
+    options.forRows = option(QStringLiteral("For_Name")).toSelectionIndex();
+    return options;
+}
+
+TransformNewRows::Condition TransformNewRows::readCondition(const Dataset &input, int forRows) const
+{
+    // A term without a value that needs one holds for every row; a column that no longer
+    // resolves leaves it holding for none.
+    Condition condition;
+    condition.op = ComparisonOperator::displayOrder().value(
+        option(QStringLiteral("Match_Type_Name")).toSelectionIndex(), ComparisonOperator::Contains);
+    condition.value = option(QStringLiteral("Match_Value_Name")).toString();
+    condition.used = forRows == RowsWhere
+        && (!condition.value.isEmpty() || ComparisonOperator::takesNoValue(condition.op));
+    condition.valueHasVariables = condition.value.contains(QStringLiteral("$("));
+    condition.caseSensitivity = option(QStringLiteral("Match_Case_Sensitive")).toBool()
+        ? Qt::CaseSensitive
+        : Qt::CaseInsensitive;
+    if (!condition.used)
+        return condition;
+    const Parameter &matchColumn = option(QStringLiteral("Match_Column_Name"));
+    if (matchColumn.toColumnId().isNull()) {
+        for (int c = 0; c < input.columnCount(); ++c)
+            condition.columns.append(c);
+    } else if (matchColumn.toColumnIndex() >= 0) {
+        condition.columns.append(matchColumn.toColumnIndex());
+    }
+    const QStringList formats = dateFormats();
+    for (int c : qAsConst(condition.columns)) {
+        QString format;
+        condition.formats.append(input.isDateColumn(c, formats, &format) ? format : QString());
+    }
+    return condition;
+}
+
+qint64 TransformNewRows::insertRows(Dataset &output, const Dataset &input, const Options &options,
+                                    const Condition &condition,
+                                    const QHash<QString, ColumnIndex> &byName, qint64 &badNumbers)
+{
+    const int rowCount = input.rowCount();
+    const int columnCount = input.columnCount();
+    const int as = options.as;
+    const bool above = options.above;
+    const int forRows = options.forRows;
     QStringList blankRow;
     blankRow.reserve(columnCount);
     for (int c = 0; c < columnCount; ++c)
         blankRow.append(QString());
     QStringList userRow;
-    if (as == UserDefinedRows && !userValueHasVariables) {
+    if (as == UserDefinedRows && !options.userValueHasVariables) {
         userRow = blankRow;
         for (QString &cell : userRow)
-            cell = userValue;
+            cell = options.userValue;
     }
 
     output.setRowCount(0);
     output.reserveRows(rowCount);
     qint64 added = 0;
-    qint64 badNumbers = 0;
     for (int r = 0; r < rowCount; ++r) {
         reportRow(r, rowCount);
         const QStringList &row = input.row(r);
         bool selected = true;
-        if (forRows == FirstRow) {
+        if (forRows == FirstRow)
             selected = r == 0;
-        } else if (forRows == LastRow) {
+        else if (forRows == LastRow)
             selected = r == rowCount - 1;
-        } else if (termUsed) {
-            const QString value = valueHasVariables
-                ? input.substituteColumnVariables(matchValue, byName, r)
-                : matchValue;
-            selected = !termColumns.isEmpty();
-            for (int i = 0; i < termColumns.size() && selected; ++i) {
-                const QString &format = termFormats.at(i);
-                selected = ComparisonOperator::evaluate(op, row.at(termColumns.at(i)), value,
-                                                        format, format, caseSensitivity);
-            }
-        }
-        int count = 0;
-        if (selected) {
-            if (!fromColumn) {
-                count = constantNumber;
-            } else if (numberColumn >= 0) {
-                bool ok = false;
-                count = toInt(row.at(numberColumn), true, false, &ok);
-                if (!ok || count < 0) {
-                    ++badNumbers;
-                    count = 0;
-                }
-            }
-        }
-        if (count > 0 && as == UserDefinedRows && userValueHasVariables) {
-            const QString text = input.substituteColumnVariables(userValue, byName, r);
+        else if (condition.used)
+            selected = condition.holds(input, row, r, byName);
+        const int count = selected ? options.count(row, badNumbers) : 0;
+        if (count > 0 && as == UserDefinedRows && options.userValueHasVariables) {
+            const QString text = input.substituteColumnVariables(options.userValue, byName, r);
             userRow = blankRow;
             for (QString &cell : userRow)
                 cell = text;
@@ -268,20 +332,5 @@ Dataset &TransformNewRows::process(Dataset &output, const TransformInputs &input
             output.appendRow(row);
         added += count;
     }
-    if (termUsed)
-        clearComparisonCaches();
-    if (badNumbers > 0)
-        addWarning(QStringLiteral("%1 %2 in column '%3' not a number of rows: no rows added")
-                       .arg(formatCount(badNumbers),
-                            badNumbers == 1 ? QStringLiteral("value") : QStringLiteral("values"),
-                            input.headerText(numberColumn)));
-    if (added == 0) {
-        output = input;
-        setResult(QStringLiteral("No changes"));
-        return output;
-    }
-    setResult(
-        QStringLiteral("%1 %2 added")
-            .arg(formatCount(added), added == 1 ? QStringLiteral("row") : QStringLiteral("rows")));
-    return output;
+    return added;
 }

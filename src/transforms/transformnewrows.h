@@ -23,6 +23,18 @@ protected:
                      bool &failed) override;
 
 private:
+    struct Options;
+    struct Condition;
+
+    // process() reads the options and the condition, then inserts the new rows among the
+    // existing ones.
+    Options readOptions() const;
+    Condition readCondition(const Dataset &input, int forRows) const;
+    // Returns how many new rows it inserted.
+    qint64 insertRows(Dataset &output, const Dataset &input, const Options &options,
+                      const Condition &condition, const QHash<QString, ColumnIndex> &byName,
+                      qint64 &badNumbers);
+
     // createParameters calls these in turn: the Right pane shows the options, and documents
     // store them, in the order they are added.
 

@@ -177,47 +177,12 @@ Dataset &TransformSample::process(Dataset &output, const TransformInputs &inputs
             output.appendSharedRow(input.row(int(qint64(rowCount) * i / (n + 1))));
         }
         break;
-    case RandomQuality: {
-        QRandomGenerator generator(seed);
-        RemainingRows remaining(rowCount);
-        QVector<int> drawn;
-        drawn.reserve(n);
-        for (int i = 0; i < n; ++i) {
-            if (i % RandomProgressStep == 0)
-                emit processed(0.9 * i / n);
-            // The last remaining entry can't be drawn while others remain; kept so that a
-            // seed goes on giving the samples it always gave.
-            const quint64 length = quint64(rowCount - i);
-            const int index = int(((length - 1) * quint64(generator.generate())) >> 32);
-            drawn.append(remaining.take(index));
-        }
-        std::sort(drawn.begin(), drawn.end());
-        for (int i = 0; i < n; ++i) {
-            if (i % RandomProgressStep == 0)
-                emit processed(0.9 + 0.1 * i / n);
-            output.appendSharedRow(input.row(drawn.at(i)));
-        }
+    case RandomQuality:
+        sampleRandomly(output, input, n, seed);
         break;
-    }
-    case RandomSpeed: {
-        QVector<quint32> numbers(rowCount);
-        QRandomGenerator generator(seed);
-        generator.fillRange(numbers.data(), rowCount);
-        int taken = 0;
-        for (int r = 0; r < rowCount; ++r) {
-            if (r % RandomProgressStep == 0)
-                emit processed(qreal(r) / rowCount);
-            const int needed = n - taken;
-            if (needed < 1)
-                break;
-            const double u = numbers.at(r) / 4294967295.0;
-            if (double(needed) / double(rowCount - r) >= u) {
-                output.appendSharedRow(input.row(r));
-                ++taken;
-            }
-        }
+    case RandomSpeed:
+        sampleInOnePass(output, input, n, seed);
         break;
-    }
     default:
         break;
     }
@@ -227,4 +192,49 @@ Dataset &TransformSample::process(Dataset &output, const TransformInputs &inputs
     setResult(QStringLiteral("%1 sampled, %2 unsampled")
                   .arg(formatCount(output.rowCount()), formatCount(rowCount - output.rowCount())));
     return output;
+}
+
+void TransformSample::sampleRandomly(Dataset &output, const Dataset &input, int n, quint32 seed)
+{
+    const int rowCount = input.rowCount();
+    QRandomGenerator generator(seed);
+    RemainingRows remaining(rowCount);
+    QVector<int> drawn;
+    drawn.reserve(n);
+    for (int i = 0; i < n; ++i) {
+        if (i % RandomProgressStep == 0)
+            emit processed(0.9 * i / n);
+        // The last remaining entry can't be drawn while others remain; kept so that a
+        // seed goes on giving the samples it always gave.
+        const quint64 length = quint64(rowCount - i);
+        const int index = int(((length - 1) * quint64(generator.generate())) >> 32);
+        drawn.append(remaining.take(index));
+    }
+    std::sort(drawn.begin(), drawn.end());
+    for (int i = 0; i < n; ++i) {
+        if (i % RandomProgressStep == 0)
+            emit processed(0.9 + 0.1 * i / n);
+        output.appendSharedRow(input.row(drawn.at(i)));
+    }
+}
+
+void TransformSample::sampleInOnePass(Dataset &output, const Dataset &input, int n, quint32 seed)
+{
+    const int rowCount = input.rowCount();
+    QVector<quint32> numbers(rowCount);
+    QRandomGenerator generator(seed);
+    generator.fillRange(numbers.data(), rowCount);
+    int taken = 0;
+    for (int r = 0; r < rowCount; ++r) {
+        if (r % RandomProgressStep == 0)
+            emit processed(qreal(r) / rowCount);
+        const int needed = n - taken;
+        if (needed < 1)
+            break;
+        const double u = numbers.at(r) / 4294967295.0;
+        if (double(needed) / double(rowCount - r) >= u) {
+            output.appendSharedRow(input.row(r));
+            ++taken;
+        }
+    }
 }

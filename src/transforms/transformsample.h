@@ -17,4 +17,11 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    // The random spreads. sampleRandomly draws n distinct row numbers, each remaining one
+    // about as likely as any other, and keeps the rows in their order; sampleInOnePass
+    // decides row by row, with a chance that keeps the count at n.
+    void sampleRandomly(Dataset &output, const Dataset &input, int n, quint32 seed);
+    void sampleInOnePass(Dataset &output, const Dataset &input, int n, quint32 seed);
 };

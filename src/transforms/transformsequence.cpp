@@ -171,8 +171,88 @@ QList<ParameterState> TransformSequence::parameterStates() const
              as && as->toSelectionIndex() == UserDefinedValue}};
 }
 
+// What one run reads from the options; a bound is the integer or the date's day number.
+struct TransformSequence::Options
+{
+    bool dates = false;
+    int column = -1;
+    bool userMinimum = false;
+    bool userMaximum = false;
+    qint64 userMinimumKey = 0;
+    qint64 userMaximumKey = 0;
+    bool descending = false;
+    int as = Blank;
+    QString userValue;
+};
+
+// Each cell of the column read once into a key (the integer, or the date's day number), so
+// that the sort compares plain numbers.
+struct TransformSequence::ColumnKeys
+{
+    QVector<qint64> keys;
+    QVector<bool> valid;
+    qint64 invalidCount = 0;
+    qint64 minimum = std::numeric_limits<qint64>::max();
+    qint64 maximum = std::numeric_limits<qint64>::min();
+};
+
 Dataset &TransformSequence::process(Dataset &output, const TransformInputs &inputs,
                                     const RunContext &, bool &)
+{
+    Options options;
+    if (!readOptions(&options)) {
+        setResult(failureText());
+        return output;
+    }
+    const Dataset &input = *inputs.first().dataset;
+    output = input;
+    const int rowCount = input.rowCount();
+    const int column = options.column;
+    if (column < 0 || rowCount == 0) {
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+    QString format;
+    if (options.dates) {
+        input.isDateColumn(column, dateFormats(), &format);
+        if (format.isEmpty()) {
+            addWarning(
+                QStringLiteral("No dates found in column '%1'").arg(input.headerText(column)));
+            setResult(QStringLiteral("No changes"));
+            return output;
+        }
+    }
+
+    const ColumnKeys keys = readKeys(input, options, format);
+    const qint64 invalidCount = keys.invalidCount;
+    if (invalidCount > 0)
+        addWarning(
+            QStringLiteral("%1 %2 in column '%3' not %4, placed at the end")
+                .arg(formatCount(invalidCount),
+                     invalidCount == 1 ? QStringLiteral("value") : QStringLiteral("values"),
+                     input.headerText(column),
+                     options.dates ? QStringLiteral("a date") : QStringLiteral("an integer")));
+
+    const QVector<int> order = orderRowsByKeys(keys.keys, keys.valid, options.descending);
+    const qint64 added = writeRows(output, input, keys, order, options, format);
+
+    bool reordered = false;
+    for (int r = 0; r < rowCount && !reordered; ++r)
+        reordered = order.at(r) != r;
+    if (added > 0)
+        setResult(QStringLiteral("%1 %2 added")
+                      .arg(formatCount(added),
+                           added == 1 ? QStringLiteral("row") : QStringLiteral("rows")));
+    else if (reordered)
+        setResult(QStringLiteral("Sorted"));
+    else
+        setResult(QStringLiteral("No changes"));
+    if (added == 0 && !reordered)
+        output = input;
+    return output;
+}
+
+bool TransformSequence::readOptions(Options *options) const
 {
     const QStringList keys {QStringLiteral("How_Name"),
                             QStringLiteral("Col_Name"),
@@ -185,52 +265,40 @@ Dataset &TransformSequence::process(Dataset &output, const TransformInputs &inpu
                             QStringLiteral("Order"),
                             QStringLiteral("As_Name"),
                             QStringLiteral("User_Defined_Row_Value")};
-    QList<const Parameter *> options;
+    QList<const Parameter *> found;
     for (const QString &key : keys) {
         const Parameter *option = parameter(key);
-        if (!option) {
-            setResult(failureText());
-            return output;
-        }
-        options.append(option);
+        if (!option)
+            return false;
+        found.append(option);
     }
-    const bool dates = options.at(0)->toSelectionIndex() == MissingDates;
-    const int column = options.at(1)->toColumnIndex();
-    const bool userMinimum = options.at(2)->toSelectionIndex() == UserDefined;
-    const bool userMaximum = options.at(5)->toSelectionIndex() == UserDefined;
-    const qint64 userMinimumKey
-        = dates ? options.at(4)->toDate().toJulianDay() : qint64(options.at(3)->toInt());
-    const qint64 userMaximumKey
-        = dates ? options.at(7)->toDate().toJulianDay() : qint64(options.at(6)->toInt());
-    const bool descending = options.at(8)->toSelectionIndex() == Descending;
-    const int as = options.at(9)->toSelectionIndex();
-    const QString userValue = options.at(10)->toString();
+    const bool dates = found.at(0)->toSelectionIndex() == MissingDates;
+    options->dates = dates;
+    options->column = found.at(1)->toColumnIndex();
+    options->userMinimum = found.at(2)->toSelectionIndex() == UserDefined;
+    options->userMaximum = found.at(5)->toSelectionIndex() == UserDefined;
+    options->userMinimumKey
+        = dates ? found.at(4)->toDate().toJulianDay() : qint64(found.at(3)->toInt());
+    options->userMaximumKey
+        = dates ? found.at(7)->toDate().toJulianDay() : qint64(found.at(6)->toInt());
+    options->descending = found.at(8)->toSelectionIndex() == Descending;
+    options->as = found.at(9)->toSelectionIndex();
+    options->userValue = found.at(10)->toString();
+    return true;
+}
 
-    const Dataset &input = *inputs.first().dataset;
-    output = input;
+TransformSequence::ColumnKeys
+TransformSequence::readKeys(const Dataset &input, const Options &options, const QString &format)
+{
     const int rowCount = input.rowCount();
-    if (column < 0 || rowCount == 0) {
-        setResult(QStringLiteral("No changes"));
-        return output;
-    }
-    QString format;
-    if (dates) {
-        input.isDateColumn(column, dateFormats(), &format);
-        if (format.isEmpty()) {
-            addWarning(
-                QStringLiteral("No dates found in column '%1'").arg(input.headerText(column)));
-            setResult(QStringLiteral("No changes"));
-            return output;
-        }
-    }
-
-    // Each cell is read once into a key (the integer, or the date's day number), so that the
-    // sort compares plain numbers.
-    QVector<qint64> cellKeys(rowCount, 0);
-    QVector<bool> valid(rowCount, false);
+    const int column = options.column;
+    const bool dates = options.dates;
+    ColumnKeys keys;
+    keys.keys.fill(0, rowCount);
+    keys.valid.fill(false, rowCount);
     qint64 invalidCount = 0;
-    qint64 dataMinimum = std::numeric_limits<qint64>::max();
-    qint64 dataMaximum = std::numeric_limits<qint64>::min();
+    qint64 minimum = keys.minimum;
+    qint64 maximum = keys.maximum;
     for (int r = 0; r < rowCount; ++r) {
         reportRow(r, 2 * rowCount);
         const QString &cell = input.cell(r, column);
@@ -247,32 +315,41 @@ Dataset &TransformSequence::process(Dataset &output, const TransformInputs &inpu
             ++invalidCount;
             continue;
         }
-        cellKeys[r] = key;
-        valid[r] = true;
-        dataMinimum = qMin(dataMinimum, key);
-        dataMaximum = qMax(dataMaximum, key);
+        keys.keys[r] = key;
+        keys.valid[r] = true;
+        minimum = qMin(minimum, key);
+        maximum = qMax(maximum, key);
     }
-    if (invalidCount > 0)
-        addWarning(QStringLiteral("%1 %2 in column '%3' not %4, placed at the end")
-                       .arg(formatCount(invalidCount),
-                            invalidCount == 1 ? QStringLiteral("value") : QStringLiteral("values"),
-                            input.headerText(column),
-                            dates ? QStringLiteral("a date") : QStringLiteral("an integer")));
+    keys.invalidCount = invalidCount;
+    keys.minimum = minimum;
+    keys.maximum = maximum;
+    return keys;
+}
 
-    const QVector<int> order = orderRowsByKeys(cellKeys, valid, descending);
-    const int validCount = rowCount - int(invalidCount);
-    const qint64 minimum = userMinimum ? userMinimumKey : dataMinimum;
-    const qint64 maximum = userMaximum ? userMaximumKey : dataMaximum;
+qint64 TransformSequence::writeRows(Dataset &output, const Dataset &input, const ColumnKeys &keys,
+                                    const QVector<int> &order, const Options &options,
+                                    const QString &format)
+{
+    const int rowCount = input.rowCount();
+    const int column = options.column;
+    const bool dates = options.dates;
+    const bool descending = options.descending;
+    const int as = options.as;
+    const QVector<qint64> &cellKeys = keys.keys;
+    const int validCount = rowCount - int(keys.invalidCount);
+    const qint64 minimum = options.userMinimum ? options.userMinimumKey : keys.minimum;
+    const qint64 maximum = options.userMaximum ? options.userMaximumKey : keys.maximum;
     // Without valid values "From data" gives no range; a minimum above the maximum neither.
-    const bool hasRange = minimum <= maximum && (validCount > 0 || (userMinimum && userMaximum));
+    const bool hasRange
+        = minimum <= maximum && (validCount > 0 || (options.userMinimum && options.userMaximum));
 
-    const QString outputFormat = dates ? writingFormat(format, input, column, valid) : format;
+    const QString outputFormat = dates ? writingFormat(format, input, column, keys.valid) : format;
     const auto valueText = [&](qint64 key) {
         return dates ? QDate::fromJulianDay(key).toString(outputFormat) : QString::number(key);
     };
     QStringList blankRow;
     for (int c = 0; c < input.columnCount(); ++c)
-        blankRow.append(as == UserDefinedValue ? userValue : QString());
+        blankRow.append(as == UserDefinedValue ? options.userValue : QString());
 
     output.setRowCount(0);
     output.reserveRows(rowCount);
@@ -322,19 +399,5 @@ Dataset &TransformSequence::process(Dataset &output, const TransformInputs &inpu
     }
     while (next < rowCount)
         emitExisting();
-
-    bool reordered = false;
-    for (int r = 0; r < rowCount && !reordered; ++r)
-        reordered = order.at(r) != r;
-    if (added > 0)
-        setResult(QStringLiteral("%1 %2 added")
-                      .arg(formatCount(added),
-                           added == 1 ? QStringLiteral("row") : QStringLiteral("rows")));
-    else if (reordered)
-        setResult(QStringLiteral("Sorted"));
-    else
-        setResult(QStringLiteral("No changes"));
-    if (added == 0 && !reordered)
-        output = input;
-    return output;
+    return added;
 }

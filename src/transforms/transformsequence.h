@@ -23,4 +23,18 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    struct Options;
+    struct ColumnKeys;
+
+    // process() reads the options and the column's keys, puts the rows in order and writes
+    // them with the new rows between.
+
+    // False when an option is missing.
+    bool readOptions(Options *options) const;
+    ColumnKeys readKeys(const Dataset &input, const Options &options, const QString &format);
+    // Returns how many new rows it wrote.
+    qint64 writeRows(Dataset &output, const Dataset &input, const ColumnKeys &keys,
+                     const QVector<int> &order, const Options &options, const QString &format);
 };

@@ -16,46 +16,6 @@ enum DelimiterType { TextDelimiter = 0, RegexDelimiter = 1, Lengths = 2 };
 enum Into { IntoColumns = 0, IntoRows = 1 };
 enum Order { Current = 0, Alphabetic = 1, Reverse = 2 };
 
-// Everything that one run needs to cut a cell, read once before the row loop.
-struct Splitter
-{
-    int type = TextDelimiter;
-    QString delimiter;
-    QRegularExpression pattern;
-    QList<TransformSplit::Length> lengths;
-    Qt::SplitBehavior behavior = Qt::SkipEmptyParts;
-    int minimum = 0;
-    int maximum = INT_MAX;
-    int order = Current;
-    qint64 padded = 0;
-    qint64 truncated = 0;
-
-    QStringList split(const QString &cell)
-    {
-        QStringList parts;
-        if (type == Lengths) {
-            parts = TransformSplit::splitByLengths(cell, lengths);
-        } else {
-            parts = type == TextDelimiter ? cell.split(delimiter, behavior, Qt::CaseSensitive)
-                                          : cell.split(pattern, behavior);
-            if (parts.size() < minimum) {
-                ++padded;
-                parts.reserve(minimum);
-                while (parts.size() < minimum)
-                    parts.append(QString());
-            } else if (parts.size() > maximum) {
-                ++truncated;
-                parts.erase(parts.begin() + maximum, parts.end());
-            }
-        }
-        if (order == Alphabetic)
-            std::sort(parts.begin(), parts.end());
-        else if (order == Reverse)
-            std::reverse(parts.begin(), parts.end());
-        return parts;
-    }
-};
-
 QString rowsNoun(qint64 count)
 {
     return count == 1 ? QStringLiteral("row") : QStringLiteral("rows");
@@ -247,129 +207,181 @@ QList<ParameterState> TransformSplit::parameterStates() const
             {QStringLiteral("Max_New_Cols"), !byLengths}};
 }
 
+// Everything that one run needs to cut a cell, read once before the row loop.
+struct TransformSplit::Splitter
+{
+    int type = TextDelimiter;
+    QString delimiter;
+    QRegularExpression pattern;
+    QList<Length> lengths;
+    Qt::SplitBehavior behavior = Qt::SkipEmptyParts;
+    int minimum = 0;
+    int maximum = INT_MAX;
+    int order = Current;
+    qint64 padded = 0;
+    qint64 truncated = 0;
+
+    QStringList split(const QString &cell)
+    {
+        QStringList parts;
+        if (type == Lengths) {
+            parts = splitByLengths(cell, lengths);
+        } else {
+            parts = type == TextDelimiter ? cell.split(delimiter, behavior, Qt::CaseSensitive)
+                                          : cell.split(pattern, behavior);
+            if (parts.size() < minimum) {
+                ++padded;
+                parts.reserve(minimum);
+                while (parts.size() < minimum)
+                    parts.append(QString());
+            } else if (parts.size() > maximum) {
+                ++truncated;
+                parts.erase(parts.begin() + maximum, parts.end());
+            }
+        }
+        if (order == Alphabetic)
+            std::sort(parts.begin(), parts.end());
+        else if (order == Reverse)
+            std::reverse(parts.begin(), parts.end());
+        return parts;
+    }
+};
+
 Dataset &TransformSplit::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
                                  bool &)
 {
-    const Parameter *columnOption = &option(QStringLiteral("Columns"));
-    const Parameter *typeOption = &option(QStringLiteral("Delimiter_Type"));
-    const Parameter *delimiterOption = &option(QStringLiteral("Delimiter"));
-    const Parameter *lengthsOption = &option(QStringLiteral("Lengths"));
-    const Parameter *intoOption = &option(QStringLiteral("Into"));
-    const Parameter *orderOption = &option(QStringLiteral("Order"));
-    const Parameter *keepEmptyOption = &option(QStringLiteral("Keep_Empty"));
-    const Parameter *minimumOption = &option(QStringLiteral("Min_New_Cols"));
-    const Parameter *maximumOption = &option(QStringLiteral("Max_New_Cols"));
-
     const Dataset &input = *inputs.first().dataset;
     output = input;
     setResult(QStringLiteral("No changes"));
-    const int column = columnOption->toColumnIndex();
+    const int column = option(QStringLiteral("Columns")).toColumnIndex();
     if (column < 0 || column >= input.columnCount())
         return output;
 
     Splitter splitter;
-    splitter.type = typeOption->toSelectionIndex();
-    splitter.order = orderOption->toSelectionIndex();
-    if (splitter.type == Lengths) {
+    if (!readSplitter(&splitter))
+        return output;
+    if (option(QStringLiteral("Into")).toSelectionIndex() == IntoRows)
+        splitIntoRows(output, input, column, splitter);
+    else
+        splitIntoColumns(output, input, column, splitter);
+    addPartCountNotes(splitter);
+    return output;
+}
+
+bool TransformSplit::readSplitter(Splitter *splitter)
+{
+    const Parameter &lengthsOption = option(QStringLiteral("Lengths"));
+    const Parameter &minimumOption = option(QStringLiteral("Min_New_Cols"));
+    const Parameter &maximumOption = option(QStringLiteral("Max_New_Cols"));
+    splitter->type = option(QStringLiteral("Delimiter_Type")).toSelectionIndex();
+    splitter->order = option(QStringLiteral("Order")).toSelectionIndex();
+    if (splitter->type == Lengths) {
         QString error;
-        if (!parseLengths(lengthsOption->toString(), &splitter.lengths, &error)) {
+        if (!parseLengths(lengthsOption.toString(), &splitter->lengths, &error)) {
             addWarning(
-                QStringLiteral("Badly formed '%1' string: %2").arg(lengthsOption->label(), error));
-            return output;
+                QStringLiteral("Badly formed '%1' string: %2").arg(lengthsOption.label(), error));
+            return false;
         }
-        const bool yields = std::any_of(splitter.lengths.cbegin(), splitter.lengths.cend(),
-                                        [](const Length &length) { return !length.dropped; });
-        if (!yields)
-            return output;
-    } else {
-        splitter.delimiter = delimiterOption->toString();
-        if (splitter.delimiter.isEmpty())
-            return output;
-        if (splitter.type == RegexDelimiter) {
-            splitter.pattern.setPattern(splitter.delimiter);
-            if (!splitter.pattern.isValid()) {
-                addWarning(QStringLiteral("Invalid regular expression '%1': %2")
-                               .arg(splitter.delimiter, splitter.pattern.errorString()));
-                return output;
-            }
-        }
-        splitter.behavior = keepEmptyOption->toBool() ? Qt::KeepEmptyParts : Qt::SkipEmptyParts;
-        splitter.minimum = std::max(0, minimumOption->toInt());
-        splitter.maximum = maximumOption->toInt();
-        if (splitter.maximum < splitter.minimum) {
-            addWarning(QStringLiteral("'%1' is less than '%2'.")
-                           .arg(maximumOption->label(), minimumOption->label()));
-            splitter.maximum = INT_MAX;
+        return std::any_of(splitter->lengths.cbegin(), splitter->lengths.cend(),
+                           [](const Length &length) { return !length.dropped; });
+    }
+    splitter->delimiter = option(QStringLiteral("Delimiter")).toString();
+    if (splitter->delimiter.isEmpty())
+        return false;
+    if (splitter->type == RegexDelimiter) {
+        splitter->pattern.setPattern(splitter->delimiter);
+        if (!splitter->pattern.isValid()) {
+            addWarning(QStringLiteral("Invalid regular expression '%1': %2")
+                           .arg(splitter->delimiter, splitter->pattern.errorString()));
+            return false;
         }
     }
+    splitter->behavior
+        = option(QStringLiteral("Keep_Empty")).toBool() ? Qt::KeepEmptyParts : Qt::SkipEmptyParts;
+    splitter->minimum = std::max(0, minimumOption.toInt());
+    splitter->maximum = maximumOption.toInt();
+    if (splitter->maximum < splitter->minimum) {
+        addWarning(QStringLiteral("'%1' is less than '%2'.")
+                       .arg(maximumOption.label(), minimumOption.label()));
+        splitter->maximum = INT_MAX;
+    }
+    return true;
+}
 
+void TransformSplit::splitIntoRows(Dataset &output, const Dataset &input, int column,
+                                   Splitter &splitter)
+{
     const int rowCount = input.rowCount();
     const int columnCount = input.columnCount();
-    if (intoOption->toSelectionIndex() == IntoRows) {
-        beginOutput(output, columnCount, input.hasHeader(), input.header());
-        keepColumnIds(output, input, columnCount);
-        output.reserveRows(rowCount);
-        for (int r = 0; r < rowCount; ++r) {
-            reportRow(r, rowCount);
-            const QStringList &row = input.row(r);
-            const QStringList parts = splitter.split(row.at(column));
-            // A cell that stays whole leaves its row as it was.
-            if (parts.isEmpty() || (parts.size() == 1 && parts.first() == row.at(column))) {
-                output.appendRow(row, false);
-                continue;
-            }
-            QStringList newRow = row;
-            for (const QString &part : parts) {
-                newRow[column] = part;
-                output.appendRow(newRow, false);
-            }
+    beginOutput(output, columnCount, input.hasHeader(), input.header());
+    keepColumnIds(output, input, columnCount);
+    output.reserveRows(rowCount);
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        const QStringList &row = input.row(r);
+        const QStringList parts = splitter.split(row.at(column));
+        // A cell that stays whole leaves its row as it was.
+        if (parts.isEmpty() || (parts.size() == 1 && parts.first() == row.at(column))) {
+            output.appendRow(row, false);
+            continue;
         }
-        const qint64 added = qint64(output.rowCount()) - rowCount;
-        if (added > 0)
-            setResult(
-                QStringLiteral("%1 added")
-                    .arg(countWithNoun(added, QStringLiteral("row"), QStringLiteral("rows"))));
-    } else {
-        QVector<QStringList> allParts;
-        allParts.reserve(rowCount);
-        int added = 0;
-        for (int r = 0; r < rowCount; ++r) {
-            reportRow(r, rowCount);
-            allParts.append(splitter.split(input.cell(r, column)));
-            added = std::max(added, int(allParts.constLast().size()));
-        }
-        if (added > 0) {
-            QStringList names = input.header();
-            const QString stem = input.headerText(column);
-            for (int i = 1; i <= added; ++i)
-                names.append(QStringLiteral("%1%2").arg(stem).arg(i));
-            beginOutput(output, columnCount + added, input.hasHeader(), names);
-            keepColumnIds(output, input, columnCount);
-            output.reserveRows(rowCount);
-            for (int r = 0; r < rowCount; ++r) {
-                reportRow(r, rowCount, 1.0);
-                QStringList row = input.row(r);
-                row.reserve(columnCount + added);
-                row.append(allParts.at(r));
-                output.appendRow(row, true);
-            }
-            setResult(
-                QStringLiteral("%1 added")
-                    .arg(countWithNoun(added, QStringLiteral("col"), QStringLiteral("cols"))));
+        QStringList newRow = row;
+        for (const QString &part : parts) {
+            newRow[column] = part;
+            output.appendRow(newRow, false);
         }
     }
+    const qint64 added = qint64(output.rowCount()) - rowCount;
+    if (added > 0)
+        setResult(QStringLiteral("%1 added")
+                      .arg(countWithNoun(added, QStringLiteral("row"), QStringLiteral("rows"))));
+}
 
+void TransformSplit::splitIntoColumns(Dataset &output, const Dataset &input, int column,
+                                      Splitter &splitter)
+{
+    const int rowCount = input.rowCount();
+    const int columnCount = input.columnCount();
+    QVector<QStringList> allParts;
+    allParts.reserve(rowCount);
+    int added = 0;
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        allParts.append(splitter.split(input.cell(r, column)));
+        added = std::max(added, int(allParts.constLast().size()));
+    }
+    if (added == 0)
+        return;
+    QStringList names = input.header();
+    const QString stem = input.headerText(column);
+    for (int i = 1; i <= added; ++i)
+        names.append(QStringLiteral("%1%2").arg(stem).arg(i));
+    beginOutput(output, columnCount + added, input.hasHeader(), names);
+    keepColumnIds(output, input, columnCount);
+    output.reserveRows(rowCount);
+    for (int r = 0; r < rowCount; ++r) {
+        reportRow(r, rowCount, 1.0);
+        QStringList row = input.row(r);
+        row.reserve(columnCount + added);
+        row.append(allParts.at(r));
+        output.appendRow(row, true);
+    }
+    setResult(QStringLiteral("%1 added")
+                  .arg(countWithNoun(added, QStringLiteral("col"), QStringLiteral("cols"))));
+}
+
+void TransformSplit::addPartCountNotes(const Splitter &splitter)
+{
     if (splitter.padded > 0)
         addInformation(QStringLiteral("%1 %2 split into less than '%3'=%4 value(s), so padded to "
                                       "%4 value(s).")
                            .arg(formatCount(splitter.padded, true), rowsNoun(splitter.padded),
-                                minimumOption->label())
+                                option(QStringLiteral("Min_New_Cols")).label())
                            .arg(splitter.minimum));
     if (splitter.truncated > 0)
         addWarning(QStringLiteral("%1 %2 split into more than '%3'=%4 value(s), so truncated to "
                                   "%4 value(s).")
                        .arg(formatCount(splitter.truncated, true), rowsNoun(splitter.truncated),
-                            maximumOption->label())
+                            option(QStringLiteral("Max_New_Cols")).label())
                        .arg(splitter.maximum));
-    return output;
 }

@@ -28,4 +28,16 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    struct Splitter;
+
+    // process() reads how to cut a cell, cuts the column's cells into new rows or new
+    // columns, and notes the cells padded or truncated to the number of parts allowed.
+
+    // False, after a warning where there is something to say, when nothing can be cut.
+    bool readSplitter(Splitter *splitter);
+    void splitIntoRows(Dataset &output, const Dataset &input, int column, Splitter &splitter);
+    void splitIntoColumns(Dataset &output, const Dataset &input, int column, Splitter &splitter);
+    void addPartCountNotes(const Splitter &splitter);
 };

@@ -49,6 +49,40 @@ private:
     bool m_cut = false;
 };
 
+// With columns aligned by name, a name repeated within one input pairs up by order only.
+void warnRepeatedNames(const Dataset &dataset, int number, LineList &warnings)
+{
+    const QStringList headers = dataset.headers();
+    QHash<QString, int> counts;
+    QStringList order;
+    for (const QString &name : headers) {
+        if (counts[name]++ == 0)
+            order.append(name);
+    }
+    for (const QString &name : qAsConst(order)) {
+        if (counts.value(name) > 1)
+            warnings.add(
+                QStringLiteral("%1 column(s) named '%2' in input datatset %3\n")
+                    .arg(QString::number(counts.value(name)), name, QString::number(number)));
+    }
+}
+
+void warnMissingColumns(const TransformInputs &inputs, const QVector<QVector<int>> &places,
+                        int finalWidth, LineList &warnings)
+{
+    for (int i = 0; i < inputs.size(); ++i) {
+        int used = 0;
+        for (int target : qAsConst(places.at(i))) {
+            if (target >= 0)
+                ++used;
+        }
+        if (used < finalWidth)
+            warnings.add(QStringLiteral("%1 has %2 column(s) less than the final dataset\n")
+                             .arg(inputTitle(i + 1, *inputs.at(i).dataset),
+                                  QString::number(finalWidth - used)));
+    }
+}
+
 } // namespace
 
 const TransformDescriptor &TransformStack::descriptor() const
@@ -117,19 +151,15 @@ QList<ParameterState> TransformStack::parameterStates() const
 Dataset &TransformStack::process(Dataset &output, const TransformInputs &inputs, const RunContext &,
                                  bool &)
 {
-    const Parameter *alignOption = &option(QStringLiteral("Align_Cols"));
-    const Parameter *onlyFirstOption = &option(QStringLiteral("Only_First_Cols"));
-    const Parameter *separatorsOption = &option(QStringLiteral("Add_Separators"));
-    const Parameter *valueOption = &option(QStringLiteral("User_Defined_Row_Value"));
     const Dataset &first = *inputs.first().dataset;
     output = first;
     if (inputs.size() == 1)
         return output;
 
-    const bool byName = alignOption->toSelectionIndex() == ByHeaderName;
-    const bool onlyFirst = onlyFirstOption->toBool();
-    const bool addSeparators = separatorsOption->toBool();
-    const QString separatorValue = valueOption->toString();
+    const bool byName = option(QStringLiteral("Align_Cols")).toSelectionIndex() == ByHeaderName;
+    const bool onlyFirst = option(QStringLiteral("Only_First_Cols")).toBool();
+    const bool addSeparators = option(QStringLiteral("Add_Separators")).toBool();
+    const QString separatorValue = option(QStringLiteral("User_Defined_Row_Value")).toString();
     const int count = inputs.size();
 
     // Where each column of each input goes in the output; -1 for ignored columns.
@@ -137,114 +167,102 @@ Dataset &TransformStack::process(Dataset &output, const TransformInputs &inputs,
     QStringList names = first.headers();
     bool anyHeader = first.hasHeader();
     LineList warnings;
-
-    auto warnRepeats = [&warnings, byName](const Dataset &dataset, int number) {
-        if (!byName)
-            return;
-        const QStringList headers = dataset.headers();
-        QHash<QString, int> counts;
-        QStringList order;
-        for (const QString &name : headers) {
-            if (counts[name]++ == 0)
-                order.append(name);
-        }
-        for (const QString &name : qAsConst(order)) {
-            if (counts.value(name) > 1)
-                warnings.add(
-                    QStringLiteral("%1 column(s) named '%2' in input datatset %3\n")
-                        .arg(QString::number(counts.value(name)), name, QString::number(number)));
-        }
-    };
-
     places[0].resize(first.columnCount());
     for (int c = 0; c < first.columnCount(); ++c)
         places[0][c] = c;
-    warnRepeats(first, 1);
-
+    if (byName)
+        warnRepeatedNames(first, 1, warnings);
     for (int i = 1; i < count; ++i) {
         const Dataset &dataset = *inputs.at(i).dataset;
-        const int number = i + 1;
-        warnRepeats(dataset, number);
+        if (byName)
+            warnRepeatedNames(dataset, i + 1, warnings);
         anyHeader = anyHeader || dataset.hasHeader();
-        const QStringList headers = dataset.headers();
-        const int width = dataset.columnCount();
-        const int widthBefore = names.size();
-        QVector<int> &place = places[i];
-        place.fill(-1, width);
-        QVector<char> taken(widthBefore, 0);
-        LineList lines;
-        int ignoredAtEnd = 0;
-        for (int c = 0; c < width; ++c) {
-            const QString &name = headers.at(c);
-            int target = -1;
-            if (byName) {
-                // The n-th column of a repeated name goes under the n-th column of that name.
-                for (int o = 0; o < widthBefore && target < 0; ++o) {
-                    if (!taken.at(o) && names.at(o) == name)
-                        target = o;
-                }
-            } else if (c < widthBefore) {
-                target = c;
-            }
-            if (target >= 0) {
-                taken[target] = 1;
-                place[c] = target;
-                lines.add(QStringLiteral("Aligned '%1' (column %2) under '%3' (column %4)")
-                              .arg(name, QString::number(c + 1), names.at(target),
-                                   QString::number(target + 1)));
-            } else if (onlyFirst) {
-                if (byName)
-                    lines.add(QStringLiteral("Ignored '%1' (column %2) from dataset %3")
-                                  .arg(name, QString::number(c + 1), QString::number(number)));
-                else
-                    ++ignoredAtEnd;
-            } else {
-                place[c] = names.size();
-                names.append(name);
-                lines.add(QStringLiteral("Added '%1' (column %2) from dataset %3")
-                              .arg(name, QString::number(c + 1), QString::number(number)));
-            }
-        }
-        if (ignoredAtEnd > 0)
-            lines.add(QStringLiteral("Ignore last %1 columns in dataset %2")
-                          .arg(QString::number(ignoredAtEnd), QString::number(number)));
-        for (int o = 0; o < widthBefore; ++o) {
-            if (taken.at(o))
-                continue;
-            lines.add((byName ? QStringLiteral("No match for '%1' (column %2)")
-                              : QStringLiteral("Not enough columns for '%1' (column %2)"))
-                          .arg(names.at(o), QString::number(o + 1)));
-        }
-        addInformation(inputTitle(number, dataset) + QStringLiteral(":\n")
-                       + lines.text(QStringLiteral("\n")));
+        places[i] = placeColumns(dataset, i + 1, byName, onlyFirst, names);
     }
 
     const int finalWidth = names.size();
-    for (int i = 0; i < count; ++i) {
-        int used = 0;
-        for (int target : qAsConst(places.at(i))) {
-            if (target >= 0)
-                ++used;
-        }
-        if (used < finalWidth)
-            warnings.add(QStringLiteral("%1 has %2 column(s) less than the final dataset\n")
-                             .arg(inputTitle(i + 1, *inputs.at(i).dataset),
-                                  QString::number(finalWidth - used)));
-    }
+    warnMissingColumns(inputs, places, finalWidth, warnings);
     if (!warnings.isEmpty())
         addWarning(warnings.text(QString()));
 
     output.setColumnCount(finalWidth);
     if (anyHeader)
         output.setHeader(names);
+    appendRows(output, inputs, places, finalWidth, addSeparators, separatorValue);
+    setResult(QStringLiteral("%1 stacked from %2 inputs")
+                  .arg(KeyMatching::countText(output.rowCount(), QStringLiteral("row"),
+                                              QStringLiteral("rows")),
+                       QString::number(count)));
+    return output;
+}
 
+QVector<int> TransformStack::placeColumns(const Dataset &dataset, int number, bool byName,
+                                          bool onlyFirst, QStringList &names)
+{
+    const QStringList headers = dataset.headers();
+    const int width = dataset.columnCount();
+    const int widthBefore = names.size();
+    QVector<int> place(width, -1);
+    QVector<char> taken(widthBefore, 0);
+    LineList lines;
+    int ignoredAtEnd = 0;
+    for (int c = 0; c < width; ++c) {
+        const QString &name = headers.at(c);
+        int target = -1;
+        if (byName) {
+            // The n-th column of a repeated name goes under the n-th column of that name.
+            for (int o = 0; o < widthBefore && target < 0; ++o) {
+                if (!taken.at(o) && names.at(o) == name)
+                    target = o;
+            }
+        } else if (c < widthBefore) {
+            target = c;
+        }
+        if (target >= 0) {
+            taken[target] = 1;
+            place[c] = target;
+            lines.add(QStringLiteral("Aligned '%1' (column %2) under '%3' (column %4)")
+                          .arg(name, QString::number(c + 1), names.at(target),
+                               QString::number(target + 1)));
+        } else if (onlyFirst) {
+            if (byName)
+                lines.add(QStringLiteral("Ignored '%1' (column %2) from dataset %3")
+                              .arg(name, QString::number(c + 1), QString::number(number)));
+            else
+                ++ignoredAtEnd;
+        } else {
+            place[c] = names.size();
+            names.append(name);
+            lines.add(QStringLiteral("Added '%1' (column %2) from dataset %3")
+                          .arg(name, QString::number(c + 1), QString::number(number)));
+        }
+    }
+    if (ignoredAtEnd > 0)
+        lines.add(QStringLiteral("Ignore last %1 columns in dataset %2")
+                      .arg(QString::number(ignoredAtEnd), QString::number(number)));
+    for (int o = 0; o < widthBefore; ++o) {
+        if (taken.at(o))
+            continue;
+        lines.add((byName ? QStringLiteral("No match for '%1' (column %2)")
+                          : QStringLiteral("Not enough columns for '%1' (column %2)"))
+                      .arg(names.at(o), QString::number(o + 1)));
+    }
+    addInformation(inputTitle(number, dataset) + QStringLiteral(":\n")
+                   + lines.text(QStringLiteral("\n")));
+    return place;
+}
+
+void TransformStack::appendRows(Dataset &output, const TransformInputs &inputs,
+                                const QVector<QVector<int>> &places, int finalWidth,
+                                bool addSeparators, const QString &separatorValue)
+{
     QStringList separator;
     if (addSeparators) {
         separator.reserve(finalWidth);
         for (int c = 0; c < finalWidth; ++c)
             separator.append(separatorValue);
     }
-    for (int i = 1; i < count; ++i) {
+    for (int i = 1; i < inputs.size(); ++i) {
         const Dataset &dataset = *inputs.at(i).dataset;
         const QVector<int> &place = places.at(i);
         if (addSeparators)
@@ -268,9 +286,4 @@ Dataset &TransformStack::process(Dataset &output, const TransformInputs &inputs,
             output.appendSharedRow(row);
         }
     }
-    setResult(QStringLiteral("%1 stacked from %2 inputs")
-                  .arg(KeyMatching::countText(output.rowCount(), QStringLiteral("row"),
-                                              QStringLiteral("rows")),
-                       QString::number(count)));
-    return output;
 }
