@@ -4,6 +4,7 @@
 #include <QPair>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -352,22 +353,29 @@ QVector<double> doublesFromTexts(const QStringList &texts, bool emptyIsZero, boo
     return values;
 }
 
-double sum(const QVector<double> &values)
-{
-    double total = 0.0;
-    for (const double value : values)
-        total += value;
-    return total;
-}
-
 QString numberToCellText(double value)
 {
     if (!std::isfinite(value))
         return QStringLiteral("NaN");
-    // Avoids "-0" from a negative result rounded to nothing.
-    if (value == 0.0)
+    // Fifteen digits in all for numbers of 1 and more, fifteen decimals below: the fixed
+    // form never switches to an exponent, which a spreadsheet would read back as text.
+    const double magnitude = std::abs(value);
+    const int integerDigits
+        = magnitude > 0.0 ? std::max(int(std::ceil(std::log10(magnitude))), 0) : 0;
+    const int decimals = std::max(15 - integerDigits, 0);
+    QString text = QString::number(value, 'f', decimals);
+    if (text.contains(QLatin1Char('.'))) {
+        int end = text.size();
+        while (text.at(end - 1) == QLatin1Char('0'))
+            --end;
+        if (text.at(end - 1) == QLatin1Char('.'))
+            --end;
+        text.truncate(end);
+    }
+    // A value rounded to nothing keeps no sign.
+    if (text == QLatin1String("-0"))
         return QStringLiteral("0");
-    return QString::number(value, 'g', 15);
+    return text;
 }
 
 QStringList splitLines(const QString &text, bool keepEmptyParts)

@@ -46,7 +46,6 @@ QStringList parseDateFormats(const QString &settingText);
 
 // Lists of numbers read from texts; texts that are not numbers are left out.
 QVector<double> doublesFromTexts(const QStringList &texts, bool emptyIsZero, bool stripCurrency);
-double sum(const QVector<double> &values);
 
 // How a computed number is written into a cell: at most 15 significant digits, no group
 // separators, '.' as decimal point, "NaN" for anything not finite.
