@@ -11,6 +11,7 @@
 #include "transforms/transformextract.h"
 #include "transforms/transformfilldown.h"
 #include "transforms/transformfilter.h"
+#include "transforms/transformgather.h"
 #include "transforms/transformheader.h"
 #include "transforms/transformif.h"
 #include "transforms/transforminsert.h"
@@ -54,20 +55,20 @@ namespace {
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCase,         new TransformChop,       new TransformClone,
-        new TransformConcat,       new TransformConcatRows, new TransformCopy,
-        new TransformCross,        new TransformDedupe,     new TransformExtract,
-        new TransformFillDown,     new TransformFilter,     new TransformHeader,
-        new TransformIf,           new TransformInsert,     new TransformIntersect,
-        new TransformJoin,         new TransformLookup,     new TransformNewCol,
-        new TransformNewRows,      new TransformOffset,     new TransformPad,
-        new TransformRemoveCols,   new TransformRenameCols, new TransformReorder,
-        new TransformReplaceMulti, new TransformReshape,    new TransformRowNum,
-        new TransformSample,       new TransformSequence,   new TransformSlice,
-        new TransformSlide,        new TransformSort,       new TransformSplit,
-        new TransformSplitRows,    new TransformStack,      new TransformStamp,
-        new TransformSubstitute,   new TransformSubtract,   new TransformTranspose,
-        new TransformUnfill,       new TransformWhitespace,
+        new TransformCase,      new TransformChop,         new TransformClone,
+        new TransformConcat,    new TransformConcatRows,   new TransformCopy,
+        new TransformCross,     new TransformDedupe,       new TransformExtract,
+        new TransformFillDown,  new TransformFilter,       new TransformGather,
+        new TransformHeader,    new TransformIf,           new TransformInsert,
+        new TransformIntersect, new TransformJoin,         new TransformLookup,
+        new TransformNewCol,    new TransformNewRows,      new TransformOffset,
+        new TransformPad,       new TransformRemoveCols,   new TransformRenameCols,
+        new TransformReorder,   new TransformReplaceMulti, new TransformReshape,
+        new TransformRowNum,    new TransformSample,       new TransformSequence,
+        new TransformSlice,     new TransformSlide,        new TransformSort,
+        new TransformSplit,     new TransformSplitRows,    new TransformStack,
+        new TransformStamp,     new TransformSubstitute,   new TransformSubtract,
+        new TransformTranspose, new TransformUnfill,       new TransformWhitespace,
     };
 }
 

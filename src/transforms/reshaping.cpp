@@ -1,8 +1,10 @@
 #include "transforms/reshaping.h"
 
 #include "data/valueinterpretation.h"
+#include "transforms/columnnames.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 QString countWithNoun(qint64 count, const QString &singular, const QString &plural)
 {
@@ -40,4 +42,19 @@ void keepColumnIds(Dataset &output, const Dataset &input, int count)
     const int kept = std::min({count, input.columnCount(), output.columnCount()});
     for (int c = 0; c < kept; ++c)
         output.setColumnId(c, input.columnId(c));
+}
+
+QString shapeChangeText(const Dataset &before, const Dataset &after)
+{
+    QStringList parts;
+    const auto describe = [&parts](qint64 change, const QString &counted) {
+        if (change != 0)
+            parts.append((change > 0 ? QStringLiteral("%1 added") : QStringLiteral("%1 removed"))
+                             .arg(counted));
+    };
+    const qint64 columns = qint64(after.columnCount()) - before.columnCount();
+    const qint64 rows = qint64(after.rowCount()) - before.rowCount();
+    describe(columns, ColumnNames::countedCols(std::abs(columns)));
+    describe(rows, ColumnNames::countedRows(std::abs(rows)));
+    return parts.isEmpty() ? QStringLiteral("No changes") : parts.join(QStringLiteral(", "));
 }

@@ -12,6 +12,10 @@
 // "1 row", "2,500 rows": a count with grouped digits and the noun that agrees with it.
 QString countWithNoun(qint64 count, const QString &singular, const QString &plural);
 
+// What a reshaping did to the size of its input: "%1 removed" or "%1 added" for the columns,
+// then the same for the rows, joined by ", "; "No changes" when neither count moved.
+QString shapeChangeText(const Dataset &before, const Dataset &after);
+
 // Names for count columns: the input's names for as far as they go, then column numbers.
 QStringList namesOrNumbers(const Dataset &input, int count);
 

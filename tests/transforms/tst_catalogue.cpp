@@ -77,6 +77,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformFilter") << 18 << QString("Filter") << QString("Filter")
                           << QString("Columns Case_Sensitive Disable")
                           << QString("3 5 5");
+    QTest::newRow("TransformGather") << 19 << QString("Gather") << QString("Gather")
+                          << QString("Columns Key_Column Value_Column")
+                          << QString("1|11 7 7");
     QTest::newRow("TransformHeader") << 21 << QString("Header") << QString("Header")
                           << QString("Num_Rows Mode Delimiter")
                           << QString("8 6 7");
