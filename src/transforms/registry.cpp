@@ -35,6 +35,7 @@
 #include "transforms/transformsort.h"
 #include "transforms/transformsplit.h"
 #include "transforms/transformsplitrows.h"
+#include "transforms/transformspread.h"
 #include "transforms/transformstack.h"
 #include "transforms/transformstamp.h"
 #include "transforms/transformsubstitute.h"
@@ -55,20 +56,21 @@ namespace {
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCase,      new TransformChop,         new TransformClone,
-        new TransformConcat,    new TransformConcatRows,   new TransformCopy,
-        new TransformCross,     new TransformDedupe,       new TransformExtract,
-        new TransformFillDown,  new TransformFilter,       new TransformGather,
-        new TransformHeader,    new TransformIf,           new TransformInsert,
-        new TransformIntersect, new TransformJoin,         new TransformLookup,
-        new TransformNewCol,    new TransformNewRows,      new TransformOffset,
-        new TransformPad,       new TransformRemoveCols,   new TransformRenameCols,
-        new TransformReorder,   new TransformReplaceMulti, new TransformReshape,
-        new TransformRowNum,    new TransformSample,       new TransformSequence,
-        new TransformSlice,     new TransformSlide,        new TransformSort,
-        new TransformSplit,     new TransformSplitRows,    new TransformStack,
-        new TransformStamp,     new TransformSubstitute,   new TransformSubtract,
-        new TransformTranspose, new TransformUnfill,       new TransformWhitespace,
+        new TransformCase,       new TransformChop,         new TransformClone,
+        new TransformConcat,     new TransformConcatRows,   new TransformCopy,
+        new TransformCross,      new TransformDedupe,       new TransformExtract,
+        new TransformFillDown,   new TransformFilter,       new TransformGather,
+        new TransformHeader,     new TransformIf,           new TransformInsert,
+        new TransformIntersect,  new TransformJoin,         new TransformLookup,
+        new TransformNewCol,     new TransformNewRows,      new TransformOffset,
+        new TransformPad,        new TransformRemoveCols,   new TransformRenameCols,
+        new TransformReorder,    new TransformReplaceMulti, new TransformReshape,
+        new TransformRowNum,     new TransformSample,       new TransformSequence,
+        new TransformSlice,      new TransformSlide,        new TransformSort,
+        new TransformSplit,      new TransformSplitRows,    new TransformSpread,
+        new TransformStack,      new TransformStamp,        new TransformSubstitute,
+        new TransformSubtract,   new TransformTranspose,    new TransformUnfill,
+        new TransformWhitespace,
     };
 }
 

@@ -54,8 +54,8 @@ Dataset &TransformGather::process(Dataset &output, const TransformInputs &inputs
                                   const RunContext &, bool &)
 {
     const Dataset &input = inputDataset(inputs, 0);
-    const QString keyName = option(QStringLiteral("Key_Column")).toText();
-    const QString valueName = option(QStringLiteral("Value_Column")).toText();
+    const QString keyName = option(QStringLiteral("Key_Column")).toString();
+    const QString valueName = option(QStringLiteral("Value_Column")).toString();
     QList<int> gathered;
     option(QStringLiteral("Columns")).toColumnIndexes(&gathered, true);
 

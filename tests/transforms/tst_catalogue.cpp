@@ -149,6 +149,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformSplitRows") << 58 << QString("Split Rows") << QString("Split_Rows")
                           << QString("Split_Rows Case_Sensitive")
                           << QString("14 5");
+    QTest::newRow("TransformSpread") << 59 << QString("Spread") << QString("Spread")
+                          << QString("Key_Column Value_Column Missing_Value Min_New_Cols Max_New_Cols")
+                          << QString("0 0 7 8 8");
     QTest::newRow("TransformStack") << 60 << QString("Stack") << QString("Stack")
                           << QString("Align_Cols Only_First_Cols Add_Separators User_Defined_Row_Value")
                           << QString("6 5 5 7");
