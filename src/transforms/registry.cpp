@@ -6,6 +6,7 @@
 #include "transforms/transformconcat.h"
 #include "transforms/transformconcatrows.h"
 #include "transforms/transformcopy.h"
+#include "transforms/transformcount.h"
 #include "transforms/transformcross.h"
 #include "transforms/transformdedupe.h"
 #include "transforms/transformextract.h"
@@ -56,6 +57,7 @@ QList<Transform *> allTransforms()
     return {
         new TransformCase,         new TransformChop,       new TransformClone,
         new TransformConcat,       new TransformConcatRows, new TransformCopy,
+        new TransformCount,
         new TransformCross,        new TransformDedupe,     new TransformExtract,
         new TransformFillDown,     new TransformFilter,     new TransformHeader,
         new TransformIf,           new TransformInsert,     new TransformIntersect,

@@ -62,6 +62,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCopy") << 8 << QString("Copy Cols") << QString("Copy")
                           << QString("Columns Copies")
                           << QString("1|11 8");
+    QTest::newRow("TransformCount") << 10 << QString("Count") << QString("Count")
+                          << QString("Auto_New_Name New_Name Column Sort Order Case_Sensitive Drilldown")
+                          << QString("5 7 0 6 6 5 5");
     QTest::newRow("TransformCross") << 11 << QString("Cross") << QString("Cross")
                           << QString("")
                           << QString("");
