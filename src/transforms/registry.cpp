@@ -39,6 +39,7 @@
 #include "transforms/transformstamp.h"
 #include "transforms/transformsubstitute.h"
 #include "transforms/transformsubtract.h"
+#include "transforms/transformtotal.h"
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
 #include "transforms/transformwhitespace.h"
@@ -68,7 +69,8 @@ QList<Transform *> allTransforms()
         new TransformSample,       new TransformSequence,   new TransformSlice,
         new TransformSlide,        new TransformSort,       new TransformSplit,
         new TransformSplitRows,    new TransformStack,      new TransformStamp,
-        new TransformSubstitute,   new TransformSubtract,   new TransformTranspose,
+        new TransformSubstitute,   new TransformSubtract,   new TransformTotal,
+        new TransformTranspose,
         new TransformUnfill,       new TransformWhitespace,
     };
 }

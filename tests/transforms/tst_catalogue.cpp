@@ -161,6 +161,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformSubtract") << 64 << QString("Subtract") << QString("Subtract")
                           << QString("Column_1 Column_2 Match Case_Sensitive")
                           << QString("0 0 6 5");
+    QTest::newRow("TransformTotal") << 66 << QString("Total") << QString("Total")
+                          << QString("Auto_New_Name New_Name Column By")
+                          << QString("5 7 0 0");
     QTest::newRow("TransformTranspose") << 67 << QString("Transpose") << QString("Transpose")
                           << QString("Header")
                           << QString("5");
