@@ -6,6 +6,7 @@
 #include "transforms/transformconcat.h"
 #include "transforms/transformconcatrows.h"
 #include "transforms/transformcopy.h"
+#include "transforms/transformcount.h"
 #include "transforms/transformcross.h"
 #include "transforms/transformdedupe.h"
 #include "transforms/transformextract.h"
@@ -40,6 +41,7 @@
 #include "transforms/transformstamp.h"
 #include "transforms/transformsubstitute.h"
 #include "transforms/transformsubtract.h"
+#include "transforms/transformtotal.h"
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
 #include "transforms/transformwhitespace.h"
@@ -56,21 +58,21 @@ namespace {
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCase,       new TransformChop,         new TransformClone,
-        new TransformConcat,     new TransformConcatRows,   new TransformCopy,
-        new TransformCross,      new TransformDedupe,       new TransformExtract,
-        new TransformFillDown,   new TransformFilter,       new TransformGather,
-        new TransformHeader,     new TransformIf,           new TransformInsert,
-        new TransformIntersect,  new TransformJoin,         new TransformLookup,
-        new TransformNewCol,     new TransformNewRows,      new TransformOffset,
-        new TransformPad,        new TransformRemoveCols,   new TransformRenameCols,
-        new TransformReorder,    new TransformReplaceMulti, new TransformReshape,
-        new TransformRowNum,     new TransformSample,       new TransformSequence,
-        new TransformSlice,      new TransformSlide,        new TransformSort,
-        new TransformSplit,      new TransformSplitRows,    new TransformSpread,
-        new TransformStack,      new TransformStamp,        new TransformSubstitute,
-        new TransformSubtract,   new TransformTranspose,    new TransformUnfill,
-        new TransformWhitespace,
+        new TransformCase,       new TransformChop,       new TransformClone,
+        new TransformConcat,     new TransformConcatRows, new TransformCopy,
+        new TransformCount,      new TransformCross,      new TransformDedupe,
+        new TransformExtract,    new TransformFillDown,   new TransformFilter,
+        new TransformGather,     new TransformHeader,     new TransformIf,
+        new TransformInsert,     new TransformIntersect,  new TransformJoin,
+        new TransformLookup,     new TransformNewCol,     new TransformNewRows,
+        new TransformOffset,     new TransformPad,        new TransformRemoveCols,
+        new TransformRenameCols, new TransformReorder,    new TransformReplaceMulti,
+        new TransformReshape,    new TransformRowNum,     new TransformSample,
+        new TransformSequence,   new TransformSlice,      new TransformSlide,
+        new TransformSort,       new TransformSplit,      new TransformSplitRows,
+        new TransformSpread,     new TransformStack,      new TransformStamp,
+        new TransformSubstitute, new TransformSubtract,   new TransformTotal,
+        new TransformTranspose,  new TransformUnfill,     new TransformWhitespace,
     };
 }
 

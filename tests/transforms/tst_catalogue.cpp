@@ -62,6 +62,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCopy") << 8 << QString("Copy Cols") << QString("Copy")
                           << QString("Columns Copies")
                           << QString("1|11 8");
+    QTest::newRow("TransformCount") << 10 << QString("Count") << QString("Count")
+                          << QString("Auto_New_Name New_Name Column Sort Order Case_Sensitive Drilldown")
+                          << QString("5 7 0 6 6 5 5");
     QTest::newRow("TransformCross") << 11 << QString("Cross") << QString("Cross")
                           << QString("")
                           << QString("");
@@ -164,6 +167,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformSubtract") << 64 << QString("Subtract") << QString("Subtract")
                           << QString("Column_1 Column_2 Match Case_Sensitive")
                           << QString("0 0 6 5");
+    QTest::newRow("TransformTotal") << 66 << QString("Total") << QString("Total")
+                          << QString("Auto_New_Name New_Name Column By")
+                          << QString("5 7 0 0");
     QTest::newRow("TransformTranspose") << 67 << QString("Transpose") << QString("Transpose")
                           << QString("Header")
                           << QString("5");
