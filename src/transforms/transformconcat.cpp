@@ -27,17 +27,7 @@ void TransformConcat::createParameters(const ColumnSources &inputs, bool useReme
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
 
-    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
-                                   QStringLiteral("automatic new column name"), true);
-    autoName->setToolTip(QStringLiteral("Uncheck to manually set the new column name."));
-    applyRememberedValue(useRemembered, autoName);
-    addParameter(autoName);
-
-    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
-                                  QStringLiteral("New column name"), displayName());
-    newName->setToolTip(QStringLiteral("The name for the new column."));
-    applyRememberedValue(useRemembered, newName);
-    addParameter(newName);
+    addNewNameParameters(useRemembered);
 
     auto *columns = new Parameter(ParameterType::MultipleColumns, QStringLiteral("Columns"),
                                   QStringLiteral("Columns"), input);
@@ -62,15 +52,12 @@ void TransformConcat::createParameters(const ColumnSources &inputs, bool useReme
 
 QList<ParameterState> TransformConcat::parameterStates() const
 {
-    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
-    return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()}};
+    return {newNameState()};
 }
 
 Dataset &TransformConcat::process(Dataset &output, const TransformInputs &inputs,
                                   const RunContext &, bool &)
 {
-    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
     const Parameter *columnsOption = &option(QStringLiteral("Columns"));
     const Parameter *delimiterOption = &option(QStringLiteral("Delimiter"));
     const Parameter *keepEmptyOption = &option(QStringLiteral("Keep_Empty"));
@@ -84,9 +71,8 @@ Dataset &TransformConcat::process(Dataset &output, const TransformInputs &inputs
     }
     const QString delimiter = delimiterOption->toString();
     const bool keepEmpty = keepEmptyOption->toBool();
-    const QString name = autoNameOption->toBool()
-        ? ColumnNames::joinedNames(output, columns, QStringLiteral(" + "))
-        : newNameOption->toString();
+    const QString name
+        = newColumnName(ColumnNames::joinedNames(output, columns, QStringLiteral(" + ")));
 
     const int c = ColumnNames::appendNamedColumn(output, name);
     const int rowCount = output.rowCount();

@@ -124,17 +124,7 @@ void TransformCount::createParameters(const ColumnSources &inputs, bool useRemem
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
 
-    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
-                                   QStringLiteral("automatic new column name"), true);
-    autoName->setToolTip(QStringLiteral("Uncheck to manually set the new column name."));
-    applyRememberedValue(useRemembered, autoName);
-    addParameter(autoName);
-
-    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
-                                  QStringLiteral("New column name"), displayName());
-    newName->setToolTip(QStringLiteral("The name for the new column."));
-    applyRememberedValue(useRemembered, newName);
-    addParameter(newName);
+    addNewNameParameters(useRemembered);
 
     auto *column = new Parameter(ParameterType::SingleColumn, QStringLiteral("Column"),
                                  QStringLiteral("Column"), input);
@@ -174,15 +164,12 @@ void TransformCount::createParameters(const ColumnSources &inputs, bool useRemem
 
 QList<ParameterState> TransformCount::parameterStates() const
 {
-    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
-    return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()}};
+    return {newNameState()};
 }
 
 Dataset &TransformCount::process(Dataset &output, const TransformInputs &inputs,
                                  const RunContext &context, bool &)
 {
-    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
     const Parameter *columnOption = &option(QStringLiteral("Column"));
     const Parameter *sortOption = &option(QStringLiteral("Sort"));
     const Parameter *orderOption = &option(QStringLiteral("Order"));
@@ -191,11 +178,9 @@ Dataset &TransformCount::process(Dataset &output, const TransformInputs &inputs,
     const Dataset &input = *inputs.first().dataset;
 
     const int c = columnOption->toColumnIndex();
-    const bool autoName = autoNameOption->toBool();
     if (c < 0 || c >= input.columnCount()) {
         beginOutput(output, 2, true,
-                    {columnOption->noneText(),
-                     autoName ? QStringLiteral("Count") : newNameOption->toString()});
+                    {columnOption->noneText(), newColumnName(QStringLiteral("Count"))});
         setResult(QStringLiteral("No changes"));
         return output;
     }
@@ -213,10 +198,8 @@ Dataset &TransformCount::process(Dataset &output, const TransformInputs &inputs,
 
     QVector<Tally> &tallies = counter.tallies();
     sortTallies(tallies, sortOption->toSelectionIndex(), orderOption->toSelectionIndex() == 1);
-    beginOutput(
-        output, 2, true,
-        {header,
-         autoName ? QStringLiteral("Count %1").arg(header).trimmed() : newNameOption->toString()});
+    beginOutput(output, 2, true,
+                {header, newColumnName(QStringLiteral("Count %1").arg(header).trimmed())});
     output.reserveRows(tallies.size());
     for (const Tally &tally : qAsConst(tallies)) {
         if (drilldown)

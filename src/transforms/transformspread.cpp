@@ -113,7 +113,10 @@ bool TransformSpread::layOut(const Dataset &input, Layout &layout)
             groupKey += row.at(c);
             groupKey += QChar(0x1F);
         }
-        layout.rowOf[r] = *groups.insert(groupKey, groups.value(groupKey, groups.size()));
+        auto group = groups.constFind(groupKey);
+        if (group == groups.constEnd())
+            group = groups.insert(groupKey, groups.size());
+        layout.rowOf[r] = group.value();
         const QString &key = row.at(layout.keyColumn);
         auto found = keys.constFind(key);
         if (found == keys.constEnd()) {

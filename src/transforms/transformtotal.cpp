@@ -40,17 +40,7 @@ void TransformTotal::createParameters(const ColumnSources &inputs, bool useRemem
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
 
-    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
-                                   QStringLiteral("automatic new column name"), true);
-    autoName->setToolTip(QStringLiteral("Uncheck to manually set the new column name."));
-    applyRememberedValue(useRemembered, autoName);
-    addParameter(autoName);
-
-    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
-                                  QStringLiteral("New column name"), displayName());
-    newName->setToolTip(QStringLiteral("The name for the new column."));
-    applyRememberedValue(useRemembered, newName);
-    addParameter(newName);
+    addNewNameParameters(useRemembered);
 
     auto *column = new Parameter(ParameterType::SingleColumn, QStringLiteral("Column"),
                                  QStringLiteral("Column"), input);
@@ -71,15 +61,12 @@ void TransformTotal::createParameters(const ColumnSources &inputs, bool useRemem
 
 QList<ParameterState> TransformTotal::parameterStates() const
 {
-    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
-    return {{QStringLiteral("New_Name"), !autoName || !autoName->toBool()}};
+    return {newNameState()};
 }
 
 Dataset &TransformTotal::process(Dataset &output, const TransformInputs &inputs,
                                  const RunContext &context, bool &)
 {
-    const Parameter *autoNameOption = &option(QStringLiteral("Auto_New_Name"));
-    const Parameter *newNameOption = &option(QStringLiteral("New_Name"));
     const Parameter *columnOption = &option(QStringLiteral("Column"));
     const Parameter *byOption = &option(QStringLiteral("By"));
 
@@ -88,9 +75,9 @@ Dataset &TransformTotal::process(Dataset &output, const TransformInputs &inputs,
     const bool hasColumn = column >= 0 && column < output.columnCount();
     const int by = byOption->toColumnIndex();
     const bool hasBy = by >= 0 && by < output.columnCount();
-    const QString name = !autoNameOption->toBool() ? newNameOption->toString()
-        : hasColumn ? QStringLiteral("Total %1").arg(output.headerText(column))
-                    : QStringLiteral("Total");
+    const QString name
+        = newColumnName(hasColumn ? QStringLiteral("Total %1").arg(output.headerText(column))
+                                  : QStringLiteral("Total"));
     const int c = ColumnNames::appendNamedColumn(output, name);
     if (!hasColumn) {
         setResult(QStringLiteral("No changes"));

@@ -192,6 +192,34 @@ void Transform::clearMessages()
     m_result.clear();
 }
 
+void Transform::addNewNameParameters(bool useRemembered)
+{
+    auto *autoName = new Parameter(ParameterType::Bool, QStringLiteral("Auto_New_Name"),
+                                   QStringLiteral("automatic new column name"), true);
+    autoName->setToolTip(QStringLiteral("Uncheck to manually set the new column name."));
+    applyRememberedValue(useRemembered, autoName);
+    addParameter(autoName);
+
+    auto *newName = new Parameter(ParameterType::Text, QStringLiteral("New_Name"),
+                                  QStringLiteral("New column name"), displayName());
+    newName->setToolTip(QStringLiteral("The name for the new column."));
+    applyRememberedValue(useRemembered, newName);
+    addParameter(newName);
+}
+
+ParameterState Transform::newNameState() const
+{
+    const Parameter *autoName = parameter(QStringLiteral("Auto_New_Name"));
+    return {QStringLiteral("New_Name"), !autoName || !autoName->toBool()};
+}
+
+QString Transform::newColumnName(const QString &automatic) const
+{
+    return option(QStringLiteral("Auto_New_Name")).toBool()
+        ? automatic
+        : option(QStringLiteral("New_Name")).toString();
+}
+
 void Transform::applyRememberedValue(bool useRemembered, Parameter *parameter)
 {
     parameter->setRemembered(true);

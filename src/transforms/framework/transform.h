@@ -129,6 +129,14 @@ protected:
 
     // An option that the framework has checked exists; only for use inside process().
     const Parameter &option(const QString &key) const { return *parameter(key); }
+    // The two options of a transform that adds one column: Auto_New_Name, and New_Name with the
+    // transform's display name as default, which the Right pane shows only while the first is
+    // off (newNameState()).
+    void addNewNameParameters(bool useRemembered);
+    ParameterState newNameState() const;
+    // The new column's name: automatic while Auto_New_Name is on, else New_Name. Only for use
+    // inside process().
+    QString newColumnName(const QString &automatic) const;
     // Makes this a copy of other, which is of the same class: its options, and the state of
     // the few classes that keep some beyond them.
     virtual void copyFrom(const Transform &other);
