@@ -1,11 +1,13 @@
 #include "transforms/registry.h"
 
+#include "transforms/transformcalculate.h"
 #include "transforms/transformcase.h"
 #include "transforms/transformchop.h"
 #include "transforms/transformclone.h"
 #include "transforms/transformconcat.h"
 #include "transforms/transformconcatrows.h"
 #include "transforms/transformcopy.h"
+#include "transforms/transformcorrelate.h"
 #include "transforms/transformcount.h"
 #include "transforms/transformcross.h"
 #include "transforms/transformdedupe.h"
@@ -15,14 +17,19 @@
 #include "transforms/transformgather.h"
 #include "transforms/transformheader.h"
 #include "transforms/transformif.h"
+#include "transforms/transformimpute.h"
 #include "transforms/transforminsert.h"
+#include "transforms/transforminterpolate.h"
 #include "transforms/transformintersect.h"
 #include "transforms/transformjoin.h"
 #include "transforms/transformlookup.h"
+#include "transforms/transformmoving.h"
 #include "transforms/transformnewcol.h"
 #include "transforms/transformnewrows.h"
 #include "transforms/transformoffset.h"
+#include "transforms/transformoutliers.h"
 #include "transforms/transformpad.h"
+#include "transforms/transformpivot.h"
 #include "transforms/transformremovecols.h"
 #include "transforms/transformrenamecols.h"
 #include "transforms/transformreorder.h"
@@ -30,6 +37,7 @@
 #include "transforms/transformreshape.h"
 #include "transforms/transformrownum.h"
 #include "transforms/transformsample.h"
+#include "transforms/transformscale.h"
 #include "transforms/transformsequence.h"
 #include "transforms/transformslice.h"
 #include "transforms/transformslide.h"
@@ -39,11 +47,14 @@
 #include "transforms/transformspread.h"
 #include "transforms/transformstack.h"
 #include "transforms/transformstamp.h"
+#include "transforms/transformstats.h"
 #include "transforms/transformsubstitute.h"
 #include "transforms/transformsubtract.h"
+#include "transforms/transformsummary.h"
 #include "transforms/transformtotal.h"
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
+#include "transforms/transformunique.h"
 #include "transforms/transformwhitespace.h"
 
 #include "transforms/framework/transform.h"
@@ -58,21 +69,25 @@ namespace {
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCase,       new TransformChop,       new TransformClone,
-        new TransformConcat,     new TransformConcatRows, new TransformCopy,
-        new TransformCount,      new TransformCross,      new TransformDedupe,
-        new TransformExtract,    new TransformFillDown,   new TransformFilter,
-        new TransformGather,     new TransformHeader,     new TransformIf,
-        new TransformInsert,     new TransformIntersect,  new TransformJoin,
-        new TransformLookup,     new TransformNewCol,     new TransformNewRows,
-        new TransformOffset,     new TransformPad,        new TransformRemoveCols,
-        new TransformRenameCols, new TransformReorder,    new TransformReplaceMulti,
-        new TransformReshape,    new TransformRowNum,     new TransformSample,
-        new TransformSequence,   new TransformSlice,      new TransformSlide,
-        new TransformSort,       new TransformSplit,      new TransformSplitRows,
-        new TransformSpread,     new TransformStack,      new TransformStamp,
-        new TransformSubstitute, new TransformSubtract,   new TransformTotal,
-        new TransformTranspose,  new TransformUnfill,     new TransformWhitespace,
+        new TransformCalculate,    new TransformCase,        new TransformChop,
+        new TransformClone,        new TransformConcat,      new TransformConcatRows,
+        new TransformCopy,         new TransformCorrelate,   new TransformCount,
+        new TransformCross,        new TransformDedupe,      new TransformExtract,
+        new TransformFillDown,     new TransformFilter,      new TransformGather,
+        new TransformHeader,       new TransformIf,          new TransformImpute,
+        new TransformInsert,       new TransformInterpolate, new TransformIntersect,
+        new TransformJoin,         new TransformLookup,      new TransformMoving,
+        new TransformNewCol,       new TransformNewRows,     new TransformOffset,
+        new TransformOutliers,     new TransformPad,         new TransformPivot,
+        new TransformRemoveCols,   new TransformRenameCols,  new TransformReorder,
+        new TransformReplaceMulti, new TransformReshape,     new TransformRowNum,
+        new TransformSample,       new TransformScale,       new TransformSequence,
+        new TransformSlice,        new TransformSlide,       new TransformSort,
+        new TransformSplit,        new TransformSplitRows,   new TransformSpread,
+        new TransformStack,        new TransformStamp,       new TransformStats,
+        new TransformSubstitute,   new TransformSubtract,    new TransformSummary,
+        new TransformTotal,        new TransformTranspose,   new TransformUnfill,
+        new TransformUnique,       new TransformWhitespace,
     };
 }
 

@@ -44,6 +44,9 @@ void TestCatalogue::rows_data()
     // A kind, or two kinds joined by "|" where either form is allowed (ordered or not).
     QTest::addColumn<QString>("kinds");
 
+    QTest::newRow("TransformCalculate") << 0 << QString("Calculate") << QString("Calculate")
+                          << QString("Auto_New_Name New_Name Operation Type1 Column1 Constant1 Type2 Column2 Constant2")
+                          << QString("5 7 6 6 0 7 6 0 7");
     QTest::newRow("TransformCase") << 1 << QString("Case") << QString("Case")
                           << QString("Columns Case Keep_Upper")
                           << QString("1|11 6 5");
@@ -62,6 +65,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCopy") << 8 << QString("Copy Cols") << QString("Copy")
                           << QString("Columns Copies")
                           << QString("1|11 8");
+    QTest::newRow("TransformCorrelate") << 9 << QString("Correlate") << QString("Correlate")
+                          << QString("Columns")
+                          << QString("1|11");
     QTest::newRow("TransformCount") << 10 << QString("Count") << QString("Count")
                           << QString("Auto_New_Name New_Name Column Sort Order Case_Sensitive Drilldown")
                           << QString("5 7 0 6 6 5 5");
@@ -89,9 +95,15 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformIf") << 22 << QString("If") << QString("If")
                           << QString("New_Name If Case_Sensitive")
                           << QString("7 10 5");
+    QTest::newRow("TransformImpute") << 23 << QString("Impute") << QString("Impute")
+                          << QString("Columns Using Of Matching_Columns Match_Type Case_Sensitive")
+                          << QString("1|11 6 6 1|11 6 5");
     QTest::newRow("TransformInsert") << 24 << QString("Insert") << QString("Insert")
                           << QString("Columns Insert With")
                           << QString("1|11 7 6");
+    QTest::newRow("TransformInterpolate") << 26 << QString("Interpolate") << QString("Interpolate")
+                          << QString("Auto_New_Name New_Name Top_Sample_Column Bottom_Sample_Column Bottom_Value_Column Interpolation_Type")
+                          << QString("5 7 0 0 0 6");
     QTest::newRow("TransformIntersect") << 25 << QString("Intersect") << QString("Intersect")
                           << QString("Column_1 Column_2 Case_Sensitive")
                           << QString("0 0 5");
@@ -101,6 +113,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformLookup") << 29 << QString("Lookup") << QString("Lookup")
                           << QString("Auto_New_Name New_Name Top_Lookup_Column Bottom_Lookup_Column Bottom_Value_Column Match_Type Fuzziness Bottom_Values_Used Fuzzy_Bottom_Values_Used Delim If_No_Match Non_Matching_Value Case_Sensitive")
                           << QString("5 7 0 0 0 6 8 6 6 7 6 7 5");
+    QTest::newRow("TransformMoving") << 30 << QString("Moving") << QString("Moving")
+                          << QString("Auto_New_Name New_Name Column Calculation Interval Offset Incomplete")
+                          << QString("5 7 0 6 8 8 6");
     QTest::newRow("TransformNewCol") << 31 << QString("New Col") << QString("New_Col")
                           << QString("New_Name New_Value")
                           << QString("7 7");
@@ -110,9 +125,16 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformOffset") << 36 << QString("Offset") << QString("Offset")
                           << QString("Columns Offset_Amount Offset_Direction Wraparound New_Value")
                           << QString("1|11 8 6 5 7");
+    QTest::newRow("TransformOutliers") << 37 << QString("Outliers") << QString("Outliers")
+                          << QString("Column Score_By Threshold Action New_Value Non_Numeric Add_Scores")
+                          << QString("0 6 17 6 7 6 5");
     QTest::newRow("TransformPad") << 38 << QString("Pad") << QString("Pad")
                           << QString("Columns Length Left_Right Pad_With")
                           << QString("1|11 8 6 9");
+    // Pivot's older documents call the values column "Sum"; the reader takes it as "Values".
+    QTest::newRow("TransformPivot") << 39 << QString("Pivot") << QString("Pivot")
+                          << QString("Rows Columns Values Summarize_As Non_Calc Totals Total_Type Delimiter Drilldown")
+                          << QString("2|22 2|22 0 6 6 5 6 7 5");
     QTest::newRow("TransformRemoveCols") << 42 << QString("Remove Cols") << QString("Remove")
                           << QString("Columns")
                           << QString("1|11");
@@ -134,6 +156,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformSample") << 50 << QString("Sample") << QString("Sample")
                           << QString("Rows Spread Seed Disable")
                           << QString("8 6 8 5");
+    QTest::newRow("TransformScale") << 51 << QString("Scale") << QString("Scale")
+                          << QString("Columns From To By Of")
+                          << QString("1|11 8 8 6 6");
     QTest::newRow("TransformSequence") << 52 << QString("Sequence") << QString("Sequence")
                           << QString("How_Name Col_Name Minimum_Missing_type User_Define_Minimum_Missing_Int User_Define_Minimum_Missing_Date Maximum_Missing_type User_Define_Maximum_Missing_Int User_Define_Maximum_Missing_Date Order As_Name User_Defined_Row_Value")
                           << QString("6 0 6 8 21 6 8 21 6 6 7");
@@ -161,12 +186,18 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformStamp") << 61 << QString("Stamp") << QString("Stamp")
                           << QString("Format Position New_Name")
                           << QString("7 6 7");
+    QTest::newRow("TransformStats") << 62 << QString("Stats") << QString("Stats")
+                          << QString("Columns Calculation Percentile On")
+                          << QString("1|11 6 8 6");
     QTest::newRow("TransformSubstitute") << 63 << QString("Substitute") << QString("Substitute")
                           << QString("New_Name Script")
                           << QString("7 12");
     QTest::newRow("TransformSubtract") << 64 << QString("Subtract") << QString("Subtract")
                           << QString("Column_1 Column_2 Match Case_Sensitive")
                           << QString("0 0 6 5");
+    QTest::newRow("TransformSummary") << 65 << QString("Summary") << QString("Summary")
+                          << QString("Columns Check_For_Dates Check_Stats")
+                          << QString("1|11 5 5");
     QTest::newRow("TransformTotal") << 66 << QString("Total") << QString("Total")
                           << QString("Auto_New_Name New_Name Column By")
                           << QString("5 7 0 0");
@@ -176,6 +207,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformUnfill") << 69 << QString("Unfill") << QString("Unfill")
                           << QString("Columns Direction For Key_Column")
                           << QString("1|11 6 6 0");
+    QTest::newRow("TransformUnique") << 70 << QString("Unique") << QString("Unique")
+                          << QString("Column_Options Delim Concat_Ignore_Empty Count Case_Sensitive Drilldown")
+                          << QString("15 7 5 5 5 5");
     QTest::newRow("TransformWhitespace") << 74 << QString("Whitespace") << QString("Whitespace")
                           << QString("Columns Trim Line_Feed Tab Non_Standard_Spaces Carriage_Return Consecutive_Spaces Non_Printable")
                           << QString("1|11 5 5 5 5 5 5 5");

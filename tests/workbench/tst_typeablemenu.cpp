@@ -104,9 +104,10 @@ void TestTypeableMenu::typingNarrowsAndKeysChoose()
     QCOMPARE(menu.matches().size(), m_prototypes.size());
     QTest::keyClicks(&menu, "sta");
     QCOMPARE(menu.filterText(), QStringLiteral("sta"));
-    QCOMPARE(menu.matches().size(), 2);
+    QCOMPARE(menu.matches().size(), 3);
     QCOMPARE(menu.matches().at(0)->displayName(), QStringLiteral("Stack"));
     QCOMPARE(menu.matches().at(1)->displayName(), QStringLiteral("Stamp"));
+    QCOMPARE(menu.matches().at(2)->displayName(), QStringLiteral("Stats"));
     QCOMPARE(menu.activeAction()->text(), QStringLiteral("Stack"));
 
     QTest::keyClick(&menu, Qt::Key_Down);
