@@ -127,9 +127,9 @@ QList<ParameterState> TransformCalculate::parameterStates() const
         const bool shown = number == 1 || twoValues;
         Parameter *type = parameter(key("Type", number));
         const bool isColumn = !type || type->toSelectionIndex() == ColumnType;
-        // The tooltip of Value 1's type says "first" only when there is a second.
+        // Value 1's type says "first" only while there is a second.
         if (type)
-            type->setToolTip(typeToolTips(number, twoValues).first());
+            type->setToolTip(typeToolTips(number, twoValues || number == 2).first());
         if (number == 2)
             states.append({type ? type->key() : key("Type", number), shown});
         states.append({key("Column", number), shown && isColumn});
