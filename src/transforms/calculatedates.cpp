@@ -6,6 +6,8 @@
 
 #include <QDateTime>
 
+#include <limits>
+
 namespace Calculate {
 
 namespace {
@@ -15,6 +17,8 @@ namespace {
 constexpr int DateSamples = 50;
 constexpr qlonglong MSecsPerDay = 86400000;
 constexpr qlonglong LargestTimeMSecs = 1000000000000000LL;
+// More distinct dates than this in one run are no longer worth keeping.
+constexpr int RememberedDates = 100000;
 
 const QString DateExpected = QStringLiteral("Error: date expected");
 const QString InvalidOperation = QStringLiteral("Error: invalid operation");
@@ -26,6 +30,31 @@ QString twoDigits(qlonglong value)
 }
 
 } // namespace
+
+QDate DateTexts::read(const QString &text)
+{
+    const auto found = m_dates.constFind(text);
+    if (found != m_dates.constEnd())
+        return found.value();
+    if (m_dates.size() >= RememberedDates)
+        m_dates.clear();
+    const QDate date = toDate(text, m_format);
+    m_dates.insert(text, date);
+    return date;
+}
+
+QString DateTexts::write(const QDate &date, const QLocale &locale)
+{
+    const qint64 day = date.isValid() ? date.toJulianDay() : std::numeric_limits<qint64>::min();
+    const auto found = m_texts.constFind(day);
+    if (found != m_texts.constEnd())
+        return found.value();
+    if (m_texts.size() >= RememberedDates)
+        m_texts.clear();
+    const QString text = locale.toString(date, m_format);
+    m_texts.insert(day, text);
+    return text;
+}
 
 bool isDateColumn(const Dataset &dataset, int column, const QStringList &formats, QString *format)
 {
@@ -200,17 +229,17 @@ void Calculator::calculateDateOne(const QString &a, Outcome *outcome) const
     default:
         break;
     }
-    const QDate date = toDate(a, m_value1.format);
+    const QDate date = m_dates1.read(a);
     if (!date.isValid()) {
         outcome->fail(DateExpected, Failure::Date, 1);
         return;
     }
     switch (m_operation) {
     case Operation::Increment:
-        outcome->text = m_locale.toString(date.addDays(1), m_value1.format);
+        outcome->text = m_dates1.write(date.addDays(1), m_locale);
         break;
     case Operation::Decrement:
-        outcome->text = m_locale.toString(date.addDays(-1), m_value1.format);
+        outcome->text = m_dates1.write(date.addDays(-1), m_locale);
         break;
     case Operation::DayOfWeek:
         outcome->text = integerText(date.dayOfWeek());
@@ -247,8 +276,8 @@ void Calculator::calculateDateOne(const QString &a, Outcome *outcome) const
 
 void Calculator::calculateDates(const QString &a, const QString &b, Outcome *outcome) const
 {
-    const QDate first = toDate(a, m_value1.format);
-    const QDate second = toDate(b, m_value2.format);
+    const QDate first = m_dates1.read(a);
+    const QDate second = m_dates2.read(b);
     if (!first.isValid())
         outcome->fail(DateExpected, Failure::Date, 1);
     if (!second.isValid())
@@ -258,16 +287,16 @@ void Calculator::calculateDates(const QString &a, const QString &b, Outcome *out
     if (m_operation == Operation::Subtract)
         outcome->text = integerText(second.daysTo(first));
     else if (m_operation == Operation::Maximum)
-        outcome->text = m_locale.toString(qMax(first, second), m_value1.format);
+        outcome->text = m_dates1.write(qMax(first, second), m_locale);
     else if (m_operation == Operation::Minimum)
-        outcome->text = m_locale.toString(qMin(first, second), m_value1.format);
+        outcome->text = m_dates1.write(qMin(first, second), m_locale);
     else
         outcome->fail(InvalidOperation, Failure::OnTwoDates, 0);
 }
 
 void Calculator::calculateDatePlusDays(const QString &a, const QString &b, Outcome *outcome) const
 {
-    const QDate date = toDate(a, m_value1.format);
+    const QDate date = m_dates1.read(a);
     if (!date.isValid()) {
         outcome->fail(DateExpected, Failure::Date, 1);
         return;
@@ -283,7 +312,7 @@ void Calculator::calculateDatePlusDays(const QString &a, const QString &b, Outco
         return;
     }
     const QDate result = date.addDays(m_operation == Operation::Add ? days : -days);
-    outcome->text = m_locale.toString(result, m_value1.format);
+    outcome->text = m_dates1.write(result, m_locale);
 }
 
 } // namespace Calculate

@@ -238,6 +238,8 @@ Calculator::Calculator(Operation operation, const Operand &value1, const Operand
     , m_decimalIsPoint(QLocale().decimalPoint() == QLatin1Char('.'))
 {
     m_integerLocale.setNumberOptions(m_integerLocale.numberOptions() | QLocale::OmitGroupSeparator);
+    m_dates1.setFormat(value1.format);
+    m_dates2.setFormat(value2.format);
 }
 
 void Calculator::calculate(const QString &a, const QString &b, Outcome *outcome) const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "transforms/calculatedates.h"
+
 #include <QLocale>
 #include <QString>
 #include <QStringList>
@@ -159,6 +161,9 @@ private:
     QLocale m_locale;
     // The locale without group separators, for integers written into cells.
     QLocale m_integerLocale;
+    // Each value's dates in its own format; results are written in Value 1's.
+    mutable DateTexts m_dates1;
+    mutable DateTexts m_dates2;
 };
 
 // Halves go towards positive infinity: 2.5 gives 3, -2.5 gives -2.
