@@ -144,10 +144,6 @@ void TestTransformPivot::tables_data()
                  {"North", "12"},
                  {"South", "5"},
                  {"Grand Sum", "24"}};
-    QTest::newRow("no pivot rows: the right column stays, the bottom row goes")
-        << sales() << QList<int> {1} << QList<int> {} << "Sum"
-        << "Zero" << true << "Rows and columns"
-        << Rows {{"product", "A", "B", "Grand Sum"}, {"Sum", "17", "7", "24"}};
     QTest::newRow("keys of two columns joined, each empty one named")
         << sales() << QList<int> {} << QList<int> {1, 0} << "Count"
         << "Zero" << false << "Rows"
@@ -206,8 +202,6 @@ void TestTransformPivot::summaries_data()
     QTest::newRow("average of no numbers is 0")
         << QStringList {"n/a", "-"} << "Average"
         << "0" << QStringList {notNumber("n/a", 1), notNumber("-", 2)};
-    QTest::newRow("average") << QStringList {"1", "2", "4"} << "Average"
-                             << "2.33333333333333" << QStringList {};
     QTest::newRow("standard deviation of one value is 0")
         << QStringList {"5"} << "Standard deviation"
         << "0" << QStringList {};
@@ -231,10 +225,6 @@ void TestTransformPivot::summaries_data()
         << QStringList {"a", "b", "c", "d", "e", "f", "g"} << "Sum"
         << "0" << QStringList {notNumber("a", 1), notNumber("b", 2), notNumber("c", 3),
                                notNumber("d", 4), notNumber("e", 5), "+ 2 others"};
-    QTest::newRow("one other") << QStringList {"a", "b", "c", "d", "e", "f"} << "Median"
-                               << "0" << QStringList {notNumber("a", 1), notNumber("b", 2),
-                                                      notNumber("c", 3), notNumber("d", 4),
-                                                      notNumber("e", 5), "+ 1 other"};
 }
 
 void TestTransformPivot::summaries()
