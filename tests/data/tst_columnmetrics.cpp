@@ -146,7 +146,7 @@ void TestColumnMetrics::metric_data()
     QTest::newRow("fractions: three decimals") << QStringList {"1", "2", "2"} << "Average numeric"
                                                << "1.667";
     QTest::newRow("counts without group separators")
-        << QStringList(1200, QStringLiteral("x")) << "Non-empty values"
+        << QStringList(QVector<QString>(1200, QStringLiteral("x")).toList()) << "Non-empty values"
         << "1200";
 }
 
