@@ -24,6 +24,7 @@ private slots:
     void correlate();
     void scale_data();
     void scale();
+    void startsWithTheNumericColumns();
 
 private:
     struct Run
@@ -296,6 +297,24 @@ void TestTransformStats::scale()
     QCOMPARE(run.output, expected);
     QCOMPARE(run.warnings, warnings);
     QCOMPARE(run.result, result);
+}
+
+void TestTransformStats::startsWithTheNumericColumns()
+{
+    // Currency and empty cells still make a numeric column; one word among numbers doesn't.
+    QScopedPointer<DataSource> source(makeDataSource(makeDataset(
+        {{"name", "price", "count", "mixed"}, {"a", "$3", "1", "2"}, {"b", "", "4", "x"}})));
+    const Dataset &dataset = *source->dataset();
+    const QList<ColumnId> numeric {dataset.columnId(1), dataset.columnId(2)};
+    TransformStats stats;
+    TransformCorrelate correlate;
+    TransformScale scale;
+    for (Transform *transform :
+         {static_cast<Transform *>(&stats), static_cast<Transform *>(&correlate),
+          static_cast<Transform *>(&scale)}) {
+        transform->createParameters({source.data()}, false);
+        QCOMPARE(transform->parameter("Columns")->toColumns(), numeric);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTransformStats)
