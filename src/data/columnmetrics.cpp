@@ -248,6 +248,8 @@ Metrics compute(const QStringList &texts, const Options &options, const QVector<
     QVector<double> numbers;
     qint64 totalLength = 0;
     for (int i = 0; i < texts.size(); ++i) {
+        if (i % 1000 == 0 && options.progress && !options.progress(i))
+            break;
         const QString &text = texts.at(i);
         const int row = rowNumbers ? rowNumbers->at(i) : i;
         const int length = text.size();
@@ -383,9 +385,11 @@ QList<QPair<QString, QString>> texts(const Metrics &m, const Options &options, b
 }
 
 QList<QPair<QString, QString>> columnMetrics(const QStringList &columnTexts, bool dates,
-                                             bool statistics, const QStringList &dateFormats)
+                                             bool statistics, const QStringList &dateFormats,
+                                             const std::function<bool(int)> &progress)
 {
     Options options;
+    options.progress = progress;
     options.dates = dates;
     options.statistics = statistics;
     options.dateFormats = dateFormats;

@@ -9,6 +9,7 @@
 #include <QVector>
 
 #include <climits>
+#include <functional>
 
 // The profile of one column: how many cells are empty, numbers, booleans, dates or text, how
 // long and how varied they are, and optionally the statistics of the numbers and the span of
@@ -56,6 +57,9 @@ struct Options
     bool sampled = false;
     // Keep, for each metric, the rows behind it (for drilldown); costly on long columns.
     bool keepRows = false;
+    // Called before every 1,000th text with its position; the pass ends early when it returns
+    // false (a stop asked for), leaving the metrics of the texts before.
+    std::function<bool(int position)> progress;
 };
 
 // A statistic that may have no value.
@@ -121,7 +125,8 @@ QList<QPair<QString, QString>> texts(const Metrics &metrics, const Options &opti
 
 // compute() then texts(), for a whole column written into cells.
 QList<QPair<QString, QString>> columnMetrics(const QStringList &texts, bool dates, bool statistics,
-                                             const QStringList &dateFormats);
+                                             const QStringList &dateFormats,
+                                             const std::function<bool(int)> &progress = {});
 
 // The names alone, in the same order.
 QStringList metricNames(bool dates, bool statistics);

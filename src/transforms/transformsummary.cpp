@@ -72,13 +72,16 @@ Dataset &TransformSummary::process(Dataset &output, const TransformInputs &input
     output.setColumn(0, names);
 
     const QStringList formats = dates ? dateFormats() : QStringList();
-    for (int i = 0; i < columns.size(); ++i) {
-        // The metrics of a column come in one pass; progress goes by columns.
-        emit processed(qreal(i) / qreal(columns.size()));
-        if (context.isStopRequested())
-            break;
+    const int rowCount = input.rowCount();
+    bool stopped = false;
+    for (int i = 0; i < columns.size() && !stopped; ++i) {
+        const auto progress = [&](int r) {
+            emit processed((qreal(i) + qreal(r) / qreal(rowCount)) / qreal(columns.size()));
+            stopped = context.isStopRequested();
+            return !stopped;
+        };
         const auto metrics = ColumnMetrics::columnMetrics(input.columnValues(columns.at(i)), dates,
-                                                          statistics, formats);
+                                                          statistics, formats, progress);
         QStringList values;
         values.reserve(metrics.size());
         for (const auto &metric : metrics)

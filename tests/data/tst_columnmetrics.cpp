@@ -15,6 +15,7 @@ private slots:
     void metric_data();
     void metric();
     void rowsBehindMetrics();
+    void progressAndStop();
 };
 
 namespace {
@@ -186,6 +187,21 @@ void TestColumnMetrics::rowsBehindMetrics()
     QCOMPARE(metrics.rowsByMetric.value(Text), QVector<int>({80, 110}));
     QCOMPARE(texts(metrics, options, false).at(37).second, QString("N/A"));
     QVERIFY(metrics.missingExamples.isEmpty());
+}
+
+void TestColumnMetrics::progressAndStop()
+{
+    // Progress comes every 1,000 texts; a stop asked for at the third call ends the pass there.
+    const QStringList column = QVector<QString>(2500, QStringLiteral("7")).toList();
+    QList<int> calls;
+    Options options;
+    options.progress = [&calls](int position) {
+        calls.append(position);
+        return calls.size() < 3;
+    };
+    const Metrics metrics = compute(column, options);
+    QCOMPARE(calls, (QList<int> {0, 1000, 2000}));
+    QCOMPARE(metrics.numeric, 2000);
 }
 
 QTEST_GUILESS_MAIN(TestColumnMetrics)
