@@ -148,4 +148,42 @@ double skew(const QVector<double> &values, bool *ok)
     return 3.0 * (average(values) - median(values)) / deviation;
 }
 
+double interquartileRange(const QVector<double> &values, bool *ok)
+{
+    double q1 = 0.0;
+    double q3 = 0.0;
+    if (!report(ok, quartiles(values, &q1, &q3)))
+        return 0.0;
+    return q3 - q1;
+}
+
+double range(const QVector<double> &values, bool *ok)
+{
+    if (!report(ok, !values.isEmpty()))
+        return 0.0;
+    const auto bounds = std::minmax_element(values.cbegin(), values.cend());
+    return *bounds.second - *bounds.first;
+}
+
+double percentile(QVector<double> values, double percent, Percentile form, bool *ok)
+{
+    const int count = values.size();
+    // Dividing by 100 last keeps a whole rank exact, so that a rank that lands on the last
+    // value is not pushed past it by rounding.
+    const double rank = form == Percentile::Inclusive ? double(count - 1) * percent / 100.0
+                                                      : double(count + 1) * percent / 100.0 - 1.0;
+    const double lo = std::floor(rank);
+    const double hi = std::ceil(rank);
+    if (!report(ok, count > 0 && std::isfinite(rank) && lo >= 0.0 && hi < double(count)))
+        return 0.0;
+    // Selection, not a sort: the value at lo, then the smallest above it.
+    const int low = int(lo);
+    std::nth_element(values.begin(), values.begin() + low, values.end());
+    const double lower = values.at(low);
+    if (lo == hi)
+        return lower;
+    const double upper = *std::min_element(values.cbegin() + low + 1, values.cend());
+    return lower + (rank - lo) * (upper - lower);
+}
+
 } // namespace NumericList

@@ -36,5 +36,17 @@ bool quartiles(QVector<double> values, double *q1, double *q3);
 // Pearson's second skewness, 3 * (mean - median) / sample standard deviation; no value when
 // the deviation is missing or 0.
 double skew(const QVector<double> &values, bool *ok = nullptr);
+// Q3 - Q1 by the quartiles above.
+double interquartileRange(const QVector<double> &values, bool *ok = nullptr);
+// Maximum - minimum.
+double range(const QVector<double> &values, bool *ok = nullptr);
+
+// The interpolated value below which percent % of the values lie, as spreadsheets compute it:
+// Inclusive ranks the sorted values at (n - 1) * p (PERCENTILE.INC), Exclusive at
+// (n + 1) * p - 1 (PERCENTILE.EXC), with p = percent / 100. A rank that falls outside the
+// values has no result, so the exclusive form has none for the extreme percentages of short
+// lists (90% of four values).
+enum class Percentile { Inclusive = 0, Exclusive = 1 };
+double percentile(QVector<double> values, double percent, Percentile form, bool *ok = nullptr);
 
 } // namespace NumericList

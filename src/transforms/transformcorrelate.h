@@ -2,7 +2,9 @@
 
 #include "transforms/framework/transform.h"
 
-// Pearson correlation of each pair of chosen columns.
+#include <QVector>
+
+// The Pearson correlation of every pair of the chosen columns, as a square matrix.
 class TransformCorrelate : public Transform
 {
     Q_OBJECT
@@ -14,4 +16,8 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    QVector<QVector<double>> readColumns(const Dataset &input, const QList<int> &columns,
+                                         const RunContext &context);
 };

@@ -15,6 +15,8 @@ class TestNumericList : public QObject
 private slots:
     void statistics_data();
     void statistics();
+    void percentile_data();
+    void percentile();
     void fromTexts();
     void medianAgreesWithSorting();
 };
@@ -113,6 +115,47 @@ void TestNumericList::statistics()
         QCOMPARE(minimum(values), *std::min_element(values.cbegin(), values.cend()));
         QCOMPARE(maximum(values), *std::max_element(values.cbegin(), values.cend()));
     }
+}
+
+void TestNumericList::percentile_data()
+{
+    const double none = qQNaN();
+    QTest::addColumn<QVector<double>>("values");
+    QTest::addColumn<double>("percent");
+    QTest::addColumn<double>("inclusive");
+    QTest::addColumn<double>("exclusive");
+
+    const QVector<double> four {4, 1, 3, 2};
+    // Exclusive rank 3.5 lies past the last of four values; inclusive rank 2.7 interpolates.
+    QTest::newRow("90% of four") << four << 90.0 << 3.7 << none;
+    QTest::newRow("50% of four") << four << 50.0 << 2.5 << 2.5;
+    QTest::newRow("20% of four") << four << 20.0 << 1.6 << 1.0;
+    QTest::newRow("10% of four") << four << 10.0 << 1.3 << none;
+    QTest::newRow("0%") << four << 0.0 << 1.0 << none;
+    QTest::newRow("100%") << four << 100.0 << 4.0 << none;
+    QTest::newRow("past 100%") << four << 101.0 << none << none;
+    QTest::newRow("one value") << QVector<double> {7} << 90.0 << 7.0 << none;
+    QTest::newRow("one value, median") << QVector<double> {7} << 50.0 << 7.0 << 7.0;
+    QTest::newRow("empty") << QVector<double>() << 50.0 << none << none;
+    // Spreadsheets: PERCENTILE.INC(.., 0.25) = 20, PERCENTILE.EXC(.., 0.25) = 15.
+    QTest::newRow("quarter of five")
+        << QVector<double> {50, 10, 40, 20, 30} << 25.0 << 20.0 << 15.0;
+    // A rank that lands exactly on the last value must not be rounded past it.
+    QTest::newRow("exact last rank")
+        << QVector<double> {1, 2, 3, 4, 5, 6, 7, 8, 9} << 90.0 << 8.2 << 9.0;
+}
+
+void TestNumericList::percentile()
+{
+    QFETCH(QVector<double>, values);
+    QFETCH(double, percent);
+    QFETCH(double, inclusive);
+    QFETCH(double, exclusive);
+    bool ok = false;
+    double value = NumericList::percentile(values, percent, Percentile::Inclusive, &ok);
+    compareResult("inclusive", value, ok, inclusive);
+    value = NumericList::percentile(values, percent, Percentile::Exclusive, &ok);
+    compareResult("exclusive", value, ok, exclusive);
 }
 
 void TestNumericList::fromTexts()
