@@ -99,10 +99,6 @@ void TestTransformMoving::windows_data()
     QTest::newRow("median of odd and even counts")
         << mixed << int(TransformMoving::Median) << 4 << 0 << true
         << QStringList {"5", "3", "4", "3", "2.5"};
-    QTest::newRow("minimum") << mixed << int(TransformMoving::Minimum) << 3 << 0 << false
-                             << QStringList {"", "", "1", "1", "2"};
-    QTest::newRow("range") << mixed << int(TransformMoving::Range) << 2 << 0 << false
-                           << QStringList {"", "4", "3", "2", "1"};
     QTest::newRow("non-numbers are left out of complete intervals")
         << QStringList {"1", "x", "3", "", "5"} << int(TransformMoving::Average) << 2 << 0 << false
         << QStringList {"", "1", "3", "3", "5"};
