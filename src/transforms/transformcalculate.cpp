@@ -102,7 +102,9 @@ void TransformCalculate::createParameters(const ColumnSources &inputs, bool useR
         auto *type = new Parameter(ParameterType::Selection, key("Type", number),
                                    QStringLiteral("Value %1 type").arg(number),
                                    valueTypeNames().first(), valueTypeNames());
-        type->setToolTip(typeToolTips(number, true).first());
+        const QStringList tips = typeToolTips(number, true);
+        type->setToolTip(tips.first());
+        type->setChoiceToolTips(tips.mid(1));
         applyRememberedValue(useRemembered, type);
         addParameter(type);
 
@@ -128,8 +130,11 @@ QList<ParameterState> TransformCalculate::parameterStates() const
         Parameter *type = parameter(key("Type", number));
         const bool isColumn = !type || type->toSelectionIndex() == ColumnType;
         // Value 1's type says "first" only while there is a second.
-        if (type)
-            type->setToolTip(typeToolTips(number, twoValues || number == 2).first());
+        if (type) {
+            const QStringList tips = typeToolTips(number, twoValues || number == 2);
+            type->setToolTip(tips.first());
+            type->setChoiceToolTips(tips.mid(1));
+        }
         if (number == 2)
             states.append({type ? type->key() : key("Type", number), shown});
         states.append({key("Column", number), shown && isColumn});

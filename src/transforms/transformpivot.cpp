@@ -175,12 +175,16 @@ void TransformPivot::createParameters(const ColumnSources &inputs, bool useRemem
                                QStringLiteral("Pivot columns"), input);
     rows->setToolTip(QStringLiteral("Column(s) in the input dataset that will be used to create "
                                     "columns in the pivot table."));
+    // Either side may stay empty, which gives one row or one column; only both empty is
+    // reported, by process().
+    rows->setColumnRequired(false);
     addParameter(rows);
 
     auto *columns = new Parameter(ParameterType::SortColumnsOrdered, QStringLiteral("Columns"),
                                   QStringLiteral("Pivot rows"), input);
     columns->setToolTip(QStringLiteral("Column(s) in the input dataset that will be used to "
                                        "create rows in the pivot table."));
+    columns->setColumnRequired(false);
     addParameter(columns);
 
     auto *values = new Parameter(ParameterType::SingleColumn, QStringLiteral("Values"),
@@ -417,6 +421,10 @@ Dataset &TransformPivot::process(Dataset &output, const TransformInputs &inputs,
                       option(QStringLiteral("Non_Calc")), option(QStringLiteral("Totals")),
                       option(QStringLiteral("Total_Type")), option(QStringLiteral("Delimiter")),
                       option(QStringLiteral("Drilldown")), input.columnCount());
+    if (options.pivotColumns.isEmpty() && options.pivotRows.isEmpty())
+        addWarning(QStringLiteral("1 option not set ('%1' or '%2')")
+                       .arg(option(QStringLiteral("Rows")).label(),
+                            option(QStringLiteral("Columns")).label()));
     if (options.values < 0 || (options.pivotColumns.isEmpty() && options.pivotRows.isEmpty()))
         return output;
 

@@ -442,6 +442,9 @@ void TestTransformCalculate::optionStates()
             shown.append(state.key);
     QCOMPARE(shown, enabled);
     QCOMPARE(transform.parameter("Type1")->toolTip(), type1ToolTip);
+    const QString which = type1ToolTip.contains("first") ? "the first value" : "the value";
+    QCOMPARE(transform.parameter("Type1")->choiceToolTips(),
+             QStringList({"Set " + which + " as a column.", "Set " + which + " as a constant."}));
     QCOMPARE(transform.parameter("Type2")->toolTip(),
              QString("Select whether the second value is a column or a constant."));
 }

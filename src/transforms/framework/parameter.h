@@ -179,7 +179,8 @@ public:
 
     Parameter(ParameterType type, const QString &key, const QString &label,
               const QVariant &value = QVariant(), const QVariant &options = QVariant());
-    Parameter(ParameterType type, const QString &key, const QString &label, ColumnSource *sourceNode);
+    Parameter(ParameterType type, const QString &key, const QString &label,
+              ColumnSource *sourceNode);
     // Without these overloads a literal 0 would choose the source pointer, a string literal the
     // bool and a char the int.
     Parameter(ParameterType type, const QString &key, const QString &label, int value,
@@ -242,6 +243,9 @@ public:
     void setMaximumReal(double maximum) { m_maximumReal = maximum; }
     const QString &toolTip() const { return m_toolTip; }
     void setToolTip(const QString &toolTip) { m_toolTip = toolTip; }
+    // One tip for each choice of a Selection, in the order of its options.
+    const QStringList &choiceToolTips() const { return m_choiceToolTips; }
+    void setChoiceToolTips(const QStringList &tips) { m_choiceToolTips = tips; }
     ColumnSource *sourceNode() const { return m_sourceNode; }
     void setSourceNode(ColumnSource *node) { m_sourceNode = node; }
     const QString &helpText() const { return m_helpText; }
@@ -352,6 +356,7 @@ private:
     double m_minimumReal = 0.0;
     double m_maximumReal = 100.0;
     QString m_toolTip;
+    QStringList m_choiceToolTips;
     ColumnSource *m_sourceNode = nullptr;
     QString m_helpText;
     bool m_warnWhenSet = false;

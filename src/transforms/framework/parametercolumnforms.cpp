@@ -131,7 +131,7 @@ QString columnListSummary(const Parameter &parameter)
 
 bool listIsEmpty(const Parameter &parameter)
 {
-    return parameter.value().toList().isEmpty();
+    return parameter.columnRequired() && parameter.value().toList().isEmpty();
 }
 
 bool remapId(ColumnId *id, const ColumnIdMap &map)

@@ -26,8 +26,11 @@ QVariant ParameterWidget::value() const
 
 void ParameterWidget::updateEnabled(bool enabled)
 {
-    if (QWidget *w = widget())
+    if (QWidget *w = widget()) {
         w->setEnabled(enabled);
+        // A transform may reword its tips as other options change.
+        w->setToolTip(toolTip());
+    }
 }
 
 QString ParameterWidget::toolTip() const

@@ -115,6 +115,24 @@ SelectionParameterWidget::SelectionParameterWidget(Parameter *parameter, QWidget
         connect(m_combo, QOverload<int>::of(&QComboBox::activated), this,
                 [this] { commitChange(false); });
     }
+    updateChoiceToolTips();
+}
+
+void SelectionParameterWidget::updateEnabled(bool enabled)
+{
+    ParameterWidgetBase::updateEnabled(enabled);
+    updateChoiceToolTips();
+}
+
+void SelectionParameterWidget::updateChoiceToolTips()
+{
+    const QStringList &tips = parameter()->choiceToolTips();
+    for (int i = 0; i < tips.size(); ++i) {
+        if (m_combo && i < m_combo->count())
+            m_combo->setItemData(i, tips.at(i), Qt::ToolTipRole);
+        else if (i < m_radios.size())
+            m_radios.at(i)->setToolTip(tips.at(i));
+    }
 }
 
 void SelectionParameterWidget::updateValue()

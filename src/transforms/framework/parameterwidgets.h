@@ -76,6 +76,7 @@ class SelectionParameterWidget : public ParameterWidgetBase
 public:
     SelectionParameterWidget(Parameter *parameter, QWidget *parent = nullptr);
     void updateValue() override;
+    void updateEnabled(bool enabled) override;
     void saveValue() override;
     bool usesRadioButtons() const { return !m_radios.isEmpty(); }
     QComboBox *comboBox() const { return m_combo; }
@@ -83,6 +84,7 @@ public:
 
 private:
     int currentIndex() const;
+    void updateChoiceToolTips();
 
     QComboBox *m_combo = nullptr;
     QButtonGroup *m_group = nullptr;

@@ -67,6 +67,7 @@ private slots:
     void spinBoxStepsAndReturn_data();
     void spinBoxStepsAndReturn();
     void radioChoiceRunsAtOnce();
+    void choiceTipsFollowTheOption();
     void comboChoiceWaitsForThePause();
     void charNamesAndTypedCharacters_data();
     void charNamesAndTypedCharacters();
@@ -374,6 +375,27 @@ void TestParameterWidgets::radioChoiceRunsAtOnce()
     QCOMPARE(p.toString(), options.at(1));
     QCOMPARE(spies.changed.count(), 1);
     QCOMPARE(spies.changed.at(0).at(0).toBool(), true);
+}
+
+void TestParameterWidgets::choiceTipsFollowTheOption()
+{
+    const QStringList options = {QStringLiteral("Column"), QStringLiteral("Constant")};
+    Parameter p(ParameterType::Selection, QStringLiteral("Type1"), QStringLiteral("Value 1 type"),
+                options.at(0), options);
+    p.setToolTip(QStringLiteral("Select whether the first value is a column or a constant."));
+    p.setChoiceToolTips({QStringLiteral("Set the first value as a column."),
+                         QStringLiteral("Set the first value as a constant.")});
+    auto *w = static_cast<SelectionParameterWidget *>(createParameterWidget(&p, m_window.get()));
+    QVERIFY(w->usesRadioButtons());
+    QCOMPARE(w->radioButtons().at(1)->toolTip(), QString("Set the first value as a constant."));
+
+    // The panel passes on new states after each edit; the tips reworded meanwhile follow.
+    p.setToolTip(QStringLiteral("Select whether the value is a column or a constant."));
+    p.setChoiceToolTips({QStringLiteral("Set the value as a column."),
+                         QStringLiteral("Set the value as a constant.")});
+    w->updateEnabled(true);
+    QCOMPARE(w->QWidget::toolTip(), p.toolTip());
+    QCOMPARE(w->radioButtons().at(0)->toolTip(), QString("Set the value as a column."));
 }
 
 void TestParameterWidgets::comboChoiceWaitsForThePause()
