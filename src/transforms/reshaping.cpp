@@ -11,6 +11,12 @@ QString countWithNoun(qint64 count, const QString &singular, const QString &plur
     return QStringLiteral("%1 %2").arg(formatCount(count, true), count == 1 ? singular : plural);
 }
 
+QString furtherProblemsText(qint64 further)
+{
+    return QStringLiteral("+ %1").arg(
+        countWithNoun(further, QStringLiteral("other"), QStringLiteral("others")));
+}
+
 QStringList namesOrNumbers(const Dataset &input, int count)
 {
     QStringList names;

@@ -197,8 +197,7 @@ void TransformCalculate::reportFailures(const QStringList &messages, qint64 fail
     for (const QString &message : messages)
         addWarning(message);
     if (failures > ListedFailures)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            failures - ListedFailures, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(failures - ListedFailures));
     addWarning(QString());
 }
 

@@ -116,8 +116,7 @@ QVector<QVector<double>> TransformCorrelate::readColumns(const Dataset &input,
         }
     }
     if (notNumbers > ListedCells)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            notNumbers - ListedCells, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(notNumbers - ListedCells));
     return values;
 }
 

@@ -13,12 +13,6 @@ namespace {
 
 constexpr int ListedProblems = 5;
 
-QString otherLine(qint64 count)
-{
-    return QStringLiteral("+ %1").arg(
-        countWithNoun(count, QStringLiteral("other"), QStringLiteral("others")));
-}
-
 // The most frequent of the texts; ties go to the one met first, and are all kept so that the
 // user can be told of them.
 struct ModeOfTexts
@@ -271,7 +265,7 @@ qint64 TransformImpute::imputeFromAllRows(Dataset &output, int column, const QVe
             for (int i = 0; i < mode.tied.size() && i < ListedProblems; ++i)
                 quoted.append(QStringLiteral("'%1'").arg(mode.tied.at(i)));
             if (mode.tied.size() > ListedProblems)
-                quoted.append(otherLine(mode.tied.size() - ListedProblems));
+                quoted.append(furtherProblemsText(mode.tied.size() - ListedProblems));
             addInformation(QStringLiteral("%1 values occur %2 time(s) in column '%3' and could "
                                           "be used as the mode value:\n%4\nJust '%5' was used "
                                           "as the mode value")
@@ -332,7 +326,7 @@ qint64 TransformImpute::imputeFromMatchingRows(Dataset &output, int column,
         fillsToSet.append(found.value());
     }
     if (noMatches > ListedProblems)
-        addWarning(otherLine(noMatches - ListedProblems));
+        addWarning(furtherProblemsText(noMatches - ListedProblems));
     // Set only now, so that an imputed value never serves as a donor for a later row.
     for (int i = 0; i < empties.size(); ++i) {
         if (!fillsToSet.at(i).isEmpty()) {

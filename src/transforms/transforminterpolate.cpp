@@ -39,8 +39,7 @@ public:
         QStringList lines {head};
         lines += m_lines;
         if (m_count > m_lines.size())
-            lines.append(QStringLiteral("+ %1").arg(countWithNoun(
-                m_count - m_lines.size(), QStringLiteral("other"), QStringLiteral("others"))));
+            lines.append(furtherProblemsText(m_count - m_lines.size()));
         return lines;
     }
 

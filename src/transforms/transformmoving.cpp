@@ -289,8 +289,7 @@ Dataset &TransformMoving::process(Dataset &output, const TransformInputs &inputs
                            .arg(output.cell(r, column), QString::number(r + 1)));
     }
     if (notNumbers > ListedCells)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            notNumbers - ListedCells, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(notNumbers - ListedCells));
 
     Window window(calculation);
     // Rows [first, last] of the table are in the window; both bounds only ever grow.

@@ -260,8 +260,7 @@ Dataset &TransformOutliers::process(Dataset &output, const TransformInputs &inpu
     for (const QString &line : qAsConst(listed))
         addInformation(line);
     if (outlierCount > listed.size())
-        addInformation(QStringLiteral("+ %1").arg(countWithNoun(
-            outlierCount - listed.size(), QStringLiteral("other"), QStringLiteral("others"))));
+        addInformation(furtherProblemsText(outlierCount - listed.size()));
 
     if (action == KeepRows || action == RemoveRows) {
         const bool keepOutliers = action == KeepRows;

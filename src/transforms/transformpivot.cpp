@@ -441,8 +441,7 @@ Dataset &TransformPivot::process(Dataset &output, const TransformInputs &inputs,
     for (const QString &message : qAsConst(messages))
         addWarning(message);
     if (notNumbers > ListedTexts)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            notNumbers - ListedTexts, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(notNumbers - ListedTexts));
     writeTable(output, data, input, options);
     setResult(QStringLiteral("Pivot table created"));
     return output;

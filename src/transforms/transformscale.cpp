@@ -43,8 +43,7 @@ public:
                           m_count == 1 ? QStringLiteral("value") : QStringLiteral("values"))};
         lines += m_lines;
         if (m_count > ListedCells)
-            lines.append(QStringLiteral("+ %1").arg(countWithNoun(
-                m_count - ListedCells, QStringLiteral("other"), QStringLiteral("others"))));
+            lines.append(furtherProblemsText(m_count - ListedCells));
         return lines;
     }
 

@@ -243,8 +243,7 @@ Dataset &TransformStats::process(Dataset &output, const TransformInputs &inputs,
             allValues += rowValues;
     }
     if (notNumbers > ListedCells)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            notNumbers - ListedCells, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(notNumbers - ListedCells));
 
     qint64 invalidColumns = 0;
     if (forColumns) {

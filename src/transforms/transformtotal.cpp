@@ -108,8 +108,7 @@ Dataset &TransformTotal::process(Dataset &output, const TransformInputs &inputs,
         output.setCell(r, c, numberToCellText(sum));
     }
     if (notNumbers > ListedCells)
-        addWarning(QStringLiteral("+ %1").arg(countWithNoun(
-            notNumbers - ListedCells, QStringLiteral("other"), QStringLiteral("others"))));
+        addWarning(furtherProblemsText(notNumbers - ListedCells));
     setResult(QStringLiteral("%1 totalled").arg(ColumnNames::countedRows(added)));
     return output;
 }
