@@ -3,9 +3,9 @@
 # document (read, transform, write CSV): filter amount > 500, sort by amount descending
 # (numeric), inner join with a 1,000-row lookup file on the category key, and dedupe on
 # (first name, last name, city), and group by the category key (a Unique keeping one row a key,
-# with a count and the sum of amount, the first value of every other column). Prints the median wall time and max RSS of 3 runs next to the
-# peers' figures measured on these machines, and the ratio to the fastest of them (below 1.00
-# means faster).
+# with a count and the sum of amount, the first value of every other column). Prints the
+# median wall time and max RSS of 3 runs next to the peers' figures measured on these
+# machines, and the ratio to the fastest of them (below 1.00 means faster).
 # Usage: bench/jobs.sh [rows] [job...]   (default 1000000 and all jobs)
 set -euo pipefail
 
