@@ -372,6 +372,15 @@ QString Dataset::pooledCell(int c, QStringView text)
     return m_stringPools[c].pooled(text);
 }
 
+StringPool *Dataset::cellPool(int c)
+{
+    if (s_optimizeFor != MinimumMemory || c < 0)
+        return nullptr;
+    if (c >= m_stringPools.size())
+        m_stringPools.resize(c + 1);
+    return &m_stringPools[c];
+}
+
 bool Dataset::addInputRow(QStringList list, bool trim, bool tidy, bool skipEmpty, bool cellsPooled)
 {
     if (trim || tidy) {

@@ -257,6 +257,8 @@ public:
     // A cell's text for column c: the pool's equal when pooling is on, so that readers never
     // allocate a text the column already holds.
     QString pooledCell(int c, QStringView text);
+    // The pool of column c while pooling is on, else null.
+    StringPool *cellPool(int c);
     QStringList columnValues(int c) const;
     QStringList rowValues(int r, const QList<int> &columns) const;
 

@@ -86,10 +86,18 @@ QString StringPool::pooled(QStringView text)
         return QString();
     if (m_gaveUp)
         return text.toString();
+    return pooled(text, qHash(text));
+}
+
+QString StringPool::pooled(QStringView text, uint hash)
+{
+    if (text.isEmpty())
+        return QString();
+    if (m_gaveUp)
+        return text.toString();
     if (m_count * 2 >= m_slots.size())
         grow();
 
-    const uint hash = qHash(text);
     const int slot = find(text, hash);
     ++m_lookups;
     if (!m_slots.at(slot).text.isNull()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringView>
 #include <QVector>
@@ -34,6 +35,25 @@ public:
     // The pooled equal of text, made and added when new: a repeated text costs no
     // allocation at all.
     QString pooled(QStringView text);
+    // The same with the hash of text given, for a reader that looks up several texts at
+    // once: it computes their hashes and fetches ahead with the two calls below, so that
+    // the look-ups wait for memory together rather than one after the other.
+    QString pooled(QStringView text, uint hash);
+    static uint hashOf(QStringView text) { return qHash(text); }
+    // Hints only: fetch the slot where a text of this hash would be, then, once that has
+    // arrived, the text it holds.
+    void prefetchSlot(uint hash) const
+    {
+        if (!m_slots.isEmpty())
+            __builtin_prefetch(m_slots.constData() + (int(hash) & (m_slots.size() - 1)));
+    }
+    void prefetchText(uint hash) const
+    {
+        if (m_slots.isEmpty())
+            return;
+        const QString &text = m_slots.constData()[int(hash) & (m_slots.size() - 1)].text;
+        __builtin_prefetch(*reinterpret_cast<void *const *>(&text));
+    }
 
     bool isActive() const { return !m_gaveUp; }
     int size() const { return m_count; }

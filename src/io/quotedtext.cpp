@@ -132,8 +132,9 @@ void QuotedTokeniser::scan(const QChar *p, const QChar *end)
         }
     }
     m_state = state;
-    // The block is about to be replaced: keep what it holds of the current value.
+    // The block is about to be replaced: keep what it holds of the current value and row.
     flushRun();
+    m_sink.flushPending(m_row);
 }
 
 // States 0, 5 and 6. Stays here through any number of plain values.
@@ -256,7 +257,7 @@ void QuotedTokeniser::pushValue()
         m_hints.noteValue(m_runStart, m_runLength);
     } else {
         flushRun();
-        m_sink.appendCell(m_row, m_buffer.constData(), m_buffer.size());
+        m_sink.appendCellNow(m_row, m_buffer.constData(), m_buffer.size());
         m_hints.noteValue(m_buffer.constData(), m_buffer.size());
         if (m_buffer.capacity() > CellBufferKeepLimit) {
             m_buffer = QString();
@@ -272,6 +273,7 @@ void QuotedTokeniser::endRow()
 {
     if (m_sink.isIgnored()) {
         m_sink.skip();
+        m_sink.dropPending();
         m_row.erase(m_row.begin(), m_row.end());
         m_hints = CleanUpHints();
         return;

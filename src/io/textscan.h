@@ -5,6 +5,7 @@
 
 #include <QChar>
 #include <QStringList>
+#include <QVarLengthArray>
 #include <QtAlgorithms>
 
 #include <algorithm>
@@ -160,6 +161,7 @@ public:
 
     void add(QStringList &row, CleanUpHints hints, bool recordValues)
     {
+        flushPending(row);
         const int values = row.size();
         m_width = std::max(m_width, values);
         if (!m_out.addInputRow(std::move(row), m_trim && hints.trim, m_simplify && hints.tidy,
@@ -179,13 +181,65 @@ public:
 
     void finish() { m_recorder.flush(); }
 
-    // Appends a cell made in place from the pool of its column.
+    // Appends a cell made from the pool of its column. The text must stay where it is until
+    // flushPending() or add(): the cells of a row are looked up together, since each look-up
+    // would otherwise wait for memory on its own.
     void appendCell(QStringList &row, const QChar *start, int length)
+    {
+        if (!Dataset::poolingEnabled() || length == 0) {
+            row.append(m_out.pooledCell(int(row.size()), QStringView(start, length)));
+            return;
+        }
+        m_pending.append({start, length, int(row.size())});
+        row.append(QString());
+    }
+    // The same for a text about to be overwritten: made at once.
+    void appendCellNow(QStringList &row, const QChar *start, int length)
     {
         row.append(m_out.pooledCell(int(row.size()), QStringView(start, length)));
     }
 
+    // Fills in the cells that appendCell() left pending; before the texts they come from
+    // go away, and before the row is added.
+    void flushPending(QStringList &row)
+    {
+        const int count = int(m_pending.size());
+        if (count == 0)
+            return;
+        // Pools are made for every column first: making one may move the others.
+        m_out.cellPool(m_pending.last().column);
+        for (PendingCell &cell : m_pending) {
+            cell.pool = m_out.cellPool(cell.column);
+            if (cell.pool->isActive()) {
+                cell.hash = StringPool::hashOf(QStringView(cell.start, cell.length));
+                cell.pool->prefetchSlot(cell.hash);
+            }
+        }
+        for (const PendingCell &cell : qAsConst(m_pending)) {
+            if (cell.pool->isActive())
+                cell.pool->prefetchText(cell.hash);
+        }
+        for (const PendingCell &cell : qAsConst(m_pending)) {
+            const QStringView text(cell.start, cell.length);
+            row[cell.column]
+                = cell.pool->isActive() ? cell.pool->pooled(text, cell.hash) : text.toString();
+        }
+        m_pending.clear();
+    }
+    // Forgets the pending cells of a row that is dropped.
+    void dropPending() { m_pending.clear(); }
+
 private:
+    struct PendingCell
+    {
+        const QChar *start;
+        int length;
+        int column;
+        StringPool *pool = nullptr;
+        uint hash = 0;
+    };
+
+    QVarLengthArray<PendingCell, 64> m_pending;
     Dataset &m_out;
     TextReadReport &m_report;
     ValueCountRecorder m_recorder;
