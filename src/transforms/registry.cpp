@@ -10,6 +10,7 @@
 #include "transforms/transformcorrelate.h"
 #include "transforms/transformcount.h"
 #include "transforms/transformcross.h"
+#include "transforms/transformdecode.h"
 #include "transforms/transformdedupe.h"
 #include "transforms/transformextract.h"
 #include "transforms/transformfilldown.h"
@@ -55,6 +56,7 @@
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
 #include "transforms/transformunique.h"
+#include "transforms/transformuuid.h"
 #include "transforms/transformwhitespace.h"
 
 #include "transforms/framework/transform.h"
@@ -65,29 +67,30 @@
 
 namespace {
 
-// Keep this list in the alphabetical order of the class names.
+// Keep this list in the alphabetical order of the class names, regardless of case.
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCalculate,    new TransformCase,        new TransformChop,
-        new TransformClone,        new TransformConcat,      new TransformConcatRows,
-        new TransformCopy,         new TransformCorrelate,   new TransformCount,
-        new TransformCross,        new TransformDedupe,      new TransformExtract,
-        new TransformFillDown,     new TransformFilter,      new TransformGather,
-        new TransformHeader,       new TransformIf,          new TransformImpute,
-        new TransformInsert,       new TransformInterpolate, new TransformIntersect,
-        new TransformJoin,         new TransformLookup,      new TransformMoving,
-        new TransformNewCol,       new TransformNewRows,     new TransformOffset,
-        new TransformOutliers,     new TransformPad,         new TransformPivot,
-        new TransformRemoveCols,   new TransformRenameCols,  new TransformReorder,
-        new TransformReplaceMulti, new TransformReshape,     new TransformRowNum,
-        new TransformSample,       new TransformScale,       new TransformSequence,
-        new TransformSlice,        new TransformSlide,       new TransformSort,
-        new TransformSplit,        new TransformSplitRows,   new TransformSpread,
-        new TransformStack,        new TransformStamp,       new TransformStats,
-        new TransformSubstitute,   new TransformSubtract,    new TransformSummary,
-        new TransformTotal,        new TransformTranspose,   new TransformUnfill,
-        new TransformUnique,       new TransformWhitespace,
+        new TransformCalculate,  new TransformCase,         new TransformChop,
+        new TransformClone,      new TransformConcat,       new TransformConcatRows,
+        new TransformCopy,       new TransformCorrelate,    new TransformCount,
+        new TransformCross,      new TransformDecode,       new TransformDedupe,
+        new TransformExtract,    new TransformFillDown,     new TransformFilter,
+        new TransformGather,     new TransformHeader,       new TransformIf,
+        new TransformImpute,     new TransformInsert,       new TransformInterpolate,
+        new TransformIntersect,  new TransformJoin,         new TransformLookup,
+        new TransformMoving,     new TransformNewCol,       new TransformNewRows,
+        new TransformOffset,     new TransformOutliers,     new TransformPad,
+        new TransformPivot,      new TransformRemoveCols,   new TransformRenameCols,
+        new TransformReorder,    new TransformReplaceMulti, new TransformReshape,
+        new TransformRowNum,     new TransformSample,       new TransformScale,
+        new TransformSequence,   new TransformSlice,        new TransformSlide,
+        new TransformSort,       new TransformSplit,        new TransformSplitRows,
+        new TransformSpread,     new TransformStack,        new TransformStamp,
+        new TransformStats,      new TransformSubstitute,   new TransformSubtract,
+        new TransformSummary,    new TransformTotal,        new TransformTranspose,
+        new TransformUnfill,     new TransformUnique,       new TransformUUID,
+        new TransformWhitespace,
     };
 }
 

@@ -74,6 +74,10 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCross") << 11 << QString("Cross") << QString("Cross")
                           << QString("")
                           << QString("");
+    // The choice is keyed "Change"; documents that key it "Decode" are read as well.
+    QTest::newRow("TransformDecode") << 13 << QString("Decode") << QString("Decode")
+                          << QString("Columns Change")
+                          << QString("1|11 6");
     QTest::newRow("TransformDedupe") << 14 << QString("Dedupe") << QString("Dedupe")
                           << QString("Columns Match_Type Fuzziness Case_Sensitive Ignore_Spaces Ignore_Punctuation Dedupe_Mode Drilldown")
                           << QString("1|11 6 8 5 5 5 6 5");
@@ -204,6 +208,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformTranspose") << 67 << QString("Transpose") << QString("Transpose")
                           << QString("Header")
                           << QString("5");
+    QTest::newRow("TransformUUID") << 72 << QString("UUID") << QString("UUID")
+                          << QString("New_Name Format")
+                          << QString("7 6");
     QTest::newRow("TransformUnfill") << 69 << QString("Unfill") << QString("Unfill")
                           << QString("Columns Direction For Key_Column")
                           << QString("1|11 6 6 0");
