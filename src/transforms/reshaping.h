@@ -12,8 +12,9 @@
 // "1 row", "2,500 rows": a count with grouped digits and the noun that agrees with it.
 QString countWithNoun(qint64 count, const QString &singular, const QString &plural);
 
-// Problems with single cells are listed one by one for the first few only; this line stands
-// for the rest: "+ 1 other", "+ 12 others".
+// Problems with single cells are listed one by one for the first ListedProblems only;
+// furtherProblemsText() stands for the rest: "+ 1 other", "+ 12 others".
+constexpr int ListedProblems = 5;
 QString furtherProblemsText(qint64 further);
 
 // What a reshaping did to the size of its input: "%1 removed" or "%1 added" for the columns,

@@ -12,8 +12,6 @@ using namespace Calculate;
 
 namespace {
 
-// Failures listed one by one; the rest are only counted.
-constexpr int ListedFailures = 5;
 enum ValueType { ColumnType = 0, ConstantType = 1 };
 
 QStringList valueTypeNames()
@@ -196,8 +194,8 @@ void TransformCalculate::reportFailures(const QStringList &messages, qint64 fail
         return;
     for (const QString &message : messages)
         addWarning(message);
-    if (failures > ListedFailures)
-        addWarning(furtherProblemsText(failures - ListedFailures));
+    if (failures > ListedProblems)
+        addWarning(furtherProblemsText(failures - ListedProblems));
     addWarning(QString());
 }
 
@@ -253,7 +251,7 @@ Dataset &TransformCalculate::process(Dataset &output, const TransformInputs &inp
         if (!outcome.failed())
             ++successes;
         for (int i = 0; i < outcome.problemCount; ++i) {
-            if (++failures > ListedFailures)
+            if (++failures > ListedProblems)
                 continue;
             const Problem &problem = outcome.problems[i];
             const Value &value = problem.value == 2 ? value2 : value1;

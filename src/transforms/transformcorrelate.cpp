@@ -11,9 +11,6 @@
 
 namespace {
 
-// Cells that aren't numbers are listed up to this many; the rest are only counted.
-constexpr int ListedCells = 5;
-
 // Pearson's coefficient over the rows where both columns hold numbers (NaN marks the others).
 // Returns NaN without pairs; zeroX or zeroY tells which column does not vary among them.
 double pearson(const QVector<double> &x, const QVector<double> &y, int *pairs, bool *zeroX,
@@ -110,13 +107,13 @@ QVector<QVector<double>> TransformCorrelate::readColumns(const Dataset &input,
             const double value = toDoubleFast(text, decimalIsPoint, &ok);
             if (ok)
                 values[i][r] = value;
-            else if (++notNumbers <= ListedCells)
+            else if (++notNumbers <= ListedProblems)
                 addWarning(QStringLiteral("'%1' is not a numerical value in column '%2' row %3")
                                .arg(text, input.headerText(columns.at(i)), QString::number(r + 1)));
         }
     }
-    if (notNumbers > ListedCells)
-        addWarning(furtherProblemsText(notNumbers - ListedCells));
+    if (notNumbers > ListedProblems)
+        addWarning(furtherProblemsText(notNumbers - ListedProblems));
     return values;
 }
 

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr int ListedProblems = 5;
-
 // The most frequent of the texts; ties go to the one met first, and are all kept so that the
 // user can be told of them.
 struct ModeOfTexts

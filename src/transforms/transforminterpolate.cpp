@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int ListedCells = 5;
-
 struct Point
 {
     double sample;
@@ -28,7 +26,7 @@ class ProblemList
 public:
     void add(const QString &cell, int r)
     {
-        if (++m_count <= ListedCells)
+        if (++m_count <= ListedProblems)
             m_lines.append(QStringLiteral("'%1' at row %2").arg(cell, QString::number(r + 1)));
     }
     qint64 count() const { return m_count; }

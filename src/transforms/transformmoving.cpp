@@ -14,8 +14,6 @@
 
 namespace {
 
-// Cells that aren't numbers are listed up to this many; the rest are only counted.
-constexpr int ListedCells = 5;
 constexpr int LargestOffset = 1000000;
 
 // The numbers of a window that slides down the table: rows enter at the bottom and leave at
@@ -284,12 +282,12 @@ Dataset &TransformMoving::process(Dataset &output, const TransformInputs &inputs
         bool ok = false;
         numbers[r] = toDoubleFast(output.cell(r, column), decimalIsPoint, &ok);
         isNumber[r] = ok;
-        if (!ok && ++notNumbers <= ListedCells)
+        if (!ok && ++notNumbers <= ListedProblems)
             addWarning(QStringLiteral("'%1' is not a numerical value in row %2.")
                            .arg(output.cell(r, column), QString::number(r + 1)));
     }
-    if (notNumbers > ListedCells)
-        addWarning(furtherProblemsText(notNumbers - ListedCells));
+    if (notNumbers > ListedProblems)
+        addWarning(furtherProblemsText(notNumbers - ListedProblems));
 
     Window window(calculation);
     // Rows [first, last] of the table are in the window; both bounds only ever grow.

@@ -9,12 +9,6 @@
 #include <QLocale>
 #include <QVector>
 
-namespace {
-
-constexpr int ListedOutliers = 5;
-
-} // namespace
-
 // Where outliers begin, and how a value is scored against the centre of the values.
 struct TransformOutliers::Fences
 {
@@ -236,7 +230,7 @@ Dataset &TransformOutliers::process(Dataset &output, const TransformInputs &inpu
         const bool outlier
             = isNumber.at(r) ? score > threshold || score < -threshold : nonNumericOutliers;
         outliers[r] = outlier;
-        if (outlier && ++outlierCount <= ListedOutliers)
+        if (outlier && ++outlierCount <= ListedProblems)
             listed.append(QStringLiteral("'%1' at row %2")
                               .arg(output.cell(r, column), QString::number(r + 1)));
         if (scoreColumn >= 0 && isNumber.at(r))

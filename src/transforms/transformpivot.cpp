@@ -18,9 +18,6 @@ namespace {
 enum NonCalc { NonCalcZero = 0, NonCalcEmpty = 1 };
 enum TotalType { TotalRowsAndColumns = 0, TotalRows = 1, TotalColumns = 2 };
 
-// Texts that are not numbers are listed up to this many; the rest are only counted.
-constexpr int ListedTexts = 5;
-
 QString emptyText()
 {
     return QStringLiteral("(Empty)");
@@ -321,7 +318,7 @@ qint64 gatherValues(PivotData &data, const Dataset &input, const PivotOptions &o
             continue;
         bool isNumber = false;
         const double number = numeric ? toDoubleFast(value, decimalIsPoint, &isNumber) : 0.0;
-        if (numeric && !isNumber && ++notNumbers <= ListedTexts)
+        if (numeric && !isNumber && ++notNumbers <= ListedProblems)
             messages->append(
                 QStringLiteral("'%1' is not a numerical value in column '%2' at row %3.")
                     .arg(value, valuesName, QString::number(r + 1)));
@@ -440,8 +437,8 @@ Dataset &TransformPivot::process(Dataset &output, const TransformInputs &inputs,
         &messages);
     for (const QString &message : qAsConst(messages))
         addWarning(message);
-    if (notNumbers > ListedTexts)
-        addWarning(furtherProblemsText(notNumbers - ListedTexts));
+    if (notNumbers > ListedProblems)
+        addWarning(furtherProblemsText(notNumbers - ListedProblems));
     writeTable(output, data, input, options);
     setResult(QStringLiteral("Pivot table created"));
     return output;

@@ -13,9 +13,6 @@
 
 namespace {
 
-// Problem cells are listed up to this many under their heading; the rest are only counted.
-constexpr int ListedCells = 5;
-
 enum Using { BySum = 0, ByMaximum, ByMinimumMaximum };
 enum Scope { EachRow = 0, EachColumn, AllValues };
 
@@ -30,7 +27,7 @@ public:
     // Counts one more cell, and lists it while the list is short: its line is only made then.
     template<typename Line> void add(const Line &line)
     {
-        if (++m_count <= ListedCells)
+        if (++m_count <= ListedProblems)
             m_lines.append(line());
     }
     qint64 count() const { return m_count; }
@@ -42,8 +39,8 @@ public:
             m_heading.arg(formatCount(m_count),
                           m_count == 1 ? QStringLiteral("value") : QStringLiteral("values"))};
         lines += m_lines;
-        if (m_count > ListedCells)
-            lines.append(furtherProblemsText(m_count - ListedCells));
+        if (m_count > ListedProblems)
+            lines.append(furtherProblemsText(m_count - ListedProblems));
         return lines;
     }
 

@@ -10,9 +10,6 @@
 
 namespace {
 
-// Cells that aren't numbers are listed up to this many; the rest are only counted.
-constexpr int ListedCells = 5;
-
 enum Calculation {
     Sum = 0,
     Minimum,
@@ -224,7 +221,7 @@ Dataset &TransformStats::process(Dataset &output, const TransformInputs &inputs,
             bool ok = false;
             const double value = toDoubleFast(text, decimalIsPoint, &ok);
             if (!ok) {
-                if (++notNumbers <= ListedCells)
+                if (++notNumbers <= ListedProblems)
                     addWarning(
                         QStringLiteral("'%1' is not a numerical value in column '%2' row %3.")
                             .arg(text, output.headerText(columns.at(i)), QString::number(r + 1)));
@@ -242,8 +239,8 @@ Dataset &TransformStats::process(Dataset &output, const TransformInputs &inputs,
         if (forColumns)
             allValues += rowValues;
     }
-    if (notNumbers > ListedCells)
-        addWarning(furtherProblemsText(notNumbers - ListedCells));
+    if (notNumbers > ListedProblems)
+        addWarning(furtherProblemsText(notNumbers - ListedProblems));
 
     qint64 invalidColumns = 0;
     if (forColumns) {

@@ -8,13 +8,6 @@
 #include <QHash>
 #include <QLocale>
 
-namespace {
-
-// Cells that aren't numbers are listed up to this many; the rest are only counted.
-constexpr int ListedCells = 5;
-
-} // namespace
-
 const TransformDescriptor &TransformTotal::descriptor() const
 {
     static const TransformDescriptor descriptor = [] {
@@ -101,14 +94,14 @@ Dataset &TransformTotal::process(Dataset &output, const TransformInputs &inputs,
         if (ok) {
             sum += number;
             ++added;
-        } else if (++notNumbers <= ListedCells) {
+        } else if (++notNumbers <= ListedProblems) {
             addWarning(QStringLiteral("'%1' is not a numerical value in row %2.")
                            .arg(row.at(column), QString::number(r + 1)));
         }
         output.setCell(r, c, numberToCellText(sum));
     }
-    if (notNumbers > ListedCells)
-        addWarning(furtherProblemsText(notNumbers - ListedCells));
+    if (notNumbers > ListedProblems)
+        addWarning(furtherProblemsText(notNumbers - ListedProblems));
     setResult(QStringLiteral("%1 totalled").arg(ColumnNames::countedRows(added)));
     return output;
 }

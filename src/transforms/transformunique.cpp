@@ -3,6 +3,7 @@
 #include "data/valueinterpretation.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/framework/parameterforms.h"
 #include "transforms/uniqueaggregate.h"
 
 #include <QHash>
@@ -81,12 +82,12 @@ struct Group
 
 QString concatName()
 {
-    return QStringLiteral("Concat");
+    return UniqueForm::optionTexts().at(UniqueAggregate::Concat);
 }
 
 QString concatDistinctName()
 {
-    return QStringLiteral("Concat distinct");
+    return UniqueForm::optionTexts().at(UniqueAggregate::ConcatDistinct);
 }
 
 // The option of each column of the input; a column the value doesn't name keeps its first.
@@ -141,13 +142,7 @@ void TransformUnique::createParameters(const ColumnSources &inputs, bool useReme
 {
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
-    const QString keepUnique = QStringLiteral("Keep unique");
-    const QString keyRule = QStringLiteral("Only 1 row is kept from those where *all* the values "
-                                           "in '%1' columns match.\nAt least "
-                                           "one column must be set to '%1' for the transform to do "
-                                           "anything.\nClick the ? button "
-                                           "for more details.")
-                                .arg(keepUnique);
+    const QString keyRule = UniqueForm::keyRuleText();
 
     auto *columns = new Parameter(ParameterType::Unique, QStringLiteral("Column_Options"),
                                   QStringLiteral("Column options"), input);

@@ -537,6 +537,35 @@ bool remap(Parameter &p, const ColumnIdMap &map)
 
 namespace UniqueForm {
 
+QStringList optionTexts()
+{
+    return {QStringLiteral("Keep unique"),
+            QStringLiteral("Keep first"),
+            QStringLiteral("Keep last"),
+            QStringLiteral("Sum"),
+            QStringLiteral("Maximum"),
+            QStringLiteral("Minimum"),
+            QStringLiteral("Average"),
+            QStringLiteral("Concat"),
+            QStringLiteral("Concat distinct"),
+            QStringLiteral("Keep first non-empty"),
+            QStringLiteral("Keep last non-empty"),
+            QStringLiteral("Count distinct"),
+            QStringLiteral("Count unique"),
+            QStringLiteral("Count duplicate"),
+            QStringLiteral("Count empty"),
+            QStringLiteral("Count non-empty"),
+            QStringLiteral("Set empty")};
+}
+
+QString keyRuleText()
+{
+    return QStringLiteral("Only 1 row is kept from those where *all* the values in '%1' columns "
+                          "match.\nAt least one column must be set to '%1' for the transform to "
+                          "do anything.\nClick the ? button for more details.")
+        .arg(optionTexts().first());
+}
+
 // One field a column of the source, in order; a column without an entry keeps its first.
 QString write(const Parameter &p)
 {

@@ -86,6 +86,11 @@ bool remap(Parameter &p, const ColumnIdMap &map);
 
 // Kind 15: UniqueColumns.
 namespace UniqueForm {
+// The texts of the 17 choices a column has, by number: the transform, its tips and the
+// widget all name them alike.
+QStringList optionTexts();
+// What the key columns mean, over the widget and in the tip of the option.
+QString keyRuleText();
 QString write(const Parameter &p);
 void read(Parameter &p, const QStringList &fields, const QString &text, int version);
 QString summary(const Parameter &p);

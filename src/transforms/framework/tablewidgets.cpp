@@ -1,5 +1,7 @@
 #include "transforms/framework/tablewidgets.h"
 
+#include "transforms/framework/parameterforms.h"
+
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -325,35 +327,6 @@ void RenameColumnsParameterWidget::onItemChanged(QTableWidgetItem *item)
 
 // ---------------------------------------------------------------------------------------------
 
-QStringList UniqueParameterWidget::optionTexts()
-{
-    return {QStringLiteral("Keep unique"),
-            QStringLiteral("Keep first"),
-            QStringLiteral("Keep last"),
-            QStringLiteral("Sum"),
-            QStringLiteral("Maximum"),
-            QStringLiteral("Minimum"),
-            QStringLiteral("Average"),
-            QStringLiteral("Concat"),
-            QStringLiteral("Concat distinct"),
-            QStringLiteral("Keep first non-empty"),
-            QStringLiteral("Keep last non-empty"),
-            QStringLiteral("Count distinct"),
-            QStringLiteral("Count unique"),
-            QStringLiteral("Count duplicate"),
-            QStringLiteral("Count empty"),
-            QStringLiteral("Count non-empty"),
-            QStringLiteral("Set empty")};
-}
-
-QString UniqueParameterWidget::headerText()
-{
-    return QStringLiteral("Only 1 row is kept from those where *all* the values in '%1' columns "
-                          "match.\nAt least one column must be set to '%1' for the transform to "
-                          "do anything.\nClick the ? button for more details.")
-        .arg(optionTexts().first());
-}
-
 UniqueParameterWidget::UniqueParameterWidget(Parameter *parameter, QWidget *parent)
     : ParameterWidgetBase(parameter, parent)
     , m_table(new QTableWidget(this))
@@ -361,7 +334,7 @@ UniqueParameterWidget::UniqueParameterWidget(Parameter *parameter, QWidget *pare
     setToolTip(parameter->toolTip());
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
-    auto *header = new QLabel(headerText(), this);
+    auto *header = new QLabel(UniqueForm::keyRuleText(), this);
     header->setWordWrap(true);
     layout->addWidget(header);
     layout->addWidget(m_table, 1);
@@ -384,7 +357,7 @@ void UniqueParameterWidget::updateValue()
     m_unique = parameter()->toUniqueColumns();
     const Dataset *dataset = parameter()->sourceDataset();
     const int count = dataset ? dataset->columnCount() : 0;
-    const QStringList texts = optionTexts();
+    const QStringList texts = UniqueForm::optionTexts();
     m_table->setRowCount(count);
     for (int c = 0; c < count; ++c) {
         const ColumnId id = dataset->columnId(c);

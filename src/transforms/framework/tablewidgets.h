@@ -94,9 +94,6 @@ class UniqueParameterWidget : public ParameterWidgetBase
     Q_OBJECT
 
 public:
-    static QStringList optionTexts();
-    static QString headerText();
-
     UniqueParameterWidget(Parameter *parameter, QWidget *parent = nullptr);
     void updateValue() override;
     void saveValue() override;
