@@ -142,11 +142,10 @@ void TransformUnique::createParameters(const ColumnSources &inputs, bool useReme
 {
     Transform::createParameters(inputs, useRemembered);
     ColumnSource *input = inputs.value(0);
-    const QString keyRule = UniqueForm::keyRuleText();
 
     auto *columns = new Parameter(ParameterType::Unique, QStringLiteral("Column_Options"),
                                   QStringLiteral("Column options"), input);
-    columns->setToolTip(keyRule);
+    columns->setToolTip(UniqueForm::keyRuleText());
     addParameter(columns);
 
     auto *delim = new Parameter(ParameterType::Text, QStringLiteral("Delim"),
@@ -172,7 +171,9 @@ void TransformUnique::createParameters(const ColumnSources &inputs, bool useReme
     addCheck("Count", "add count column", false,
              QStringLiteral("Check to add an additional column that counts the number of rows "
                             "that have been replaced with one unique row."));
-    addCheck("Case_Sensitive", "case sensitive", true, keyRule);
+    addCheck("Case_Sensitive", "case sensitive", true,
+             QStringLiteral("Check for case sensitive '%1' matching.")
+                 .arg(UniqueForm::optionTexts().at(UniqueAggregate::KeepUnique)));
     addCheck("Drilldown", "allow drilldown", false,
              QStringLiteral("Allow double click to drilldown in the data table."));
 }

@@ -23,6 +23,7 @@ private slots:
     void grouping();
     void noKeyColumnGivesACopy();
     void drilldownRecordsEachGroupsRows();
+    void tipsNameTheChoices();
 
 private:
     struct Run
@@ -216,6 +217,17 @@ void TestTransformUnique::drilldownRecordsEachGroupsRows()
     QCOMPARE(run.output.sourceRowsOf(1, 1), (QList<int> {1}));
     QCOMPARE(run.output.sourceRowsOf(2, 0), (QList<int> {3, 6}));
     QVERIFY(unique(groups(), {0, 1}).output.sourceRows().isEmpty());
+}
+
+void TestTransformUnique::tipsNameTheChoices()
+{
+    TransformUnique transform;
+    transform.createParameters({}, false);
+    QCOMPARE(transform.parameter("Case_Sensitive")->toolTip(),
+             QString("Check for case sensitive 'Keep unique' matching."));
+    QCOMPARE(transform.parameter("Delim")->toolTip(),
+             QString("The delimiter to use between concatenated terms for 'Concat' or "
+                     "'Concat distinct'."));
 }
 
 QTEST_GUILESS_MAIN(TestTransformUnique)
