@@ -4,33 +4,44 @@
 #include "transforms/transformcase.h"
 #include "transforms/transformchop.h"
 #include "transforms/transformclone.h"
+#include "transforms/transformcluster.h"
+#include "transforms/transformcompare.h"
 #include "transforms/transformconcat.h"
 #include "transforms/transformconcatrows.h"
 #include "transforms/transformcopy.h"
 #include "transforms/transformcorrelate.h"
 #include "transforms/transformcount.h"
 #include "transforms/transformcross.h"
+#include "transforms/transformdateformat.h"
 #include "transforms/transformdecode.h"
 #include "transforms/transformdedupe.h"
+#include "transforms/transformdiff.h"
 #include "transforms/transformextract.h"
 #include "transforms/transformfilldown.h"
 #include "transforms/transformfilter.h"
 #include "transforms/transformgather.h"
+#include "transforms/transformhash.h"
 #include "transforms/transformheader.h"
 #include "transforms/transformif.h"
 #include "transforms/transformimpute.h"
 #include "transforms/transforminsert.h"
 #include "transforms/transforminterpolate.h"
 #include "transforms/transformintersect.h"
+#include "transforms/transformjavascript.h"
 #include "transforms/transformjoin.h"
 #include "transforms/transformlookup.h"
 #include "transforms/transformmoving.h"
 #include "transforms/transformnewcol.h"
 #include "transforms/transformnewrows.h"
+#include "transforms/transformngram.h"
+#include "transforms/transformnumbase.h"
+#include "transforms/transformnumberformat.h"
 #include "transforms/transformoffset.h"
 #include "transforms/transformoutliers.h"
 #include "transforms/transformpad.h"
 #include "transforms/transformpivot.h"
+#include "transforms/transformpseudonym.h"
+#include "transforms/transformrandom.h"
 #include "transforms/transformremovecols.h"
 #include "transforms/transformrenamecols.h"
 #include "transforms/transformreorder.h"
@@ -44,6 +55,7 @@
 #include "transforms/transformslide.h"
 #include "transforms/transformsort.h"
 #include "transforms/transformsplit.h"
+#include "transforms/transformsplitname.h"
 #include "transforms/transformsplitrows.h"
 #include "transforms/transformspread.h"
 #include "transforms/transformstack.h"
@@ -56,7 +68,9 @@
 #include "transforms/transformtranspose.h"
 #include "transforms/transformunfill.h"
 #include "transforms/transformunique.h"
+#include "transforms/transformunits.h"
 #include "transforms/transformuuid.h"
+#include "transforms/transformverify.h"
 #include "transforms/transformwhitespace.h"
 
 #include "transforms/framework/transform.h"
@@ -71,26 +85,30 @@ namespace {
 QList<Transform *> allTransforms()
 {
     return {
-        new TransformCalculate,  new TransformCase,         new TransformChop,
-        new TransformClone,      new TransformConcat,       new TransformConcatRows,
-        new TransformCopy,       new TransformCorrelate,    new TransformCount,
-        new TransformCross,      new TransformDecode,       new TransformDedupe,
-        new TransformExtract,    new TransformFillDown,     new TransformFilter,
-        new TransformGather,     new TransformHeader,       new TransformIf,
-        new TransformImpute,     new TransformInsert,       new TransformInterpolate,
-        new TransformIntersect,  new TransformJoin,         new TransformLookup,
-        new TransformMoving,     new TransformNewCol,       new TransformNewRows,
-        new TransformOffset,     new TransformOutliers,     new TransformPad,
-        new TransformPivot,      new TransformRemoveCols,   new TransformRenameCols,
-        new TransformReorder,    new TransformReplaceMulti, new TransformReshape,
-        new TransformRowNum,     new TransformSample,       new TransformScale,
-        new TransformSequence,   new TransformSlice,        new TransformSlide,
-        new TransformSort,       new TransformSplit,        new TransformSplitRows,
-        new TransformSpread,     new TransformStack,        new TransformStamp,
-        new TransformStats,      new TransformSubstitute,   new TransformSubtract,
-        new TransformSummary,    new TransformTotal,        new TransformTranspose,
-        new TransformUnfill,     new TransformUnique,       new TransformUUID,
-        new TransformWhitespace,
+        new TransformCalculate,    new TransformCase,        new TransformChop,
+        new TransformClone,        new TransformCluster,     new TransformCompare,
+        new TransformConcat,       new TransformConcatRows,  new TransformCopy,
+        new TransformCorrelate,    new TransformCount,       new TransformCross,
+        new TransformDateFormat,   new TransformDecode,      new TransformDedupe,
+        new TransformDiff,         new TransformExtract,     new TransformFillDown,
+        new TransformFilter,       new TransformGather,      new TransformHash,
+        new TransformHeader,       new TransformIf,          new TransformImpute,
+        new TransformInsert,       new TransformInterpolate, new TransformIntersect,
+        new TransformJavascript,   new TransformJoin,        new TransformLookup,
+        new TransformMoving,       new TransformNewCol,      new TransformNewRows,
+        new TransformNgram,        new TransformNumBase,     new TransformNumberFormat,
+        new TransformOffset,       new TransformOutliers,    new TransformPad,
+        new TransformPivot,        new TransformPseudonym,   new TransformRandom,
+        new TransformRemoveCols,   new TransformRenameCols,  new TransformReorder,
+        new TransformReplaceMulti, new TransformReshape,     new TransformRowNum,
+        new TransformSample,       new TransformScale,       new TransformSequence,
+        new TransformSlice,        new TransformSlide,       new TransformSort,
+        new TransformSplit,        new TransformSplitName,   new TransformSplitRows,
+        new TransformSpread,       new TransformStack,       new TransformStamp,
+        new TransformStats,        new TransformSubstitute,  new TransformSubtract,
+        new TransformSummary,      new TransformTotal,       new TransformTranspose,
+        new TransformUnfill,       new TransformUnique,      new TransformUnits,
+        new TransformUUID,         new TransformVerify,      new TransformWhitespace,
     };
 }
 

@@ -56,6 +56,12 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformClone") << 3 << QString("Clone") << QString("Clone")
                           << QString("")
                           << QString("");
+    QTest::newRow("TransformCluster") << 4 << QString("Cluster") << QString("Cluster")
+                          << QString("Column Clustering Terms Fuzziness Max_Auto_Clusters Max_Auto_Time Case_Sensitive")
+                          << QString("0 6 18 8 8 8 5");
+    QTest::newRow("TransformCompare") << 5 << QString("Compare Cols") << QString("Compare_Cols")
+                          << QString("Auto_New_Name New_Name Column1 Comparison Column2 Case_Sensitive")
+                          << QString("5 7 0 6 0 5");
     QTest::newRow("TransformConcat") << 6 << QString("Concat Cols") << QString("Concat")
                           << QString("Auto_New_Name New_Name Columns Delimiter Keep_Empty")
                           << QString("5 7 1|11 7 5");
@@ -74,6 +80,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformCross") << 11 << QString("Cross") << QString("Cross")
                           << QString("")
                           << QString("");
+    QTest::newRow("TransformDateFormat") << 12 << QString("DateTime Format") << QString("Date_Format")
+                          << QString("Columns Input_Locale Input Output_Locale Output Non_Date User_Defined")
+                          << QString("1|11 23 7 23 7 6 7");
     // The choice is keyed "Change"; documents that key it "Decode" are read as well.
     QTest::newRow("TransformDecode") << 13 << QString("Decode") << QString("Decode")
                           << QString("Columns Change")
@@ -81,6 +90,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformDedupe") << 14 << QString("Dedupe") << QString("Dedupe")
                           << QString("Columns Match_Type Fuzziness Case_Sensitive Ignore_Spaces Ignore_Punctuation Dedupe_Mode Drilldown")
                           << QString("1|11 6 8 5 5 5 6 5");
+    QTest::newRow("TransformDiff") << 15 << QString("Difference") << QString("Difference")
+                          << QString("By Top_Key_Column Bottom_Key_Column Sort_by_Key Case_Sensitive Max_Diffs")
+                          << QString("6 0 0 5 5 8");
     QTest::newRow("TransformExtract") << 16 << QString("Extract") << QString("Extract")
                           << QString("Columns Using Length From Offset Matching Case_Sensitive")
                           << QString("1|11 6 8 6 8 7 5");
@@ -93,6 +105,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformGather") << 19 << QString("Gather") << QString("Gather")
                           << QString("Columns Key_Column Value_Column")
                           << QString("1|11 7 7");
+    QTest::newRow("TransformHash") << 20 << QString("Hash") << QString("Hash")
+                          << QString("Columns Hashing Secret")
+                          << QString("1|11 6 7");
     QTest::newRow("TransformHeader") << 21 << QString("Header") << QString("Header")
                           << QString("Num_Rows Mode Delimiter")
                           << QString("8 6 7");
@@ -111,6 +126,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformIntersect") << 25 << QString("Intersect") << QString("Intersect")
                           << QString("Column_1 Column_2 Case_Sensitive")
                           << QString("0 0 5");
+    QTest::newRow("TransformJavascript") << 27 << QString("Javascript") << QString("Javascript")
+                          << QString("New_Name Type_As Script")
+                          << QString("7 6 12");
     QTest::newRow("TransformJoin") << 28 << QString("Join") << QString("Join")
                           << QString("By Column_1 Include_Non_Matching_1 Column_2 Include_Non_Matching_2 Case_Sensitive Detailed_Report")
                           << QString("6 0 5 0 5 5 5");
@@ -126,6 +144,17 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformNewRows") << 32 << QString("New Rows") << QString("New_Rows")
                           << QString("Number_How_Name Number_Col_Name Number_Const_Name As_Name User_Defined_Row_Value Location_Name For_Name Match_Column_Name Match_Type_Name Match_Value_Name Match_Case_Sensitive")
                           << QString("6 0 8 6 7 6 6 0 6 7 5");
+    QTest::newRow("TransformNgram") << 33 << QString("Ngram") << QString("Ngram")
+                          << QString("Column Min_N Max_N Sum Case_Sensitive Drilldown")
+                          << QString("0 8 8 0 5 5");
+    QTest::newRow("TransformNumBase") << 34 << QString("Num Base") << QString("Num_Base")
+                          << QString("Columns From To Non_Numeric")
+                          << QString("1|11 8 8 6");
+    // The first option is unnamed in the catalogue; it is keyed "Columns" like every other
+    // list of columns to change.
+    QTest::newRow("TransformNumberFormat") << 35 << QString("Num Format") << QString("Num_Format")
+                          << QString("Columns Decimal_From Input_Locale Format Precision Output_Locale Group_Separator Non_Numeric")
+                          << QString("1|11 6 23 6 8 23 5 6");
     QTest::newRow("TransformOffset") << 36 << QString("Offset") << QString("Offset")
                           << QString("Columns Offset_Amount Offset_Direction Wraparound New_Value")
                           << QString("1|11 8 6 5 7");
@@ -139,6 +168,12 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformPivot") << 39 << QString("Pivot") << QString("Pivot")
                           << QString("Rows Columns Values Summarize_As Non_Calc Totals Total_Type Delimiter Drilldown")
                           << QString("2|22 2|22 0 6 6 5 6 7 5");
+    QTest::newRow("TransformPseudonym") << 40 << QString("Pseudonym") << QString("Pseudonym")
+                          << QString("Auto_New_Name New_Name Column Prefix Start_At Seed")
+                          << QString("5 7 0 7 8 8");
+    QTest::newRow("TransformRandom") << 41 << QString("Random") << QString("Random")
+                          << QString("New_Name Type Seed Minimum_Real Maximum_Real Minimum_Int Maximum_Int Minimum_Date Maximum_Date Date_Format Text_Values")
+                          << QString("7 6 8 17 17 8 8 21 21 7 7");
     QTest::newRow("TransformRemoveCols") << 42 << QString("Remove Cols") << QString("Remove")
                           << QString("Columns")
                           << QString("1|11");
@@ -178,6 +213,9 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformSplit") << 56 << QString("Split Col") << QString("Split")
                           << QString("Columns Delimiter_Type Delimiter Lengths Into Order Keep_Empty Min_New_Cols Max_New_Cols")
                           << QString("0 6 7 7 6 6 5 8 8");
+    QTest::newRow("TransformSplitName") << 57 << QString("Split Name") << QString("Split_Name")
+                          << QString("Column Title Custom_Title First Middle Last Num_Last Suffix Custom_Suffix")
+                          << QString("0 5 7 5 5 5 8 5 7");
     QTest::newRow("TransformSplitRows") << 58 << QString("Split Rows") << QString("Split_Rows")
                           << QString("Split_Rows Case_Sensitive")
                           << QString("14 5");
@@ -217,6 +255,14 @@ void TestCatalogue::rows_data()
     QTest::newRow("TransformUnique") << 70 << QString("Unique") << QString("Unique")
                           << QString("Column_Options Delim Concat_Ignore_Empty Count Case_Sensitive Drilldown")
                           << QString("15 7 5 5 5 5");
+    // The units are keyed "UnitsFrom" and "UnitsTo"; documents that key them "From" and "To"
+    // are read as well.
+    QTest::newRow("TransformUnits") << 71 << QString("Units") << QString("Units")
+                          << QString("Columns Dimension UnitsFrom UnitsTo")
+                          << QString("1|11 6 6 6");
+    QTest::newRow("TransformVerify") << 73 << QString("Verify") << QString("Verify")
+                          << QString("Rules Case_Sensitive Keep_Remove_rows No_Fail No_Info No_Warning No_Error")
+                          << QString("19 5 6 5 5 5 5");
     QTest::newRow("TransformWhitespace") << 74 << QString("Whitespace") << QString("Whitespace")
                           << QString("Columns Trim Line_Feed Tab Non_Standard_Spaces Carriage_Return Consecutive_Spaces Non_Printable")
                           << QString("1|11 5 5 5 5 5 5 5");

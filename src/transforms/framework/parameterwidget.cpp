@@ -4,7 +4,9 @@
 #include "transforms/framework/columnwidgets.h"
 #include "transforms/framework/parameterkind.h"
 #include "transforms/framework/parameterwidgets.h"
+#include "transforms/framework/scriptwidget.h"
 #include "transforms/framework/tablewidgets.h"
+#include "transforms/framework/verifyruleswidget.h"
 
 #include <iterator>
 

@@ -193,27 +193,6 @@ private:
     QComboBox *m_combo;
 };
 
-// A script, with a menu of the input's column variables to insert at the cursor.
-class ScriptParameterWidget : public ParameterWidgetBase
-{
-    Q_OBJECT
-
-public:
-    ScriptParameterWidget(Parameter *parameter, QWidget *parent = nullptr);
-    void updateValue() override;
-    void saveValue() override;
-    QPlainTextEdit *editor() const { return m_editor; }
-    QComboBox *variables() const { return m_variables; }
-
-private:
-    void fillVariables();
-    void onVariableChosen(int index);
-
-    QPlainTextEdit *m_editor;
-    QComboBox *m_variables;
-    bool m_loading = false;
-};
-
 // Multi-line free text.
 class LongTextParameterWidget : public QPlainTextEdit, public ParameterWidget
 {
@@ -232,17 +211,6 @@ signals:
 
 private:
     bool m_loading = false;
-};
-
-// Stands in for the rule editor until it exists; the rule set is kept exactly as it is.
-class VerifyRulesParameterWidget : public ParameterWidgetBase
-{
-    Q_OBJECT
-
-public:
-    VerifyRulesParameterWidget(Parameter *parameter, QWidget *parent = nullptr);
-    void updateValue() override { }
-    void saveValue() override { }
 };
 
 // A caption between options; it has no value.

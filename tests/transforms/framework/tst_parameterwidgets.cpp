@@ -6,6 +6,7 @@
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameterwidget.h"
 #include "transforms/framework/parameterwidgets.h"
+#include "transforms/framework/scriptwidget.h"
 #include "transforms/framework/tablewidgets.h"
 #include "widgetspies.h"
 

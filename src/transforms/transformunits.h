@@ -1,0 +1,17 @@
+#pragma once
+
+#include "transforms/framework/transform.h"
+
+// Converts numbers between units of one dimension.
+class TransformUnits : public Transform
+{
+    Q_OBJECT
+
+public:
+    const TransformDescriptor &descriptor() const override;
+    void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+
+protected:
+    Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
+                     bool &failed) override;
+};
