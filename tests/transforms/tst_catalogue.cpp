@@ -19,6 +19,7 @@ private slots:
     void rows_data();
     void rows();
     void everyPrototypeIsListed();
+    void typesAndNamesAreUnique();
 
 private:
     QList<Transform *> m_prototypes;
@@ -308,6 +309,28 @@ void TestCatalogue::everyPrototypeIsListed()
 {
     for (const Transform *prototype : qAsConst(m_prototypes))
         QVERIFY2(m_checked.contains(prototype->typeName()), qPrintable(prototype->typeName()));
+}
+
+// Documents name a transform by its type name and settings by its type number, so two classes
+// sharing either would load as each other.
+void TestCatalogue::typesAndNamesAreUnique()
+{
+    QCOMPARE(m_prototypes.size(), 72);
+    QSet<int> types;
+    QSet<QString> typeNames;
+    QSet<QString> displayNames;
+    for (const Transform *prototype : qAsConst(m_prototypes)) {
+        QVERIFY2(!types.contains(prototype->type()), qPrintable(prototype->typeName()));
+        QVERIFY2(!typeNames.contains(prototype->typeName()), qPrintable(prototype->typeName()));
+        QVERIFY2(!displayNames.contains(prototype->displayName()),
+                 qPrintable(prototype->displayName()));
+        types.insert(prototype->type());
+        typeNames.insert(prototype->typeName());
+        displayNames.insert(prototype->displayName());
+    }
+    // The numbers left free in the catalogue stay free.
+    for (int unused : {43, 46, 68})
+        QVERIFY(!types.contains(unused));
 }
 
 QTEST_GUILESS_MAIN(TestCatalogue)

@@ -27,6 +27,8 @@ private slots:
     void keywordResetsCategory();
     void categoryRows_data();
     void categoryRows();
+    void categoryListsItsTransforms_data();
+    void categoryListsItsTransforms();
     void recentListKeepsThirtyNames();
     void lastUsedListsNewestFirst();
     void mostUsedListsHighestCountFirst();
@@ -171,6 +173,50 @@ void TestActionPane::categoryRows()
         QCOMPARE(combo->itemText(combo->findData(-1)), QStringLiteral("10 last used"));
     if (most10)
         QCOMPARE(combo->itemText(combo->findData(-6)), QStringLiteral("10 most used"));
+}
+
+void TestActionPane::categoryListsItsTransforms_data()
+{
+    QTest::addColumn<int>("category");
+    QTest::addColumn<bool>("advanced");
+    QTest::addColumn<QString>("names");
+    QTest::newRow("merge") << int(CategoryMerge) << true
+                           << "Cross|Interpolate|Intersect|Join|Lookup|Stack|Subtract";
+    QTest::newRow("column") << int(CategoryColumn) << true
+                            << "Calculate|Compare Cols|Concat Cols|Copy Cols|Gather|If|Moving|"
+                               "New Col|Offset|Pseudonym|Remove Cols|Rename Cols|Reorder Cols|"
+                               "Reshape|Split Col|Split Name|Spread";
+    QTest::newRow("row") << int(CategoryRow) << true
+                         << "Concat Rows|Dedupe|Filter|Header|New Rows|Row Num|Sample|Sequence|"
+                            "Slice|Sort|Split Rows|Unique";
+    QTest::newRow("format") << int(CategoryFormat) << true
+                            << "Case|Chop|DateTime Format|Decode|Extract|Fill|Insert|Num Base|"
+                               "Num Format|Pad|Replace|Scale|Slide|Unfill|Whitespace";
+    QTest::newRow("analysis") << int(CategoryAnalysis) << true
+                              << "Cluster|Correlate|Count|Difference|Ngram|Pivot|Stats|Summary|"
+                                 "Total";
+    QTest::newRow("analysis, advanced hidden") << int(CategoryAnalysis) << false << "Count|Summary";
+    QTest::newRow("other") << int(CategoryOther) << true
+                           << "Clone|Hash|Impute|Javascript|Outliers|Random|Stamp|Substitute|"
+                              "Transpose|Units|UUID|Verify";
+}
+
+void TestActionPane::categoryListsItsTransforms()
+{
+    QFETCH(int, category);
+    QFETCH(bool, advanced);
+    QFETCH(QString, names);
+    Settings::instance()->setShowAdvancedTransforms(advanced);
+    ActionPane pane;
+    pane.categoryCombo()->setCurrentIndex(pane.categoryCombo()->findData(category));
+    QStringList shown;
+    for (const Transform *transform : pane.shownTransforms())
+        shown.append(transform->displayName());
+    QCOMPARE(shown.join('|'), names);
+
+    pane.categoryCombo()->setCurrentIndex(pane.categoryCombo()->findData(int(CategoryAll)));
+    if (advanced)
+        QCOMPARE(pane.shownTransforms().size(), 72);
 }
 
 void TestActionPane::recentListKeepsThirtyNames()
