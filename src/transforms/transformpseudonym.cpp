@@ -3,21 +3,13 @@
 #include "data/valueinterpretation.h"
 #include "transforms/columnnames.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/reshaping.h"
 #include "transforms/seededrandom.h"
 
 #include <QHash>
 #include <QVector>
 
 #include <numeric>
-
-namespace {
-
-QString countWithNoun(qint64 count, const char *one, const char *many)
-{
-    return QStringLiteral("%1 %2").arg(formatCount(count), QLatin1String(count == 1 ? one : many));
-}
-
-} // namespace
 
 const TransformDescriptor &TransformPseudonym::descriptor() const
 {
@@ -138,10 +130,13 @@ Dataset &TransformPseudonym::process(Dataset &output, const TransformInputs &inp
         ++written;
     }
     const QString done
-        = QStringLiteral("%1 pseudonymized").arg(countWithNoun(written, "value", "values"));
+        = QStringLiteral("%1 pseudonymized")
+              .arg(countWithNoun(written, QStringLiteral("value"), QStringLiteral("values")));
     setResult(written == pseudonyms.size()
                   ? done
                   : QStringLiteral("%1 with %2")
-                        .arg(done, countWithNoun(pseudonyms.size(), "pseudonym", "pseudonyms")));
+                        .arg(done,
+                             countWithNoun(pseudonyms.size(), QStringLiteral("pseudonym"),
+                                           QStringLiteral("pseudonyms"))));
     return output;
 }

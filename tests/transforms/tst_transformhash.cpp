@@ -252,7 +252,6 @@ void TestTransformHash::randomMaximumOfOldDocumentIsLowered_data()
     QTest::addColumn<int>("version");
     QTest::addColumn<int>("maximum");
     QTest::newRow("version 60 lowers it by one") << 60 << 9;
-    QTest::newRow("version 77 lowers it by one") << 77 << 9;
     QTest::newRow("version 78 keeps it") << 78 << 10;
 }
 

@@ -240,9 +240,12 @@ void ScriptWidget::paintLineNumbers(QPaintEvent *event)
     QPainter painter(m_lineNumbers);
     const QPalette colours = palette();
     painter.fillRect(event->rect(), colours.color(QPalette::AlternateBase));
+    const int edge = m_lineNumbers->width() - 1;
+    painter.setPen(colours.color(QPalette::Midlight));
+    painter.drawLine(edge, event->rect().top(), edge, event->rect().bottom());
     painter.setPen(colours.color(QPalette::Disabled, QPalette::Text));
     const int current = textCursor().blockNumber();
-    const int right = m_lineNumbers->width() - 4;
+    const int right = m_lineNumbers->width() - 5;
     QTextBlock block = firstVisibleBlock();
     int top = qRound(blockBoundingGeometry(block).translated(contentOffset()).top());
     while (block.isValid() && top <= event->rect().bottom()) {
