@@ -1,0 +1,405 @@
+#include "transforms/clustersearch.h"
+
+#include "data/valueinterpretation.h"
+#include "transforms/clusterblocking.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+
+#include <algorithm>
+#include <memory>
+#include <queue>
+
+namespace {
+
+// Runs of more words than this are not tried as terms: a term that long rarely clusters more
+// than the text it came from, and the runs of long texts would grow with the square of their
+// words.
+constexpr int MaxRunWords = 6;
+// Draws of further terms, for each term missing, before the draw gives up.
+constexpr int DrawsPerTerm = 20;
+// Random changes in a row that are no change (a term already in the list) before the random
+// phase gives up: every remaining text is a term already.
+constexpr int MaxIdleChanges = 100;
+
+// The words of a normal form: the runs between white space.
+QVector<QStringView> wordsOf(const QString &text)
+{
+    QVector<QStringView> words;
+    const int n = text.size();
+    int i = 0;
+    while (i < n) {
+        while (i < n && text.at(i).isSpace())
+            ++i;
+        const int start = i;
+        while (i < n && !text.at(i).isSpace())
+            ++i;
+        if (i > start)
+            words.append(QStringView(text).mid(start, i - start));
+    }
+    return words;
+}
+
+QString joinWords(const QVector<QStringView> &words, int first, int count)
+{
+    QString run;
+    for (int i = first; i < first + count; ++i) {
+        if (i > first)
+            run.append(QLatin1Char(' '));
+        run.append(words.at(i));
+    }
+    return run;
+}
+
+QVector<qint64> cumulativeWeights(const ClusterValues &values, const QVector<bool> *skip)
+{
+    QVector<qint64> cumulative(values.texts.size());
+    qint64 sum = 0;
+    for (int v = 0; v < values.texts.size(); ++v) {
+        if (!skip || !skip->at(v))
+            sum += values.weights.at(v);
+        cumulative[v] = sum;
+    }
+    return cumulative;
+}
+
+} // namespace
+
+ClusterPacer::ClusterPacer(const ClusterOptions &options)
+    : m_options(options)
+    , m_limitMs(qint64(qMax(1, options.maxSeconds)) * 1000)
+{
+    if (options.elapsedMs) {
+        m_elapsed = options.elapsedMs;
+    } else {
+        auto timer = std::make_shared<QElapsedTimer>();
+        timer->start();
+        m_elapsed = [timer] {
+            return timer->elapsed();
+        };
+    }
+}
+
+void ClusterPacer::check()
+{
+    m_now = m_elapsed();
+    if (m_options.stopRequested && m_options.stopRequested())
+        m_stopped = true;
+    if (!m_options.progress)
+        return;
+    qreal done = qBound<qreal>(0.0, m_done, 1.0);
+    if (m_timed)
+        done = qMax(done, qMin<qreal>(1.0, qreal(m_now) / qreal(m_limitMs)));
+    m_options.progress(m_from + (m_to - m_from) * done);
+}
+
+bool assignClusters(const ClusterValues &values, const QStringList &terms, int minimum,
+                    ClusterPacer &pacer, bool endOnTime, ClusterAssignment *assignment)
+{
+    const int count = values.texts.size();
+    assignment->term.fill(-1, count);
+    assignment->closeness.fill(-1, count);
+    assignment->score = 0;
+    const FuzzyIndex index(terms);
+    for (int v = 0; v < count; ++v) {
+        if (v % 25 == 0) {
+            pacer.setStageDone(qreal(v) / qreal(count));
+            pacer.check();
+            if (pacer.stopped() || (endOnTime && pacer.pastTime()))
+                return false;
+        }
+        const FuzzyIndex::Match match = index.closest(values.texts.at(v), minimum);
+        if (match.index < 0)
+            continue;
+        assignment->term[v] = match.index;
+        assignment->closeness[v] = match.closeness;
+        assignment->score += values.weights.at(v) * match.closeness;
+    }
+    return true;
+}
+
+ClusterSearch::ClusterSearch(const ClusterValues &values, const ClusterOptions &options,
+                             ClusterPacer &pacer)
+    : m_values(values)
+    , m_options(options)
+    , m_pacer(pacer)
+    , m_generator(options.seed)
+    , m_minimum(qBound(0, options.fuzziness, 100))
+    , m_maximum(qMax(1, options.maxClusters))
+{ }
+
+ClusterSearch::~ClusterSearch() = default;
+
+QStringList ClusterSearch::run(const QStringList &userTerms)
+{
+    m_terms = userTerms.mid(0, m_maximum);
+    m_fixed = m_terms.size();
+    m_termSet = QSet<QString>(m_terms.cbegin(), m_terms.cend());
+    m_covered.fill(false, m_values.texts.size());
+    for (qint64 weight : m_values.weights)
+        m_uncovered += weight;
+
+    m_pacer.setTimed(true);
+    m_pacer.setStage(0.0, 0.5);
+    m_pacer.check();
+    coverByUserTerms();
+    greedy();
+    draw();
+    m_pacer.setStage(0.5, 0.95);
+    improve();
+    m_pacer.setTimed(false);
+    return m_terms;
+}
+
+void ClusterSearch::coverByUserTerms()
+{
+    if (m_terms.isEmpty())
+        return;
+    const FuzzyIndex index(m_terms);
+    for (int v = 0; v < m_values.texts.size(); ++v) {
+        if (!m_pacer.step() || m_pacer.pastHalfTime())
+            return;
+        if (index.closest(m_values.texts.at(v), m_minimum).index >= 0) {
+            m_covered[v] = true;
+            m_uncovered -= m_values.weights.at(v);
+        }
+    }
+}
+
+void ClusterSearch::buildCandidates()
+{
+    QHash<QString, int> ids;
+    for (int v = 0; v < m_values.texts.size(); ++v) {
+        if (!m_pacer.step() || m_pacer.pastHalfTime())
+            return;
+        if (m_covered.at(v))
+            continue;
+        const QVector<QStringView> words = wordsOf(m_values.texts.at(v));
+        for (int first = 0; first < words.size(); ++first) {
+            const int longest = qMin(MaxRunWords, int(words.size()) - first);
+            for (int count = 1; count <= longest; ++count) {
+                const QString run = joinWords(words, first, count);
+                auto it = ids.find(run);
+                if (it == ids.end()) {
+                    it = ids.insert(run, m_candidates.size());
+                    m_candidates.append(Candidate {run, {}});
+                }
+                QVector<int> &in = m_candidates[it.value()].values;
+                if (in.isEmpty() || in.constLast() != v)
+                    in.append(v);
+            }
+        }
+    }
+}
+
+qint64 ClusterSearch::gainOf(const Candidate &candidate)
+{
+    qint64 gain = 0;
+    for (int v : candidate.values) {
+        if (m_covered.at(v))
+            continue;
+        m_pacer.step();
+        const int closeness = similarity(m_values.texts.at(v), candidate.text, m_minimum);
+        if (closeness >= m_minimum)
+            gain += m_values.weights.at(v) * qMax(1, closeness);
+    }
+    return gain;
+}
+
+// Lazy greedy choice: a candidate's worth (the rows of the texts it occurs in and is close to,
+// weighted by closeness) can only fall as texts get covered, so a candidate at the top of the
+// queue whose worth was measured since the last term was taken is the best there is; others
+// are measured again and put back.
+void ClusterSearch::greedy()
+{
+    if (m_terms.size() >= m_maximum || m_uncovered == 0)
+        return;
+    buildCandidates();
+    struct Entry
+    {
+        qint64 worth;
+        int id;
+        int measuredAt;
+        bool operator<(const Entry &other) const
+        {
+            return worth != other.worth ? worth < other.worth : id > other.id;
+        }
+    };
+    std::priority_queue<Entry> queue;
+    for (int id = 0; id < m_candidates.size(); ++id) {
+        qint64 bound = 0;
+        for (int v : qAsConst(m_candidates.at(id).values))
+            bound += m_values.weights.at(v) * 100;
+        queue.push(Entry {bound, id, -1});
+    }
+    int taken = 0;
+    while (!queue.empty() && m_terms.size() < m_maximum && m_uncovered > 0) {
+        m_pacer.setStageDone(qreal(m_terms.size()) / qreal(m_maximum));
+        if (m_pacer.stopped() || m_pacer.pastHalfTime())
+            return;
+        const Entry top = queue.top();
+        queue.pop();
+        const Candidate &candidate = m_candidates.at(top.id);
+        if (m_termSet.contains(candidate.text))
+            continue;
+        if (top.measuredAt == taken) {
+            take(candidate.text);
+            ++taken;
+            continue;
+        }
+        const qint64 worth = gainOf(candidate);
+        if (worth > 0)
+            queue.push(Entry {worth, top.id, taken});
+    }
+}
+
+void ClusterSearch::take(const QString &term)
+{
+    m_terms.append(term);
+    m_termSet.insert(term);
+    // The texts the new term clusters leave the list, whether or not they hold it as words.
+    if (!m_valueIndex)
+        m_valueIndex.reset(new FuzzyIndex(m_values.texts));
+    m_valueIndex->forEachWithin(term, m_minimum, [this](int v, int) {
+        m_pacer.step();
+        if (!m_covered.at(v)) {
+            m_covered[v] = true;
+            m_uncovered -= m_values.weights.at(v);
+        }
+    });
+}
+
+void ClusterSearch::draw()
+{
+    const int missing = m_maximum - m_terms.size();
+    if (missing <= 0 || m_values.texts.isEmpty() || m_pacer.stopped())
+        return;
+    const QVector<qint64> cumulative
+        = cumulativeWeights(m_values, m_uncovered > 0 ? &m_covered : nullptr);
+    for (int attempt = 0; attempt < missing * DrawsPerTerm && m_terms.size() < m_maximum;
+         ++attempt) {
+        const QString &text = m_values.texts.at(pickValue(cumulative));
+        if (m_termSet.contains(text))
+            continue;
+        m_terms.append(text);
+        m_termSet.insert(text);
+    }
+}
+
+int ClusterSearch::pickValue(const QVector<qint64> &cumulative)
+{
+    const qint64 total = cumulative.constLast();
+    // A remainder of 64 random bits: the bias is far below anything a row count could show.
+    const qint64 row = qint64(m_generator.generate64() % quint64(total));
+    return int(std::upper_bound(cumulative.cbegin(), cumulative.cend(), row) - cumulative.cbegin());
+}
+
+// A whole text of a random row, or a random run of its words, as often the one as the other.
+QString ClusterSearch::randomCandidate()
+{
+    if (m_allRows.isEmpty())
+        m_allRows = cumulativeWeights(m_values, nullptr);
+    const QString &text = m_values.texts.at(pickValue(m_allRows));
+    if (m_generator.bounded(2) == 0)
+        return text;
+    const QVector<QStringView> words = wordsOf(text);
+    const int first = int(m_generator.bounded(quint32(words.size())));
+    const int longest = qMin(MaxRunWords, int(words.size()) - first);
+    return joinWords(words, first, 1 + int(m_generator.bounded(quint32(longest))));
+}
+
+// Random changes: one term, not one of the user's, is replaced by a text or run of words of a
+// random row, and the change is kept when it scores higher. The phase ends when the time is
+// over, or when as many changes in a row as twice the terms (at least 10) have brought nothing.
+void ClusterSearch::improve()
+{
+    m_tried = 0;
+    if (m_terms.isEmpty())
+        return;
+    ClusterAssignment current;
+    if (!assignClusters(m_values, m_terms, m_minimum, m_pacer, true, &current)) {
+        m_timedOut = m_pacer.pastTime() && !m_pacer.stopped();
+        return;
+    }
+    m_tried = 1;
+    if (m_terms.size() <= m_fixed)
+        return;
+    const int patience = qMax(2 * m_maximum, 10);
+    int fruitless = 0;
+    int idle = 0;
+    ClusterAssignment next;
+    while (fruitless < patience && idle < MaxIdleChanges) {
+        m_pacer.setStageDone(qreal(fruitless) / qreal(patience));
+        m_pacer.check();
+        if (m_pacer.stopped())
+            return;
+        if (m_pacer.pastTime()) {
+            m_timedOut = true;
+            return;
+        }
+        const int position = m_fixed + int(m_generator.bounded(quint32(m_terms.size() - m_fixed)));
+        const QString term = randomCandidate();
+        if (term.isEmpty() || m_termSet.contains(term)) {
+            ++idle;
+            continue;
+        }
+        idle = 0;
+        if (!evaluate(position, term, current, &next)) {
+            m_timedOut = m_pacer.pastTime() && !m_pacer.stopped();
+            return;
+        }
+        ++m_tried;
+        if (next.score > current.score) {
+            m_termSet.remove(m_terms.at(position));
+            m_terms[position] = term;
+            m_termSet.insert(term);
+            std::swap(current, next);
+            fruitless = 0;
+        } else {
+            ++fruitless;
+        }
+    }
+}
+
+// Scores the terms with term at position, from the clusters under the current terms: a text
+// whose term is replaced looks for its closest term anew; any other keeps its term unless the
+// new one is closer, or as close and earlier in the list. So only the new term is measured
+// against most texts.
+bool ClusterSearch::evaluate(int position, const QString &term, const ClusterAssignment &current,
+                             ClusterAssignment *next)
+{
+    QStringList terms = m_terms;
+    terms[position] = term;
+    std::unique_ptr<FuzzyIndex> index;
+    next->term = current.term;
+    next->closeness = current.closeness;
+    next->score = 0;
+    const int length = term.size();
+    for (int v = 0; v < m_values.texts.size(); ++v) {
+        if (!m_pacer.step() || m_pacer.pastTime())
+            return false;
+        const QString &text = m_values.texts.at(v);
+        const int was = current.term.at(v);
+        if (was == position) {
+            if (!index)
+                index.reset(new FuzzyIndex(terms));
+            const FuzzyIndex::Match match = index->closest(text, m_minimum);
+            next->term[v] = match.index;
+            next->closeness[v] = match.closeness;
+        } else {
+            const int closeness = current.closeness.at(v);
+            const int need
+                = was < 0 ? m_minimum : qMax(m_minimum, position < was ? closeness : closeness + 1);
+            if (need <= 100 && !ClusterBlocking::lengthsRuleOut(text.size(), length, need)) {
+                const int alike = similarity(text, term, need);
+                if (alike >= need) {
+                    next->term[v] = position;
+                    next->closeness[v] = alike;
+                }
+            }
+        }
+        if (next->closeness.at(v) > 0)
+            next->score += m_values.weights.at(v) * next->closeness.at(v);
+    }
+    return true;
+}

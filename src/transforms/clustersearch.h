@@ -1,0 +1,129 @@
+#pragma once
+
+#include "transforms/clusterengine.h"
+
+#include <QRandomGenerator>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <memory>
+
+class FuzzyIndex;
+
+// The distinct texts of a column in normal form, empty ones left out, each with the number of
+// rows that hold it: clustering works on these, and a row follows its text.
+struct ClusterValues
+{
+    QStringList texts;
+    QVector<qint64> weights;
+    QVector<int> valueOfRow;
+};
+
+// The cluster of each value under a list of terms, and its score: the closeness summed over
+// the rows, so that more rows clustered and closer clusters both score higher.
+struct ClusterAssignment
+{
+    QVector<int> term;
+    QVector<int> closeness;
+    qint64 score = 0;
+};
+
+// Keeps the clock, the Stop and the progress of a clustering, and tells every 25 comparisons
+// whether the work must end.
+class ClusterPacer
+{
+public:
+    explicit ClusterPacer(const ClusterOptions &options);
+
+    // One comparison done; false when the work is to end (see ended()).
+    bool step()
+    {
+        if (++m_steps % 25 == 0)
+            check();
+        return !m_stopped;
+    }
+    // Looks at the clock and the Stop now, and reports progress.
+    void check();
+    // What the current stage has done, 0 to 1, shown as progress between from and to.
+    void setStage(qreal from, qreal to) { m_from = from, m_to = to; }
+    void setStageDone(qreal done) { m_done = done; }
+
+    qint64 limitMs() const { return m_limitMs; }
+    bool pastHalfTime() const { return m_now >= m_limitMs / 2; }
+    bool pastTime() const { return m_now >= m_limitMs; }
+    bool stopped() const { return m_stopped; }
+    // The time limit counts only while a search runs.
+    void setTimed(bool on) { m_timed = on; }
+
+private:
+    const ClusterOptions &m_options;
+    std::function<qint64()> m_elapsed;
+    qint64 m_limitMs;
+    qint64 m_now = 0;
+    qint64 m_steps = 0;
+    bool m_stopped = false;
+    bool m_timed = false;
+    qreal m_from = 0.0;
+    qreal m_to = 1.0;
+    qreal m_done = 0.0;
+};
+
+// The clusters of all values under terms, in one pass that asks the pacer every 25 values;
+// false when it was told to end, leaving the rest without cluster.
+bool assignClusters(const ClusterValues &values, const QStringList &terms, int minimum,
+                    ClusterPacer &pacer, bool endOnTime, ClusterAssignment *assignment);
+
+// The search for terms of "Guided" and "Automatic": a greedy choice among runs of words of
+// the values, topped up with values drawn at random, then improved by random changes scored
+// against each other, for as long as they improve and the time allows.
+class ClusterSearch
+{
+public:
+    ClusterSearch(const ClusterValues &values, const ClusterOptions &options, ClusterPacer &pacer);
+    ~ClusterSearch();
+
+    // The terms found; the user's terms (as many as the maximum allows) first and unchanged.
+    QStringList run(const QStringList &userTerms);
+    int combinationsTried() const { return m_tried; }
+    bool timedOut() const { return m_timedOut; }
+
+private:
+    struct Candidate
+    {
+        QString text;
+        QVector<int> values;
+    };
+
+    void coverByUserTerms();
+    void buildCandidates();
+    void greedy();
+    qint64 gainOf(const Candidate &candidate);
+    void take(const QString &term);
+    void draw();
+    void improve();
+    bool evaluate(int position, const QString &term, const ClusterAssignment &current,
+                  ClusterAssignment *next);
+    int pickValue(const QVector<qint64> &cumulative);
+    QString randomCandidate();
+
+    const ClusterValues &m_values;
+    const ClusterOptions &m_options;
+    ClusterPacer &m_pacer;
+    QRandomGenerator m_generator;
+    int m_minimum;
+    int m_maximum;
+    int m_fixed = 0;
+    QStringList m_terms;
+    QSet<QString> m_termSet;
+    QVector<bool> m_covered;
+    qint64 m_uncovered = 0;
+    QVector<Candidate> m_candidates;
+    // The values, for finding those a new term clusters; made when first needed.
+    std::unique_ptr<FuzzyIndex> m_valueIndex;
+    // Cumulative rows of the values, for drawing a random row.
+    QVector<qint64> m_allRows;
+    int m_tried = 0;
+    bool m_timedOut = false;
+};
