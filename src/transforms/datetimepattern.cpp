@@ -34,15 +34,83 @@ DateTimePattern::DateTimePattern(const QString &format, const QLocale &locale)
     prepareNames();
 }
 
-void DateTimePattern::tokenize(const QString &format)
+bool DateTimePattern::fieldAt(const QString &format, int at, Token *token, int *used)
 {
     const int size = format.size();
-    const auto runOf = [&format, size](int at) {
-        int end = at;
-        while (end < size && format.at(end) == format.at(at))
-            ++end;
-        return end - at;
-    };
+    const QChar ch = format.at(at);
+    int run = 1;
+    while (at + run < size && format.at(at + run) == ch)
+        ++run;
+    switch (ch.unicode()) {
+    case 'd':
+    case 'M':
+        *used = qMin(run, 4);
+        token->kind = *used >= 3 ? (ch == QLatin1Char('d') ? DayName : MonthName)
+                                 : (ch == QLatin1Char('d') ? Day : Month);
+        token->longForm = *used == 4;
+        token->padTo = *used;
+        return true;
+    case 'y':
+        // A lone y is no field.
+        if (run < 2)
+            return false;
+        *used = run >= 4 ? 4 : 2;
+        token->kind = *used == 4 ? Year4 : Year2;
+        token->minDigits = token->maxDigits = token->padTo = *used;
+        return true;
+    case 'h':
+    case 'H':
+    case 'm':
+    case 's':
+        *used = qMin(run, 2);
+        token->kind = ch == QLatin1Char('h')
+            ? Hour
+            : (ch == QLatin1Char('H') ? Hour24 : (ch == QLatin1Char('m') ? Minute : Second));
+        token->padTo = *used;
+        return true;
+    case 'z':
+        *used = run >= 3 ? 3 : 1;
+        token->kind = Msec;
+        token->padTo = token->minDigits = *used;
+        token->maxDigits = 3;
+        return true;
+    case 'A':
+    case 'a':
+        token->kind = AmPm;
+        token->longForm = ch == QLatin1Char('A');
+        *used = at + 1 < size && format.at(at + 1).toLower() == QLatin1Char('p') ? 2 : 1;
+        return true;
+    default:
+        return false;
+    }
+}
+
+int DateTimePattern::quotedText(const QString &format, int at, QString *text)
+{
+    // '' is a quote; otherwise the text up to the closing quote is taken as it stands, with
+    // '' inside it a quote too.
+    const int size = format.size();
+    if (at + 1 < size && format.at(at + 1) == QLatin1Char('\'')) {
+        *text = QStringLiteral("'");
+        return at + 2;
+    }
+    int end = at + 1;
+    while (end < size) {
+        if (format.at(end) == QLatin1Char('\'')) {
+            if (end + 1 < size && format.at(end + 1) == QLatin1Char('\'')) {
+                *text += QLatin1Char('\'');
+                end += 2;
+                continue;
+            }
+            break;
+        }
+        *text += format.at(end++);
+    }
+    return end + 1;
+}
+
+void DateTimePattern::tokenize(const QString &format)
+{
     const auto addLiteral = [this](const QString &text) {
         if (!m_tokens.isEmpty() && m_tokens.last().kind == Literal)
             m_tokens.last().text += text;
@@ -50,84 +118,19 @@ void DateTimePattern::tokenize(const QString &format)
             m_tokens.append(Token {Literal, 0, 0, 0, false, text});
     };
     int i = 0;
-    while (i < size) {
-        const QChar ch = format.at(i);
-        const int run = runOf(i);
+    while (i < format.size()) {
         Token token;
         int used = 1;
-        switch (ch.unicode()) {
-        case 'd':
-        case 'M':
-            used = qMin(run, 4);
-            token.kind = used >= 3 ? (ch == QLatin1Char('d') ? DayName : MonthName)
-                                   : (ch == QLatin1Char('d') ? Day : Month);
-            token.longForm = used == 4;
-            token.padTo = used;
-            break;
-        case 'y':
-            if (run < 2) {
-                addLiteral(QString(ch));
-                ++i;
-                continue;
-            }
-            used = run >= 4 ? 4 : 2;
-            token.kind = used == 4 ? Year4 : Year2;
-            token.minDigits = token.maxDigits = token.padTo = used;
-            break;
-        case 'h':
-        case 'H':
-        case 'm':
-        case 's':
-            used = qMin(run, 2);
-            token.kind = ch == QLatin1Char('h')
-                ? Hour
-                : (ch == QLatin1Char('H') ? Hour24 : (ch == QLatin1Char('m') ? Minute : Second));
-            token.padTo = used;
-            break;
-        case 'z':
-            used = run >= 3 ? 3 : 1;
-            token.kind = Msec;
-            token.padTo = used;
-            token.minDigits = used;
-            token.maxDigits = 3;
-            break;
-        case 'A':
-        case 'a':
-            token.kind = AmPm;
-            token.longForm = ch == QLatin1Char('A');
-            used = i + 1 < size && format.at(i + 1).toLower() == QLatin1Char('p') ? 2 : 1;
-            break;
-        case '\'': {
-            // '' is a quote; otherwise the text up to the closing quote is taken as it stands.
-            if (i + 1 < size && format.at(i + 1) == QLatin1Char('\'')) {
-                addLiteral(QStringLiteral("'"));
-                i += 2;
-                continue;
-            }
-            int end = i + 1;
+        if (fieldAt(format, i, &token, &used)) {
+            m_tokens.append(token);
+            i += used;
+        } else if (format.at(i) == QLatin1Char('\'')) {
             QString text;
-            while (end < size) {
-                if (format.at(end) == QLatin1Char('\'')) {
-                    if (end + 1 < size && format.at(end + 1) == QLatin1Char('\'')) {
-                        text += QLatin1Char('\'');
-                        end += 2;
-                        continue;
-                    }
-                    break;
-                }
-                text += format.at(end++);
-            }
+            i = quotedText(format, i, &text);
             addLiteral(text);
-            i = end + 1;
-            continue;
+        } else {
+            addLiteral(QString(format.at(i++)));
         }
-        default:
-            addLiteral(QString(ch));
-            ++i;
-            continue;
-        }
-        m_tokens.append(token);
-        i += used;
     }
 
     for (int t = 0; t < m_tokens.size(); ++t) {

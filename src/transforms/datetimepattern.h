@@ -79,6 +79,11 @@ private:
         int number = 0;
     };
 
+    // The field that starts at format[at], and how many characters it takes; false when the
+    // character there is text.
+    static bool fieldAt(const QString &format, int at, Token *token, int *used);
+    // The text of the quotation that starts at format[at]; returns where the format goes on.
+    static int quotedText(const QString &format, int at, QString *text);
     void tokenize(const QString &format);
     void prepareNames();
     int readNumber(QStringView text, int at, const Token &token, int *number) const;

@@ -153,11 +153,6 @@ Dataset &TransformDateFormat::process(Dataset &output, const TransformInputs &in
 
     for (const QString &line : nonDates.lines())
         addWarning(line);
-    if (changed == 0 && nonDates.count() == 0)
-        setResult(QStringLiteral("No changes"));
-    else
-        setResult(
-            QStringLiteral("%1 changed, %2 unchanged, %3 non-date")
-                .arg(formatCount(changed), formatCount(unchanged), formatCount(nonDates.count())));
+    setResult(conversionResult(changed, unchanged, nonDates, QStringLiteral("non-date")));
     return output;
 }

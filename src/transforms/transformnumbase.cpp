@@ -152,6 +152,19 @@ int TransformNumBase::guessBase(const Dataset &data, int c)
     return highest < 10 ? 10 : (highest < 16 ? 16 : 36);
 }
 
+QVector<int> TransformNumBase::columnBases(const Dataset &data, const QList<int> &columns, int from)
+{
+    QVector<int> bases;
+    for (int c : columns) {
+        bases.append(from == Guess ? guessBase(data, c) : from);
+        if (from == Guess)
+            addInformation(QStringLiteral("Guessing base %1 for column %2 ('%3').")
+                               .arg(QString::number(bases.last()), QString::number(c + 1),
+                                    data.headerText(c)));
+    }
+    return bases;
+}
+
 Dataset &TransformNumBase::process(Dataset &output, const TransformInputs &inputs,
                                    const RunContext &context, bool &)
 {
@@ -172,14 +185,7 @@ Dataset &TransformNumBase::process(Dataset &output, const TransformInputs &input
         setResult(QStringLiteral("No changes"));
         return output;
     }
-    QVector<int> bases;
-    for (int c : columns) {
-        bases.append(guess ? guessBase(output, c) : from);
-        if (guess)
-            addInformation(QStringLiteral("Guessing base %1 for column %2 ('%3').")
-                               .arg(QString::number(bases.last()), QString::number(c + 1),
-                                    output.headerText(c)));
-    }
+    const QVector<int> bases = columnBases(output, columns, guess ? Guess : from);
 
     ValueProblems problems(QStringLiteral("%1 non-integer %2:"));
     bool separators = false;
@@ -226,11 +232,6 @@ Dataset &TransformNumBase::process(Dataset &output, const TransformInputs &input
         addWarning(line);
     if (separators)
         addWarning(QStringLiteral("Input values should not contain ',' or '.' characters."));
-    if (changed == 0 && problems.count() == 0)
-        setResult(QStringLiteral("No changes"));
-    else
-        setResult(
-            QStringLiteral("%1 changed, %2 unchanged, %3 non-integer")
-                .arg(formatCount(changed), formatCount(unchanged), formatCount(problems.count())));
+    setResult(conversionResult(changed, unchanged, problems, QStringLiteral("non-integer")));
     return output;
 }

@@ -37,4 +37,8 @@ public:
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,
                      bool &failed) override;
+
+private:
+    // The base of each column: from, or the guess for each under Guess, which is reported.
+    QVector<int> columnBases(const Dataset &data, const QList<int> &columns, int from);
 };

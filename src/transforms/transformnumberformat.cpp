@@ -391,11 +391,6 @@ Dataset &TransformNumberFormat::process(Dataset &output, const TransformInputs &
 
     for (const QString &line : problems.lines())
         addWarning(line);
-    if (changed == 0 && problems.count() == 0)
-        setResult(QStringLiteral("No changes"));
-    else
-        setResult(
-            QStringLiteral("%1 changed, %2 unchanged, %3 non-numeric")
-                .arg(formatCount(changed), formatCount(unchanged), formatCount(problems.count())));
+    setResult(conversionResult(changed, unchanged, problems, QStringLiteral("non-numeric")));
     return output;
 }

@@ -16,7 +16,8 @@ constexpr double PoundForce = Pound * 9.80665;
 constexpr double Calorie = 4.1868;
 constexpr double Btu = 1055.05585262;
 
-QVector<Dimension> makeDimensions()
+// Angle to Mass; the others follow in powerToVolume().
+QVector<Dimension> angleToMass()
 {
     const double pi = std::acos(-1.0);
     return {
@@ -65,6 +66,12 @@ QVector<Dimension> makeDimensions()
           {QStringLiteral("Tonnes"), 1000.0},
           {QStringLiteral("Tons (Imperial)"), 2240.0 * Pound},
           {QStringLiteral("Tons (US)"), 2000.0 * Pound}}},
+    };
+}
+
+QVector<Dimension> powerToVolume()
+{
+    return {
         {QStringLiteral("Power"),
          {{QStringLiteral("Watts"), 1.0},
           {QStringLiteral("Horsepower (Imperial)"), 550.0 * Foot * PoundForce},
@@ -113,7 +120,7 @@ QVector<Dimension> makeDimensions()
 
 const QVector<Dimension> &dimensions()
 {
-    static const QVector<Dimension> all = makeDimensions();
+    static const QVector<Dimension> all = angleToMass() + powerToVolume();
     return all;
 }
 

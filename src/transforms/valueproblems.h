@@ -45,6 +45,17 @@ private:
     qint64 m_count = 0;
 };
 
+// The result line of a conversion: "%1 changed, %2 unchanged, %3 non-numeric" with the word
+// of the values it could not read, or "No changes" when it neither changed nor met any.
+inline QString conversionResult(qint64 changed, qint64 unchanged, const ValueProblems &unread,
+                                const QString &unreadWord)
+{
+    if (changed == 0 && unread.count() == 0)
+        return QStringLiteral("No changes");
+    return QStringLiteral("%1 changed, %2 unchanged, %3 %4")
+        .arg(formatCount(changed), formatCount(unchanged), formatCount(unread.count()), unreadWord);
+}
+
 // What the format conversions do with a value they cannot read, in the order of their
 // choices; Date Format offers a value of the user's instead of NaN.
 enum class UnreadValue { Keep = 0, Empty = 1, Replace = 2 };

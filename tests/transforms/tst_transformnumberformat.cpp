@@ -328,6 +328,13 @@ void TestTransformNumberFormat::nonIntegers()
 
 void TestTransformNumberFormat::sameBases()
 {
+    // Guess is the lowest base, shown as a word.
+    TransformNumBase prototype;
+    prototype.createParameters({}, false);
+    QCOMPARE(prototype.parameter("From")->summary(), QString("Guess"));
+    prototype.parameter("From")->setValue(2);
+    QCOMPARE(prototype.parameter("From")->summary(), QString("2"));
+
     const Run run = base({{"n"}, {"12"}}, 10, 10);
     QCOMPARE(run.rows, QList<QStringList>({{"12"}}));
     QCOMPARE(run.warnings, QStringList {"'Base from' and 'Base to' values are the same."});
