@@ -10,6 +10,10 @@ class TransformDateFormat : public Transform
 public:
     const TransformDescriptor &descriptor() const override;
     void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+    QList<ParameterState> parameterStates() const override;
+
+    // The choices of Non_Date, in order.
+    static QStringList nonDateChoices();
 
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,

@@ -10,6 +10,7 @@ class TransformSplitName : public Transform
 public:
     const TransformDescriptor &descriptor() const override;
     void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+    QList<ParameterState> parameterStates() const override;
 
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,

@@ -10,6 +10,7 @@ class TransformUnits : public Transform
 public:
     const TransformDescriptor &descriptor() const override;
     void createParameters(const ColumnSources &inputs, bool useRemembered) override;
+    void migrateParameters(int version, QList<StoredParameter> *parameters) const override;
 
 protected:
     Dataset &process(Dataset &output, const TransformInputs &inputs, const RunContext &context,

@@ -241,6 +241,10 @@ public:
     void setMinimumReal(double minimum) { m_minimumReal = minimum; }
     double maximumReal() const { return m_maximumReal; }
     void setMaximumReal(double maximum) { m_maximumReal = maximum; }
+    // What an Int option shows instead of its minimum, which then stands for a choice rather
+    // than a number ("Guess"); empty for a plain number.
+    const QString &specialValueText() const { return m_specialValueText; }
+    void setSpecialValueText(const QString &text) { m_specialValueText = text; }
     const QString &toolTip() const { return m_toolTip; }
     void setToolTip(const QString &toolTip) { m_toolTip = toolTip; }
     // One tip for each choice of a Selection, in the order of its options.
@@ -355,6 +359,7 @@ private:
     int m_maximumInt = 999999999;
     double m_minimumReal = 0.0;
     double m_maximumReal = 100.0;
+    QString m_specialValueText;
     QString m_toolTip;
     QStringList m_choiceToolTips;
     ColumnSource *m_sourceNode = nullptr;

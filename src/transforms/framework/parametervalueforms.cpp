@@ -108,6 +108,8 @@ void read(Parameter &p, const QStringList &fields, const QString &, int)
 
 QString summary(const Parameter &p)
 {
+    if (!p.specialValueText().isEmpty() && p.toInt() == p.minimumInt())
+        return p.specialValueText();
     return QString::number(p.toInt());
 }
 

@@ -239,6 +239,7 @@ IntParameterWidget::IntParameterWidget(Parameter *parameter, QWidget *parent)
     setRange(parameter->minimumInt(), parameter->maximumInt());
     if (!parameter->suffix().isEmpty())
         setSuffix(QLatin1Char(' ') + parameter->suffix());
+    setSpecialValueText(parameter->specialValueText());
     setAccelerated(true);
     connect(this, QOverload<int>::of(&QSpinBox::valueChanged), this, [this] {
         if (!m_loading)

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "data/dataset.h"
+#include "data/valueinterpretation.h"
+#include "transforms/reshaping.h"
+
+#include <QString>
+#include <QStringList>
+
+// Cells that a conversion could not read, one kind to a listing: a heading with their count
+// ("3 non-numeric values:"), the first few as "'text' at column 'name' row 5", and a line
+// for the rest. The line of a cell is only made while the list is short, so counting a
+// million bad cells costs no texts.
+class ValueProblems
+{
+public:
+    // heading takes the count and the word "value" or "values".
+    explicit ValueProblems(const QString &heading)
+        : m_heading(heading)
+    { }
+
+    void add(const Dataset &data, int r, int c, const QString &text)
+    {
+        if (++m_count <= ListedProblems)
+            m_lines.append(QStringLiteral("'%1' at column '%2' row %3")
+                               .arg(text, data.headerText(c), QString::number(r + 1)));
+    }
+    qint64 count() const { return m_count; }
+    QStringList lines() const
+    {
+        if (m_count == 0)
+            return {};
+        QStringList lines {
+            m_heading.arg(formatCount(m_count),
+                          m_count == 1 ? QStringLiteral("value") : QStringLiteral("values"))};
+        lines += m_lines;
+        if (m_count > ListedProblems)
+            lines.append(furtherProblemsText(m_count - ListedProblems));
+        return lines;
+    }
+
+private:
+    QString m_heading;
+    QStringList m_lines;
+    qint64 m_count = 0;
+};
+
+// The result line of a conversion: "%1 changed, %2 unchanged, %3 non-numeric" with the word
+// of the values it could not read, or "No changes" when it neither changed nor met any.
+inline QString conversionResult(qint64 changed, qint64 unchanged, const ValueProblems &unread,
+                                const QString &unreadWord)
+{
+    if (changed == 0 && unread.count() == 0)
+        return QStringLiteral("No changes");
+    return QStringLiteral("%1 changed, %2 unchanged, %3 %4")
+        .arg(formatCount(changed), formatCount(unchanged), formatCount(unread.count()), unreadWord);
+}
+
+// What the format conversions do with a value they cannot read, in the order of their
+// choices; Date Format offers a value of the user's instead of NaN.
+enum class UnreadValue { Keep = 0, Empty = 1, Replace = 2 };
