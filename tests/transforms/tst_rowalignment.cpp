@@ -56,8 +56,6 @@ void TestRowAlignment::alignment_data()
     QTest::newRow("row numbers, longer right")
         << QStringList {"a", "b"} << QStringList {"x", "y", "z"} << false << true << false
         << "0:0 1:1 -:2";
-    QTest::newRow("row numbers, longer left") << QStringList {"a", "b", "c"} << QStringList {"x"}
-                                              << false << true << false << "0:0 1:- 2:-";
     QTest::newRow("row numbers, empty right")
         << QStringList {"a"} << QStringList {} << false << true << false << "0:-";
     // Keys in left order, then d, found only on the right.
