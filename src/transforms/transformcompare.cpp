@@ -1,5 +1,124 @@
 #include "transforms/transformcompare.h"
 
+#include "data/valueinterpretation.h"
+#include "transforms/columnnames.h"
+#include "transforms/framework/comparisonoperator.h"
+#include "transforms/framework/parameter.h"
+
+#include <QHash>
+#include <QLocale>
+
+#include <limits>
+
+namespace {
+
+constexpr int MaximumCachedDays = 1 << 20;
+constexpr qint64 NoDate = std::numeric_limits<qint64>::min();
+
+bool isOrdering(int op)
+{
+    switch (op) {
+    case ComparisonOperator::EqualTo:
+    case ComparisonOperator::NotEqualTo:
+    case ComparisonOperator::GreaterThan:
+    case ComparisonOperator::LessThan:
+    case ComparisonOperator::GreaterThanOrEqual:
+    case ComparisonOperator::LessThanOrEqual:
+        return true;
+    default:
+        return false;
+    }
+}
+
+// The days of the texts of one date column, read once each: reading a date by format is
+// slow, and a date column holds few distinct texts.
+class DayReader
+{
+public:
+    explicit DayReader(const QString &format)
+        : m_format(format)
+    { }
+
+    bool isDateColumn() const { return !m_format.isEmpty(); }
+
+    qint64 day(const QString &text)
+    {
+        const auto found = m_days.constFind(text);
+        if (found != m_days.constEnd())
+            return found.value();
+        const QDate date = toDate(text, m_format);
+        const qint64 day = date.isValid() ? date.toJulianDay() : NoDate;
+        if (m_days.size() < MaximumCachedDays)
+            m_days.insert(text, day);
+        return day;
+    }
+
+private:
+    QString m_format;
+    QHash<QString, qint64> m_days;
+};
+
+// One operator applied to two cells of a row, as a condition of Filter applies it to a cell
+// and a value: the ordering operators compare dates when both columns are date columns and
+// both texts read as dates, else numbers when both read as numbers, else text. Everything
+// that doesn't depend on the row is settled before the first.
+class PairComparison
+{
+public:
+    PairComparison(int op, Qt::CaseSensitivity caseSensitivity, const QString &firstFormat,
+                   const QString &secondFormat)
+        : m_op(op)
+        , m_caseSensitivity(caseSensitivity)
+        , m_ordering(isOrdering(op))
+        , m_decimalIsPoint(QLocale().decimalPoint() == QLatin1Char('.'))
+        , m_first(firstFormat)
+        , m_second(secondFormat)
+        , m_dates(m_first.isDateColumn() && m_second.isDateColumn())
+    { }
+
+    bool holds(const QString &a, const QString &b)
+    {
+        if (!m_ordering)
+            return ComparisonOperator::evaluate(m_op, a, b, QString(), QString(),
+                                                m_caseSensitivity);
+        if (m_dates) {
+            const qint64 dayA = m_first.day(a);
+            if (dayA != NoDate) {
+                const qint64 dayB = m_second.day(b);
+                if (dayB != NoDate)
+                    return ComparisonOperator::ordered(m_op, dayA, dayB);
+            }
+        }
+        bool ok = false;
+        const double numberA = toDoubleFast(a, m_decimalIsPoint, &ok);
+        if (ok) {
+            const double numberB = toDoubleFast(b, m_decimalIsPoint, &ok);
+            if (ok)
+                return ComparisonOperator::ordered(m_op, numberA, numberB);
+        }
+        return ComparisonOperator::ordered(m_op, QString::compare(a, b, m_caseSensitivity), 0);
+    }
+
+private:
+    int m_op;
+    Qt::CaseSensitivity m_caseSensitivity;
+    bool m_ordering;
+    bool m_decimalIsPoint;
+    DayReader m_first;
+    DayReader m_second;
+    bool m_dates;
+};
+
+QString dateFormatOf(const Dataset &dataset, int column)
+{
+    QString format;
+    if (!dataset.isDateColumn(column, dateFormats(), &format))
+        format.clear();
+    return format;
+}
+
+} // namespace
+
 const TransformDescriptor &TransformCompare::descriptor() const
 {
     static const TransformDescriptor descriptor = [] {
@@ -19,11 +138,86 @@ const TransformDescriptor &TransformCompare::descriptor() const
 void TransformCompare::createParameters(const ColumnSources &inputs, bool useRemembered)
 {
     Transform::createParameters(inputs, useRemembered);
+    ColumnSource *input = inputs.value(0);
+
+    addNewNameParameters(useRemembered);
+
+    auto *first = new Parameter(ParameterType::SingleColumn, QStringLiteral("Column1"),
+                                QStringLiteral("Column 1"), input);
+    first->setToolTip(QStringLiteral("Select the first column to compare."));
+    addParameter(first);
+
+    auto *comparison = new Parameter(ParameterType::Selection, QStringLiteral("Comparison"),
+                                     QStringLiteral("Comparison"),
+                                     ComparisonOperator::displayText(ComparisonOperator::EqualTo),
+                                     ComparisonOperator::displayTexts());
+    comparison->setToolTip(QStringLiteral("The comparison operator."));
+    applyRememberedValue(useRemembered, comparison);
+    addParameter(comparison);
+
+    auto *second = new Parameter(ParameterType::SingleColumn, QStringLiteral("Column2"),
+                                 QStringLiteral("Column 2"), input);
+    second->setToolTip(QStringLiteral("Select the second column to compare."));
+    addParameter(second);
+
+    auto *caseSensitive = new Parameter(ParameterType::Bool, QStringLiteral("Case_Sensitive"),
+                                        QStringLiteral("case sensitive"), false);
+    caseSensitive->setToolTip(QStringLiteral("Check for case sensitive comparison of text."));
+    applyRememberedValue(useRemembered, caseSensitive);
+    addParameter(caseSensitive);
 }
 
-Dataset &TransformCompare::process(Dataset &output, const TransformInputs &, const RunContext &,
-                                   bool &)
+QList<ParameterState> TransformCompare::parameterStates() const
 {
-    output = Dataset();
+    return {newNameState()};
+}
+
+Dataset &TransformCompare::process(Dataset &output, const TransformInputs &inputs,
+                                   const RunContext &context, bool &)
+{
+    const Parameter *firstOption = &option(QStringLiteral("Column1"));
+    const Parameter *comparisonOption = &option(QStringLiteral("Comparison"));
+    const Parameter *secondOption = &option(QStringLiteral("Column2"));
+    const Parameter *caseOption = &option(QStringLiteral("Case_Sensitive"));
+
+    output = inputDataset(inputs, 0);
+    const int first = firstOption->toColumnIndex();
+    const int second = secondOption->toColumnIndex();
+    const int width = output.columnCount();
+    const bool hasColumns = first >= 0 && first < width && second >= 0 && second < width;
+    const int op = ComparisonOperator::displayOrder().value(comparisonOption->toSelectionIndex(),
+                                                            ComparisonOperator::EqualTo);
+    const QString name = newColumnName(hasColumns ? QStringLiteral("%1 %2 %3")
+                                                        .arg(output.headerText(first),
+                                                             ComparisonOperator::shortText(op),
+                                                             output.headerText(second))
+                                                  : displayName());
+    const int c = ColumnNames::appendNamedColumn(output, name);
+    if (!hasColumns) {
+        setResult(QStringLiteral("No changes"));
+        return output;
+    }
+
+    const bool ordering = isOrdering(op);
+    PairComparison comparison(op, caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive,
+                              ordering ? dateFormatOf(output, first) : QString(),
+                              ordering ? dateFormatOf(output, second) : QString());
+    const QString trueText = QStringLiteral("true");
+    const QString falseText = QStringLiteral("false");
+    qint64 trueCount = 0;
+    const int rowCount = output.rowCount();
+    int r = 0;
+    for (; r < rowCount; ++r) {
+        reportRow(r, rowCount);
+        if (r % 1000 == 0 && context.isStopRequested())
+            break;
+        const QStringList &row = output.row(r);
+        const bool holds = comparison.holds(row.at(first), row.at(second));
+        trueCount += holds;
+        output.setCell(r, c, holds ? trueText : falseText);
+    }
+    clearComparisonCaches();
+    setResult(QStringLiteral("%1 true, %2 false")
+                  .arg(formatCount(trueCount), formatCount(r - trueCount)));
     return output;
 }
