@@ -184,8 +184,6 @@ Dataset &TransformDiff::process(Dataset &output, const TransformInputs &inputs,
         addWarning(QStringLiteral("Stopped after %1 difference(s)").arg(formatCount(maxDiffs)));
     if (listing.count() == 0)
         setResult(QStringLiteral("No differences"));
-    else if (listing.count() == 1)
-        setResult(QStringLiteral("1 difference"));
     else
         setResult(QStringLiteral("%1 differences").arg(formatCount(listing.count())));
     return output;

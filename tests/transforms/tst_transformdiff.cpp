@@ -108,7 +108,7 @@ void TestTransformDiff::differences_data()
     QTest::newRow("case insensitive keys")
         << QList<QStringList> {{"k", "v"}, {"Ab", "1"}}
         << QList<QStringList> {{"k", "v"}, {"aB", "1"}} << true << false << false
-        << QStringList {"Value change|k|1|1|Ab|aB|Ab"} << "1 difference";
+        << QStringList {"Value change|k|1|1|Ab|aB|Ab"} << "1 differences";
     QTest::newRow("case sensitive keys")
         << QList<QStringList> {{"k", "v"}, {"Ab", "1"}}
         << QList<QStringList> {{"k", "v"}, {"aB", "1"}} << true << true << false
@@ -128,7 +128,7 @@ void TestTransformDiff::differences_data()
         << "4 differences";
     QTest::newRow("column in top only")
         << QList<QStringList> {{"id", "x"}, {"1", "2"}} << QList<QStringList> {{"id"}, {"1"}}
-        << false << true << false << QStringList {"Column in top only|x|||x|N/A"} << "1 difference";
+        << false << true << false << QStringList {"Column in top only|x|||x|N/A"} << "1 differences";
     // Cells compare exactly: case, blanks and number forms all count.
     QTest::newRow("cells compare as text")
         << QList<QStringList> {{"a", "b", "c"}, {"x", "1.0", " y"}}
