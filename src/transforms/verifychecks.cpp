@@ -310,6 +310,16 @@ bool ColumnChecker::passes(Prepared &rule, const QString &cell)
         return cell == toTitleCase(cell, false);
     case IsSentenceCase:
         return cell == toSentenceCase(cell, false);
+    default:
+        return passesFormat(rule.number, cell);
+    }
+}
+
+// The rules of a format that values must have: paths, addresses and identifying numbers.
+bool ColumnChecker::passesFormat(int rule, const QString &cell) const
+{
+    const bool cs = m_options.caseSensitive;
+    switch (rule) {
     case IsLocalFolder:
         return !cell.trimmed().isEmpty() && QDir(cell).exists();
     case IsLocalFile: {
@@ -333,7 +343,7 @@ bool ColumnChecker::passes(Prepared &rule, const QString &cell)
     case IsAsin:
         return VerifyChecks::asinCode(cell, cs) == 0;
     default:
-        return passesCharacters(rule.number, cell);
+        return passesCharacters(rule, cell);
     }
 }
 

@@ -120,6 +120,7 @@ public:
 
 private:
     bool passes(Prepared &rule, const QString &cell);
+    bool passesFormat(int rule, const QString &cell) const;
     static bool passesCharacters(int rule, const QString &cell);
     void collect(Prepared &rule, const QString &cell, int row);
     void decide(int index);
