@@ -328,6 +328,8 @@ public:
     int issueSeverityOf(int r, int c) const;
     void markIssue(int r, int c, int severity, int rule);
     void markDatasetIssue(int r, int c, int severity, int rule);
+    // A fail of a column rule on the column as a whole, not on one of its cells.
+    void markColumnIssue(int c, int severity, int rule);
     const QHash<RowIndex, IssueCounts> &rowIssues() const { return m_rowIssues; }
     const QHash<ColumnIndex, IssueCounts> &columnIssues() const { return m_columnIssues; }
     const QHash<RowIndex, IssueCounts> &datasetRowIssues() const { return m_datasetRowIssues; }

@@ -76,6 +76,12 @@ void Dataset::markDatasetIssue(int r, int c, int severity, int rule)
         m_cellIssues.insert(SourceRowKey(r, c), rule);
 }
 
+void Dataset::markColumnIssue(int c, int severity, int rule)
+{
+    storeSeverity(SourceRowKey(-1, c), severity);
+    ++m_columnIssues[ColumnIndex(c)][rule];
+}
+
 QList<int> Dataset::cellIssues(int r, int c) const
 {
     return m_cellIssues.values(SourceRowKey(r, c));

@@ -152,11 +152,12 @@ void read(Parameter &p, const QStringList &fields, const QString &text, int vers
 QString summary(const Parameter &p);
 } // namespace RealForm
 
-// Kind 19: the rule set, kept as read until it has a structure of its own.
+// Kind 19: the rule set of Verify (VerifyRuleSet), its columns by number.
 namespace VerifyRulesForm {
 QString write(const Parameter &p);
 void read(Parameter &p, const QStringList &fields, const QString &text, int version);
 QString summary(const Parameter &p);
+bool remap(Parameter &p, const ColumnIdMap &map);
 } // namespace VerifyRulesForm
 
 // Kind 20: no value at all.

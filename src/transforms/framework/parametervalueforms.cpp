@@ -1,5 +1,7 @@
 #include "transforms/framework/parameterforms.h"
 
+#include "transforms/verifyrules.h"
+
 #include <QLocale>
 
 // The shapes of value that name no columns.
@@ -213,21 +215,122 @@ QString summary(const Parameter &p)
 
 namespace VerifyRulesForm {
 
-QString write(const Parameter &p)
+namespace {
+
+using namespace VerifyRules;
+
+// Each rule is its field count and its fields (number, value, severity, active), so that a
+// reader skips fields it doesn't know; the dataset's rules are a count and the rules, the
+// columns a count and, a column, its number, type, a count and the rules.
+constexpr int RuleFields = 4;
+
+void writeRule(QStringList &fields, const VerifyRule &rule, bool datasetRule)
 {
-    return p.value().toString();
+    const int kind = datasetRule ? datasetRuleKind(rule.number) : columnRuleKind(rule.number);
+    fields << QString::number(RuleFields) << QString::number(rule.number)
+           << Parameter::encodeText(valueText(kind, rule.value)) << QString::number(rule.severity)
+           << flag(rule.active);
 }
 
-void read(Parameter &p, const QStringList &, const QString &text, int)
+class FieldReader
 {
-    p.setValue(text);
+public:
+    explicit FieldReader(const QStringList &fields)
+        : m_fields(fields)
+    { }
+
+    bool takeInt(int *out) { return m_at < m_fields.size() && parseInt(m_fields.at(m_at++), out); }
+
+    bool takeRule(bool datasetRule, VerifyRule *rule)
+    {
+        int count = 0;
+        if (!takeInt(&count) || count < 0 || m_at + count > m_fields.size())
+            return false;
+        const QStringList fields = m_fields.mid(m_at, count);
+        m_at += count;
+        QVariantList list;
+        int number = 0;
+        if (count >= RuleFields && parseInt(fields.at(0), &number)) {
+            const int kind = datasetRule ? datasetRuleKind(number) : columnRuleKind(number);
+            list = {number, valueFromText(kind, Parameter::decodeText(fields.at(1))),
+                    fields.at(2).toInt(), fields.at(3) == QLatin1String("1")};
+        }
+        *rule = VerifyRule::fromVariant(list, datasetRule);
+        return true;
+    }
+
+private:
+    const QStringList &m_fields;
+    int m_at = 0;
+};
+
+} // namespace
+
+QString write(const Parameter &p)
+{
+    const VerifyRuleSet set = VerifyRuleSet::fromVariant(p.value());
+    QStringList fields;
+    fields << QString::number(set.datasetRules().size());
+    for (const VerifyRule &rule : set.datasetRules())
+        writeRule(fields, rule, true);
+    fields << QString::number(set.columns().size());
+    for (const VerifyColumn &column : set.columns()) {
+        fields << QString::number(p.columnNumber(column.column)) << QString::number(column.type)
+               << QString::number(column.rules.size());
+        for (const VerifyRule &rule : column.rules)
+            writeRule(fields, rule, false);
+    }
+    return Parameter::joinFields(fields);
+}
+
+// A text that ends early keeps what was read up to there.
+void read(Parameter &p, const QStringList &fields, const QString &, int)
+{
+    VerifyRuleSet set;
+    FieldReader reader(fields);
+    VerifyRule rule;
+    int count = 0;
+    bool complete = reader.takeInt(&count);
+    for (int i = 0; complete && i < count; ++i) {
+        complete = reader.takeRule(true, &rule);
+        if (complete)
+            set.appendDatasetRule(rule);
+    }
+    int columns = 0;
+    complete = complete && reader.takeInt(&columns);
+    for (int i = 0; complete && i < columns; ++i) {
+        VerifyColumn column;
+        int number = 0;
+        complete
+            = reader.takeInt(&number) && reader.takeInt(&column.type) && reader.takeInt(&count);
+        for (int r = 0; complete && r < count; ++r) {
+            complete = reader.takeRule(false, &rule);
+            if (complete)
+                column.rules.append(rule);
+        }
+        column.column = p.columnAt(number);
+        column.type = qBound(0, column.type, ColumnTypeCount - 1);
+        if (!column.column.isNull())
+            set.setColumn(column);
+    }
+    p.setValue(set.toVariant());
 }
 
 QString summary(const Parameter &p)
 {
-    const QString text = p.value().toString();
-    const int count = text.isEmpty() ? 0 : Parameter::splitFields(text).size();
-    return QStringLiteral("%1 rule field(s)").arg(QLocale().toString(count));
+    const VerifyRuleSet set = VerifyRuleSet::fromVariant(p.value());
+    const int columnRules
+        = set.activeColumnRuleCount([&p](ColumnId id) { return p.columnPosition(id) >= 0; });
+    return VerifyRuleSet::countText(set.activeDatasetRuleCount(), columnRules);
+}
+
+bool remap(Parameter &p, const ColumnIdMap &map)
+{
+    VerifyRuleSet set = VerifyRuleSet::fromVariant(p.value());
+    const bool changed = set.remap(map);
+    if (changed)
+        p.setValue(set.toVariant());
+    return changed;
 }
 
 } // namespace VerifyRulesForm

@@ -125,11 +125,14 @@ void TestParameterWidgets::roundTrip_data()
     QTest::newRow("real whole") << ParameterType::Real << QVariant(50.0) << QVariant();
     QTest::newRow("long text") << ParameterType::LongText
                                << QVariant(QStringLiteral("one\ntwo\n\nthree")) << QVariant();
-    QTest::newRow("verify rules kept as they are") << ParameterType::VerifyRules
-                                                   << QVariant(QStringLiteral("3\x1f"
-                                                                              "1\x1f"
-                                                                              "2\x1fx\x1fy"))
-                                                   << QVariant();
+    // A dataset rule, and the rules of a column that the option's input doesn't have.
+    const QVariantList datasetRules {QVariant(QVariantList {3, 10, 2, true})};
+    const QVariantList columnRules {QVariant(QVariantList {11, 5, 0, true})};
+    const QVariantList column {QVariant(QVariantList {1, 1}), 3, QVariant(columnRules)};
+    QTest::newRow("verify rules") << ParameterType::VerifyRules
+                                  << QVariant(QVariantList {QVariant(datasetRules),
+                                                            QVariant(QVariantList {column})})
+                                  << QVariant();
     QTest::newRow("label") << ParameterType::Label << QVariant() << QVariant();
     QTest::newRow("date") << ParameterType::Date << QVariant(QDate(2023, 2, 28)) << QVariant();
     QTest::newRow("locale") << ParameterType::Locale << QVariant(QLocale(QStringLiteral("de_CH")))
