@@ -7,6 +7,8 @@
 #include "shell/colors.h"
 #include "shell/settings.h"
 
+#include "transforms/verifyrules.h"
+
 #include <QColor>
 
 #include <algorithm>
@@ -23,7 +25,8 @@ QString ruleName(int rule)
 {
     if (ruleNamer())
         return ruleNamer()(rule);
-    return QStringLiteral("rule %1").arg(rule);
+    const QString name = VerifyRules::markedRuleName(rule);
+    return name.isEmpty() ? QStringLiteral("rule %1").arg(rule) : name;
 }
 
 // "rule a, rule b x3" from counts by rule, rules in ascending order.

@@ -364,7 +364,8 @@ void VerifyRun::writeMarks()
         if (!fail.datasetRule)
             m_data.markColumnIssue(fail.column, fail.severity, fail.rule);
         else if (r >= 0 || fail.column >= 0)
-            m_data.markDatasetIssue(r, fail.column, fail.severity, fail.rule);
+            m_data.markDatasetIssue(r, fail.column, fail.severity,
+                                    VerifyRules::DatasetRuleMark + fail.rule);
     }
 }
 

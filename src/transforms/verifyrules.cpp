@@ -249,6 +249,11 @@ QString datasetRuleToolTip(int rule)
     return toolTipOf(datasetRow(rule));
 }
 
+QString markedRuleName(int mark)
+{
+    return mark >= DatasetRuleMark ? datasetRuleName(mark - DatasetRuleMark) : columnRuleName(mark);
+}
+
 QString columnRuleName(int rule)
 {
     const RuleRow *row = columnRow(rule);

@@ -109,6 +109,12 @@ QStringList columnTypeNames();
 // The tip of the entries of the type chooser, which says what each type is for.
 QString columnTypesToolTip();
 
+// Marks of dataset rules carry their number plus this, so that the data table, which counts
+// a row's marks of both tables together, names each by its own table.
+constexpr int DatasetRuleMark = 1000;
+// The name of a rule as marked in a dataset's issue tables.
+QString markedRuleName(int mark);
+
 // The tables. A number out of range has an empty name, no value and checks nothing.
 QString datasetRuleName(int rule);
 int datasetRuleKind(int rule);

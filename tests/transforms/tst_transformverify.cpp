@@ -406,13 +406,16 @@ void TestTransformVerify::datasetRules()
     const Dataset output = verifier.run();
     const QStringList information = verifier.transform().information();
     QVERIFY2(information.contains(line), qPrintable(information.join('\n')));
+    // Dataset rules are marked apart from column rules of the same number.
+    const int mark = VerifyRules::DatasetRuleMark + rule;
+    QCOMPARE(VerifyRules::markedRuleName(mark), VerifyRules::datasetRuleName(rule));
     QString columns;
     for (int c = 0; c < output.columnCount(); ++c)
-        columns += output.datasetColumnIssues().value(ColumnIndex(c)).contains(rule) ? 'x' : '.';
+        columns += output.datasetColumnIssues().value(ColumnIndex(c)).contains(mark) ? 'x' : '.';
     QCOMPARE(columns, markedColumns);
     QString rows;
     for (int r = 0; r < output.rowCount(); ++r)
-        rows += output.datasetRowIssues().value(RowIndex(r)).contains(rule) ? 'x' : '.';
+        rows += output.datasetRowIssues().value(RowIndex(r)).contains(mark) ? 'x' : '.';
     QCOMPARE(rows, markedRows);
     // Dataset rules never mark single cells.
     for (int r = 0; r < output.rowCount(); ++r) {

@@ -206,8 +206,12 @@ void TestParameter::textForms_data()
         fields({"0", "a", "b", "2", "x%20y", ""}));
     row("real", ParameterType::Real, 0.1, "0.1");
     row("long text", ParameterType::LongText, "line 1\nline 2", "line%201%0Aline%202");
-    const QString rules = "2^x^1" + Us + "3";
-    row("verify rules kept as read", ParameterType::VerifyRules, rules, rules);
+    // One dataset rule (number 3, value 10, Error, active) and no column rules; each rule is
+    // preceded by its count of fields.
+    const QVariantList datasetRule {3, 10, 2, true};
+    const QVariantList ruleSet {QVariantList {QVariant(datasetRule)}, QVariantList()};
+    row("verify rules", ParameterType::VerifyRules, QVariant(ruleSet),
+        fields({"1", "4", "3", "10", "2", "1", "0"}));
     row("date", ParameterType::Date, QDate(2024, 3, 7), "2024-03-07");
     row("sort ordered", ParameterType::SortColumnsOrdered, sortColumns({{Age, true}}), "2");
     row("locale", ParameterType::Locale, QLocale(QLocale::German, QLocale::Switzerland), "de_CH");
@@ -634,8 +638,12 @@ void TestParameter::summary_data()
         "every 2 column(s), 3 times");
     row("unique", ParameterType::Unique, uniqueColumns({{Name, 0}, {Age, 0}, {City, 3}}),
         "2 unique column(s)");
-    row("verify rules", ParameterType::VerifyRules, "1^2^3", "3 rule field(s)");
-    row("verify rules empty", ParameterType::VerifyRules, "", "0 rule field(s)");
+    const QVariantList datasetRule {3, 10, 2, true};
+    row("verify rules", ParameterType::VerifyRules,
+        QVariant(QVariantList {QVariantList {QVariant(datasetRule)}, QVariantList()}),
+        "1 dataset rule(s) and 0 column rule(s).");
+    row("verify rules empty", ParameterType::VerifyRules, "",
+        "0 dataset rule(s) and 0 column rule(s).");
     row("label", ParameterType::Label, QVariant(), "");
     row("date", ParameterType::Date, QDate(2024, 3, 7), "3/7/24");
     row("date invalid", ParameterType::Date, QDate(), "1/1/00");
