@@ -90,7 +90,13 @@ void ClusterPacer::check()
     qreal done = qBound<qreal>(0.0, m_done, 1.0);
     if (m_timed)
         done = qMax(done, qMin<qreal>(1.0, qreal(m_now) / qreal(m_limitMs)));
-    m_options.progress(m_from + (m_to - m_from) * done);
+    // A report costs a look at the process's memory, which can cost more than 25 comparisons;
+    // one a thousandth of the way is as often as any progress bar can show.
+    const qreal fraction = m_from + (m_to - m_from) * done;
+    if (qAbs(fraction - m_reported) < 0.001)
+        return;
+    m_reported = fraction;
+    m_options.progress(fraction);
 }
 
 bool assignClusters(const ClusterValues &values, const QStringList &terms, int minimum,
@@ -195,11 +201,12 @@ void ClusterSearch::buildCandidates()
 qint64 ClusterSearch::gainOf(const Candidate &candidate)
 {
     qint64 gain = 0;
+    const ClosenessPattern pattern(candidate.text);
     for (int v : candidate.values) {
         if (m_covered.at(v))
             continue;
         m_pacer.step();
-        const int closeness = similarity(m_values.texts.at(v), candidate.text, m_minimum);
+        const int closeness = pattern.closeness(m_values.texts.at(v), m_minimum);
         if (closeness >= m_minimum)
             gain += m_values.weights.at(v) * qMax(1, closeness);
     }
@@ -374,7 +381,7 @@ bool ClusterSearch::evaluate(int position, const QString &term, const ClusterAss
     next->term = current.term;
     next->closeness = current.closeness;
     next->score = 0;
-    const int length = term.size();
+    const ClosenessPattern pattern(term);
     for (int v = 0; v < m_values.texts.size(); ++v) {
         if (!m_pacer.step() || m_pacer.pastTime())
             return false;
@@ -390,8 +397,8 @@ bool ClusterSearch::evaluate(int position, const QString &term, const ClusterAss
             const int closeness = current.closeness.at(v);
             const int need
                 = was < 0 ? m_minimum : qMax(m_minimum, position < was ? closeness : closeness + 1);
-            if (need <= 100 && !ClusterBlocking::lengthsRuleOut(text.size(), length, need)) {
-                const int alike = similarity(text, term, need);
+            if (need <= 100) {
+                const int alike = pattern.closeness(text, need);
                 if (alike >= need) {
                     next->term[v] = position;
                     next->closeness[v] = alike;

@@ -68,6 +68,7 @@ private:
     qreal m_from = 0.0;
     qreal m_to = 1.0;
     qreal m_done = 0.0;
+    qreal m_reported = -1.0;
 };
 
 // The clusters of all values under terms, in one pass that asks the pacer every 25 values;
