@@ -5,6 +5,8 @@
 #include <QMap>
 #include <QVarLengthArray>
 
+#include <iterator>
+
 #include <algorithm>
 
 using ClusterBlocking::allowedEdits;
@@ -20,6 +22,75 @@ int pairsNeeded(int n, int allowed)
 }
 
 } // namespace
+
+ClosenessPattern::ClosenessPattern(const QString &text)
+    : m_text(text)
+    , m_parallel(text.size() <= 64)
+{
+    std::fill(std::begin(m_latin1), std::end(m_latin1), quint64(0));
+    if (!m_parallel)
+        return;
+    for (int i = 0; i < text.size(); ++i) {
+        const ushort unit = text.at(i).unicode();
+        if (unit < 256)
+            m_latin1[unit] |= quint64(1) << i;
+        else
+            m_others[unit] |= quint64(1) << i;
+    }
+}
+
+int ClosenessPattern::closeness(const QString &other, int minimum) const
+{
+    minimum = qBound(0, minimum, 100);
+    const int n = qMax(m_text.size(), other.size());
+    if (n == 0)
+        return 100;
+    const int allowed = allowedEdits(minimum, n);
+    if (qAbs(m_text.size() - other.size()) > allowed)
+        return -1;
+    if (!m_parallel)
+        return similarity(m_text, other, minimum);
+    const int d = distance(other, allowed);
+    if (d > allowed)
+        return -1;
+    return 100 - int((qint64(d) * 100 + n - 1) / n);
+}
+
+// Myers (1999) in the form of Hyyrö (2001): the column of the edit-distance table for the
+// text is held as bit vectors of vertical steps up and down, and each unit of other moves it
+// one column on. Only the bottom cell, the distance so far, is kept as a number; a row of
+// plus ones enters at the top, since the distance is over the whole of both texts.
+int ClosenessPattern::distance(const QString &other, int bound) const
+{
+    const int m = m_text.size();
+    const int n = other.size();
+    if (m == 0)
+        return n;
+    const quint64 last = quint64(1) << (m - 1);
+    quint64 up = ~quint64(0);
+    quint64 down = 0;
+    int d = m;
+    const QChar *units = other.constData();
+    for (int j = 0; j < n; ++j) {
+        const ushort unit = units[j].unicode();
+        const quint64 equal = unit < 256 ? m_latin1[unit] : m_others.value(unit, 0);
+        const quint64 diagonal = (((equal & up) + up) ^ up) | equal | down;
+        quint64 right = down | ~(diagonal | up);
+        quint64 left = up & diagonal;
+        if (right & last)
+            ++d;
+        else if (left & last)
+            --d;
+        // Each unit still to come can lower the distance by one at most.
+        if (d - (n - 1 - j) > bound)
+            return bound + 1;
+        right = (right << 1) | 1;
+        left <<= 1;
+        up = left | ~(diagonal | right);
+        down = right & diagonal;
+    }
+    return d;
+}
 
 FuzzyIndex::FuzzyIndex(const QStringList &entries)
     : m_entries(entries)
@@ -106,6 +177,7 @@ FuzzyIndex::Match FuzzyIndex::closest(const QString &query, int minimum) const
         return Match {exact.value(), 100};
 
     const int length = query.size();
+    const ClosenessPattern pattern(query);
     // Whatever order entries are measured in, an entry replaces the best so far only when it is
     // closer, or as close and earlier in the list; asking for that much lets both filters and
     // the bounded distance give up sooner as better matches are found.
@@ -120,7 +192,7 @@ FuzzyIndex::Match FuzzyIndex::closest(const QString &query, int minimum) const
         const int allowed = allowedEdits(need, n);
         if (qAbs(length - entry.size()) > allowed || sharedWith(j) < pairsNeeded(n, allowed))
             return;
-        const int closeness = similarity(query, entry, need);
+        const int closeness = pattern.closeness(entry, need);
         if (closeness >= need)
             best = Match {j, closeness};
     };
@@ -178,9 +250,9 @@ void FuzzyIndex::forEachWithin(const QString &query, int minimum,
         return;
     minimum = qBound(0, minimum, 100);
     const int length = query.size();
+    const ClosenessPattern pattern(query);
     const auto consider = [&](int j) {
-        const QString &entry = m_entries.at(j);
-        const int closeness = similarity(query, entry, minimum);
+        const int closeness = pattern.closeness(m_entries.at(j), minimum);
         if (closeness >= minimum)
             found(j, closeness);
     };

@@ -8,6 +8,30 @@
 
 #include <functional>
 
+// A text made ready to be measured against many others: closeness() gives what similarity()
+// gives. The edit distance comes from Myers' bit-parallel method, a few word operations a
+// character of the other text, when this text has at most 64 units, and from the banded
+// routine otherwise.
+class ClosenessPattern
+{
+public:
+    explicit ClosenessPattern(const QString &text);
+
+    const QString &text() const { return m_text; }
+    // similarity(text(), other, minimum): 0 to 100 when at least minimum alike, else -1.
+    int closeness(const QString &other, int minimum) const;
+
+private:
+    // The edit distance, or more than bound as soon as it can't end at or below it.
+    int distance(const QString &other, int bound) const;
+
+    QString m_text;
+    bool m_parallel = false;
+    // For each unit, the positions in the text where it stands, as bits.
+    quint64 m_latin1[256];
+    QHash<ushort, quint64> m_others;
+};
+
 // A list of texts that answers "which entries are at least m percent alike to this text" (alike
 // as similarity() measures it) without measuring the query against every entry. Two filters
 // prove a pair to be below the mark before any edit distance is computed, so nothing that

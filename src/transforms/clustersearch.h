@@ -21,8 +21,9 @@ struct ClusterValues
     QVector<int> valueOfRow;
 };
 
-// The cluster of each value under a list of terms, and its score: the closeness summed over
-// the rows, so that more rows clustered and closer clusters both score higher.
+// The cluster of each value under a list of terms, and its score: one more than the closeness
+// summed over the rows clustered, so that more rows clustered and closer clusters both score
+// higher.
 struct ClusterAssignment
 {
     QVector<int> term;
@@ -50,9 +51,11 @@ public:
     void setStage(qreal from, qreal to) { m_from = from, m_to = to; }
     void setStageDone(qreal done) { m_done = done; }
 
-    qint64 limitMs() const { return m_limitMs; }
+    qint64 nowMs() const { return m_now; }
     bool pastHalfTime() const { return m_now >= m_limitMs / 2; }
-    bool pastTime() const { return m_now >= m_limitMs; }
+    bool pastTime() const { return m_now >= m_limitMs - m_reserveMs; }
+    // Time kept back from the limit for the work that follows the search.
+    void setReserve(qint64 ms) { m_reserveMs = ms; }
     bool stopped() const { return m_stopped; }
     // The time limit counts only while a search runs.
     void setTimed(bool on) { m_timed = on; }
@@ -61,6 +64,7 @@ private:
     const ClusterOptions &m_options;
     std::function<qint64()> m_elapsed;
     qint64 m_limitMs;
+    qint64 m_reserveMs = 0;
     qint64 m_now = 0;
     qint64 m_steps = 0;
     bool m_stopped = false;
@@ -68,6 +72,7 @@ private:
     qreal m_from = 0.0;
     qreal m_to = 1.0;
     qreal m_done = 0.0;
+    qreal m_reported = -1.0;
 };
 
 // The clusters of all values under terms, in one pass that asks the pacer every 25 values;
@@ -90,22 +95,28 @@ public:
     bool timedOut() const { return m_timedOut; }
 
 private:
+    // A run of words of the values: the values it occurs in, and its words as the candidates
+    // of one word.
     struct Candidate
     {
         QString text;
         QVector<int> values;
+        QVector<int> words;
     };
 
     void coverByUserTerms();
     void buildCandidates();
     void greedy();
+    qint64 potentialOf(const Candidate &candidate) const;
     qint64 gainOf(const Candidate &candidate);
     void take(const QString &term);
+    void raiseCloseness(int v, int closeness);
     void draw();
     void improve();
     bool evaluate(int position, const QString &term, const ClusterAssignment &current,
                   ClusterAssignment *next);
     int pickValue(const QVector<qint64> &cumulative);
+    void weighDraws(const ClusterAssignment &assignment);
     QString randomCandidate();
 
     const ClusterValues &m_values;
@@ -117,13 +128,18 @@ private:
     int m_fixed = 0;
     QStringList m_terms;
     QSet<QString> m_termSet;
-    QVector<bool> m_covered;
-    qint64 m_uncovered = 0;
+    // The closeness of each value to its nearest term so far, -1 for none; and the rows of
+    // the values that no term matches exactly yet.
+    QVector<int> m_closeness;
+    qint64 m_improvable = 0;
     QVector<Candidate> m_candidates;
+    // Values already measured by the current gainOf(): those marked m_visit.
+    QVector<quint32> m_visited;
+    quint32 m_visit = 0;
     // The values, for finding those a new term clusters; made when first needed.
     std::unique_ptr<FuzzyIndex> m_valueIndex;
-    // Cumulative rows of the values, for drawing a random row.
-    QVector<qint64> m_allRows;
+    // Cumulative weights of the values in the draw of rows for random changes.
+    QVector<qint64> m_draws;
     int m_tried = 0;
     bool m_timedOut = false;
 };

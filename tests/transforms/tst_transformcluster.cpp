@@ -208,14 +208,18 @@ QStringList generatedTexts(QRandomGenerator &generator, const QStringList &vocab
     QStringList texts;
     for (int i = 0; i < count; ++i) {
         QStringList words;
-        const int n = 1 + int(generator.bounded(3));
+        // Some texts longer than 64 units, which are measured another way.
+        const int n = i % 50 == 0 ? 9 : 1 + int(generator.bounded(3));
         for (int w = 0; w < n; ++w)
             words.append(vocabulary.at(int(generator.bounded(vocabulary.size()))));
         QString text = words.join(QLatin1Char(' '));
         const int edits = int(generator.bounded(4));
         for (int e = 0; e < edits && !text.isEmpty(); ++e) {
             const int at = int(generator.bounded(text.size()));
-            const QChar letter('a' + int(generator.bounded(26)));
+            // Now and then a letter beyond Latin-1.
+            const QChar letter = generator.bounded(10) == 0
+                ? QChar(0x3b1 + int(generator.bounded(3)))
+                : QChar('a' + int(generator.bounded(26)));
             switch (generator.bounded(3)) {
             case 0:
                 text[at] = letter;
@@ -296,7 +300,7 @@ void TestTransformCluster::blockedEqualsUnblocked()
     }
     // Enough matches, and above the lowest minimums enough misses, for the comparison to
     // prove something.
-    QVERIFY2(matched >= 50, qPrintable(QString::number(matched)));
+    QVERIFY2(matched >= 20, qPrintable(QString::number(matched)));
     if (minimum >= 20)
         QVERIFY2(matched < texts.size() - 10, qPrintable(QString::number(matched)));
 
