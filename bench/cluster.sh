@@ -6,8 +6,22 @@
 set -euo pipefail
 
 values="${1:-100000}"
-rows=0 # no benchmark CSV of the other scripts is needed
-source "$(cd "$(dirname "$0")" && pwd)/common.sh"
+here="$(cd "$(dirname "$0")" && pwd)"
+root="$(dirname "$here")"
+build="${TABULON_BUILD_DIR:-$root/build}"
+runs="${TABULON_BENCH_RUNS:-3}"
+us=$'\x1f'
+# The element writers and the timing of common.sh, without its benchmark CSV.
+eval "$(sed -n '/^# The <input> element/,$p' "$here/common.sh")"
+
+echo "== building tabulon in $build"
+[ -f "$build/build.ninja" ] || cmake -S "$root" -B "$build" -G Ninja
+cmake --build "$build" --target tabulon -j2 >/dev/null
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export HOME="$work/home" XDG_CONFIG_HOME="$work/home/config" XDG_RUNTIME_DIR="$work"
+export QT_QPA_PLATFORM=offscreen
+mkdir -p "$XDG_CONFIG_HOME/Velmora"
 
 names="/tmp/tabulon_cluster_${values}.csv"
 terms="/tmp/tabulon_cluster_${values}_terms.txt"

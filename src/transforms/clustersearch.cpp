@@ -129,7 +129,6 @@ bool assignClusters(const ClusterValues &values, const QStringList &terms, int m
 ClusterSearch::ClusterSearch(const ClusterValues &values, const ClusterOptions &options,
                              ClusterPacer &pacer)
     : m_values(values)
-    , m_options(options)
     , m_pacer(pacer)
     , m_generator(options.seed)
     , m_minimum(qBound(0, options.fuzziness, 100))

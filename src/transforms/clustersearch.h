@@ -120,7 +120,6 @@ private:
     QString randomCandidate();
 
     const ClusterValues &m_values;
-    const ClusterOptions &m_options;
     ClusterPacer &m_pacer;
     QRandomGenerator m_generator;
     int m_minimum;

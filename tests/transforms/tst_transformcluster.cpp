@@ -139,24 +139,29 @@ void TestTransformCluster::messages_data()
     QTest::addColumn<QStringList>("clusters");
     QTest::addColumn<QStringList>("warnings");
     QTest::addColumn<QString>("result");
+    QTest::addColumn<QString>("firstInformation");
 
     QTest::newRow("manual without terms")
         << QStringList {"a", "b"} << "Manual"
         << " \n " << QStringList {"<None>", "<None>"}
         << QStringList {"No terms to cluster on", "2 row(s) not assigned a cluster"}
-        << "0 clustered from 2 row(s)";
+        << "0 clustered from 2 row(s)"
+        << "0 clustering term(s)";
     QTest::newRow("automatic over blanks only")
         << QStringList {"", "  ", ""} << "Automatic" << QString()
         << QStringList {"<None>", "<None>", "<None>"}
         << QStringList {"Insufficient data for clustering", "3 row(s) not assigned a cluster"}
-        << "0 clustered from 3 row(s)";
+        << "0 clustered from 3 row(s)"
+        << "Tried 0 different combinations of clustering terms\n";
     QTest::newRow("guided over blanks keeps the user's terms")
         << QStringList {"", " "} << "Guided"
         << "pear" << QStringList {"<None>", "<None>"}
-        << QStringList {"2 row(s) not assigned a cluster"} << "0 clustered from 2 row(s)";
+        << QStringList {"2 row(s) not assigned a cluster"} << "0 clustered from 2 row(s)"
+        << "Tried 1 different combinations of clustering terms\n";
     QTest::newRow("all clustered: no warning")
         << QStringList {"pear", "Pear"} << "Manual"
-        << "pear" << QStringList {"pear", "pear"} << QStringList() << "2 clustered from 2 row(s)";
+        << "pear" << QStringList {"pear", "pear"} << QStringList() << "2 clustered from 2 row(s)"
+        << "1 clustering term(s)";
 }
 
 void TestTransformCluster::messages()
@@ -167,11 +172,13 @@ void TestTransformCluster::messages()
     QFETCH(QStringList, clusters);
     QFETCH(QStringList, warnings);
     QFETCH(QString, result);
+    QFETCH(QString, firstInformation);
 
     const Run run = cluster(texts, way, terms, 50, false);
     QCOMPARE(run.output.columnValues(2), clusters);
     QCOMPARE(run.warnings, warnings);
     QCOMPARE(run.result, result);
+    QCOMPARE(run.information.value(0), firstInformation);
 }
 
 void TestTransformCluster::reportListsTermsAndLeftovers()
