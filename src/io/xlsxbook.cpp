@@ -16,29 +16,6 @@ bool isTrue(QStringView value)
     return value == QLatin1String("1") || value == QLatin1String("true");
 }
 
-// Office Open XML writes characters that XML can't hold as "_xHHHH_".
-QString decodeEscapes(const QString &text)
-{
-    if (!text.contains(QLatin1String("_x")))
-        return text;
-    QString out;
-    out.reserve(text.size());
-    for (int i = 0; i < text.size(); ++i) {
-        if (text.at(i) == QLatin1Char('_') && i + 6 < text.size()
-            && text.at(i + 1) == QLatin1Char('x') && text.at(i + 6) == QLatin1Char('_')) {
-            bool ok = false;
-            const ushort code = text.midRef(i + 2, 4).toUShort(&ok, 16);
-            if (ok) {
-                out.append(QChar(code));
-                i += 6;
-                continue;
-            }
-        }
-        out.append(text.at(i));
-    }
-    return out;
-}
-
 // The text of an <si> or <is> element: its <t> children, or the <t> of each run, leaving
 // out phonetic guides. Leaves the reader at the element's end.
 QString readRichText(QXmlStreamReader &reader)
@@ -64,7 +41,7 @@ QString readRichText(QXmlStreamReader &reader)
             break;
         }
     }
-    return decodeEscapes(text);
+    return XlsxPackage::decodeEscapes(text);
 }
 
 } // namespace
@@ -277,12 +254,6 @@ int XlsxBook::addFormat(const ExcelFormat &format)
 ExcelFormat XlsxBook::format(int index) const
 {
     return m_formats.value(index);
-}
-
-bool XlsxBook::save(const QString &)
-{
-    setError(QStringLiteral("Writing xlsx workbooks is not built yet."));
-    return false;
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <QSet>
 #include <QVector>
 
+#include <functional>
 #include <vector>
 
 class QuaZip;
@@ -75,6 +76,14 @@ public:
     QString formulaOf(int row, int col) const { return m_formulas.value(qMakePair(row, col)); }
     void setFormula(int row, int col, const QString &formula);
 
+    // Writing the sheet part: the <cols> element, the rows of <sheetData> (calling flush
+    // between rows so the caller can empty the buffer), and what follows the rows; links to
+    // outside the book add their relationships.
+    QByteArray columnsXml() const;
+    void appendRowsXml(QByteArray &out, const std::function<void()> &flush) const;
+    QByteArray tailXml(QByteArray *linkRelationships) const;
+    static QByteArray rangeText(const ExcelRange &range);
+
 private:
     struct ColumnInfo
     {
@@ -141,6 +150,9 @@ public:
 
 private:
     bool loadSheet(XlsxSheet *sheet);
+    bool writeSheet(QuaZip &zip, const XlsxSheet &sheet, int number);
+    QByteArray workbookXml() const;
+    QByteArray stylesXml() const;
     bool readWorkbook(QuaZip &zip, const QString &workbookPart);
     bool readStyles(QuaZip &zip, const QString &part);
     bool readSharedStrings(QuaZip &zip, const QString &part);

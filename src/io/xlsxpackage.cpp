@@ -8,6 +8,29 @@
 
 namespace XlsxPackage {
 
+// Office Open XML writes characters that XML can't hold as "_xHHHH_".
+QString decodeEscapes(const QString &text)
+{
+    if (!text.contains(QLatin1String("_x")))
+        return text;
+    QString out;
+    out.reserve(text.size());
+    for (int i = 0; i < text.size(); ++i) {
+        if (text.at(i) == QLatin1Char('_') && i + 6 < text.size()
+            && text.at(i + 1) == QLatin1Char('x') && text.at(i + 6) == QLatin1Char('_')) {
+            bool ok = false;
+            const ushort code = text.midRef(i + 2, 4).toUShort(&ok, 16);
+            if (ok) {
+                out.append(QChar(code));
+                i += 6;
+                continue;
+            }
+        }
+        out.append(text.at(i));
+    }
+    return out;
+}
+
 QString resolveTarget(const QString &sourcePart, const QString &target)
 {
     if (target.startsWith(QLatin1Char('/')))

@@ -19,6 +19,9 @@ struct Relationship
     bool external = false;
 };
 
+// Office Open XML writes characters that XML can't hold as "_xHHHH_"; this reads them back.
+QString decodeEscapes(const QString &text);
+
 // The part that a relationship's target names, seen from the part that holds it.
 QString resolveTarget(const QString &sourcePart, const QString &target);
 // "xl/worksheets/sheet1.xml" -> "xl/worksheets/_rels/sheet1.xml.rels".

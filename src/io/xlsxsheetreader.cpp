@@ -148,7 +148,7 @@ bool SheetReader::readCell(int row)
         if (hasInline) {
             cell.type = ExcelCellType::String;
             cell.ownText = true;
-            cell.text = m_sheet->addText(inlineText);
+            cell.text = m_sheet->addText(XlsxPackage::decodeEscapes(inlineText));
         }
     } else if (!hasValue) {
         // A formatted cell with no value.
@@ -166,7 +166,7 @@ bool SheetReader::readCell(int row)
             : type == QLatin1String("d")       ? ExcelCellType::StrictDate
                                                : ExcelCellType::String;
         cell.ownText = true;
-        cell.text = m_sheet->addText(value);
+        cell.text = m_sheet->addText(XlsxPackage::decodeEscapes(value));
     } else if (type == QLatin1String("b")) {
         cell.type = ExcelCellType::Boolean;
         cell.boolean

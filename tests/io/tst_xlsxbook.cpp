@@ -24,6 +24,7 @@ private slots:
     void readsDates1904();
     void refusesBadPackages_data();
     void refusesBadPackages();
+    void writesBookThatOpenpyxlReads();
 
 private:
     QString makeFile(const QString &name, const QString &script);
@@ -296,6 +297,79 @@ void TestXlsxBook::refusesBadPackages()
         QVERIFY(!book->sheet(0));
     }
     QVERIFY2(book->errorMessage().contains(message), qPrintable(book->errorMessage()));
+}
+
+void TestXlsxBook::writesBookThatOpenpyxlReads()
+{
+    const QString path = m_dir.filePath(QStringLiteral("written.xlsx"));
+    {
+        std::unique_ptr<ExcelBook> book = ExcelBook::create(FileTypeXlsx);
+        ExcelSheet *sheet = book->addSheet(QStringLiteral("Out & about"));
+        QVERIFY(sheet);
+        QVERIFY(!book->addSheet(QStringLiteral("OUT & ABOUT")));
+        ExcelFormat bold;
+        bold.bold = true;
+        bold.numberFormat = 49;
+        const int header = book->addFormat(bold);
+        ExcelFormat day;
+        day.numberFormat = 14;
+        const int date = book->addFormat(day);
+        ExcelFormat link;
+        link.fontColor = 12;
+        link.numberFormat = 49;
+        const int linkFormat = book->addFormat(link);
+        QCOMPARE(book->addFormat(day), date);
+        sheet->writeStr(0, 0, QStringLiteral("name"), header);
+        sheet->writeStr(0, 1, QStringLiteral("when"), header);
+        sheet->writeStr(1, 0, QStringLiteral("<a & \"b\">\ttab \u00e9\U0001F600"));
+        // Characters XML can't hold, and text that looks like their escapes; openpyxl leaves
+        // such escapes undecoded, so only our reader checks this cell.
+        sheet->writeStr(9, 0, QStringLiteral("control\x01 _x0041_"));
+        sheet->writeNum(1, 1, book->datePack({2024, 2, 29, 0, 0, 0, 0}), date);
+        sheet->writeNum(2, 0, 0.1);
+        sheet->writeBool(2, 1, true);
+        sheet->writeFormula(3, 0, QStringLiteral("A3*2"));
+        sheet->writeStr(3, 1, QStringLiteral("https://example.com/?a=1&b=2"), linkFormat);
+        sheet->addHyperlink({{3, 3, 1, 1}, QStringLiteral("https://example.com/?a=1&b=2")});
+        sheet->setMerge({5, 6, 0, 1});
+        sheet->setRow(8, -1, true);
+        sheet->setCol(2, 20, true);
+        QVERIFY2(book->save(path), qPrintable(book->errorMessage()));
+    }
+    QProcess python;
+    python.start(QStringLiteral(TABULON_PYTHON),
+                 {QStringLiteral("-c"), QStringLiteral(R"(
+import openpyxl, sys
+wb = openpyxl.load_workbook(sys.argv[1])
+ws = wb['Out & about']
+for row in ws.iter_rows(min_row=1, max_row=4):
+    print('|'.join(repr(c.value) for c in row))
+print(ws['A1'].font.b, ws['B2'].number_format, ws['B4'].hyperlink.target)
+print(ws.merged_cells.ranges[0].coord, ws.row_dimensions[9].hidden, ws.column_dimensions['C'].hidden,
+      ws.column_dimensions['C'].width)
+)"),
+                  path});
+    QVERIFY(python.waitForFinished(60000));
+    QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
+    const QStringList lines = QString::fromUtf8(python.readAllStandardOutput()).split('\n');
+    QCOMPARE(lines.value(0), QStringLiteral("'name'|'when'"));
+    QCOMPARE(lines.value(1),
+             QStringLiteral("'<a & \"b\">\\ttab \u00e9\U0001F600'|"
+                            "datetime.datetime(2024, 2, 29, 0, 0)"));
+    QCOMPARE(lines.value(2), QStringLiteral("0.1|True"));
+    QCOMPARE(lines.value(3), QStringLiteral("'=A3*2'|'https://example.com/?a=1&b=2'"));
+    QCOMPARE(lines.value(4), QStringLiteral("True mm-dd-yy https://example.com/?a=1&b=2"));
+    QCOMPARE(lines.value(5), QStringLiteral("A6:B7 True True 20.0"));
+
+    // Our own reader gets the same back.
+    std::unique_ptr<ExcelBook> book = ExcelBook::create(FileTypeXlsx);
+    QVERIFY(book->load(path));
+    ExcelSheet *sheet = book->sheet(0);
+    QVERIFY(sheet);
+    QCOMPARE(sheet->readStr(1, 0), QStringLiteral("<a & \"b\">\ttab \u00e9\U0001F600"));
+    QCOMPARE(sheet->readStr(9, 0), QStringLiteral("control\x01 _x0041_"));
+    QVERIFY(sheet->isDate(1, 1));
+    QVERIFY(sheet->rowHidden(8));
 }
 
 QTEST_GUILESS_MAIN(TestXlsxBook)
