@@ -1,6 +1,7 @@
 #include "io/fileformats.h"
 
 #include "io/delimitedtext.h"
+#include "io/excelreader.h"
 #include "io/inputreader.h"
 #include "io/outputwriters.h"
 
@@ -33,7 +34,7 @@ const FileFormat Formats[] = {
     {FileTypeXlsx, "Excel XLSX", "Excel spreadsheet (Excel 2007 and later)",
      "xlsx", "xlsx", "xlsx", true, true,
      true, false, true, false, false, true, false, true,
-     nullptr, nullptr, nullptr},
+     nullptr, ExcelReader::read, nullptr},
     {FileTypeXls, "Excel XLS", "Excel spreadsheet (Excel 2003 and earlier)",
      "xls", "xls", "xls", true, true,
      true, false, true, false, false, true, false, true,

@@ -1,0 +1,166 @@
+#pragma once
+
+#include "io/excelbook.h"
+
+#include <QHash>
+#include <QSet>
+#include <QVector>
+
+#include <functional>
+#include <vector>
+
+class QuaZip;
+class XlsxBook;
+
+// The cells of one sheet, held compactly: tens of millions of cells are read from big
+// workbooks, so a cell is a fixed record and its text lives in the book's or sheet's tables.
+struct XlsxCell
+{
+    int row;
+    int col;
+    int style;
+    ExcelCellType type;
+    bool ownText; // the text index is into the sheet's texts, not the shared strings
+    union {
+        double number;
+        int text;
+        bool boolean;
+    };
+};
+
+class XlsxSheet : public ExcelSheet
+{
+public:
+    XlsxSheet(XlsxBook *book, const QString &name, const QString &partName);
+
+    QString name() const override { return m_name; }
+    QString partName() const { return m_partName; }
+    int firstRow() const override;
+    int lastRow() const override;
+    int firstCol() const override;
+    int lastCol() const override;
+
+    ExcelCellType cellType(int row, int col) const override;
+    QString readStr(int row, int col) const override;
+    double readNum(int row, int col) const override;
+    bool readBool(int row, int col) const override;
+    bool isDate(int row, int col) const override;
+
+    bool rowHidden(int row) const override { return m_hiddenRows.contains(row); }
+    bool colHidden(int col) const override;
+    QList<ExcelHyperlink> hyperlinks() const override { return m_links; }
+    QList<ExcelRange> merges() const override { return m_merges; }
+    double colWidth(int col) const override;
+    double rowHeight(int row) const override { return m_rowHeights.value(row, -1); }
+    int cellFormat(int row, int col) const override;
+
+    void writeStr(int row, int col, const QString &text, int format = 0) override;
+    void writeNum(int row, int col, double value, int format = 0) override;
+    void writeBool(int row, int col, bool value, int format = 0) override;
+    void writeFormula(int row, int col, const QString &formula, int format = 0) override;
+    void clear() override;
+    void addHyperlink(const ExcelHyperlink &link) override { m_links.append(link); }
+    void setCol(int col, double width, bool hidden) override;
+    void setRow(int row, double height, bool hidden) override;
+    void setCellFormat(int row, int col, int format) override;
+    void setMerge(const ExcelRange &range) override { m_merges.append(range); }
+
+    // Reading fills the sheet through these.
+    void appendCell(const XlsxCell &cell);
+    int addText(const QString &text);
+    void addColumnInfo(int firstCol, int lastCol, double width, bool hidden);
+    void finishLoading();
+    bool isLoaded() const { return m_loaded; }
+    void setLoaded() { m_loaded = true; }
+    const std::vector<XlsxCell> &cells() const { return m_cells; }
+    QString formulaOf(int row, int col) const { return m_formulas.value(qMakePair(row, col)); }
+    void setFormula(int row, int col, const QString &formula);
+
+    // Writing the sheet part: the <cols> element, the rows of <sheetData> (calling flush
+    // between rows so the caller can empty the buffer), and what follows the rows; links to
+    // outside the book add their relationships.
+    QByteArray columnsXml() const;
+    void appendRowsXml(QByteArray &out, const std::function<void()> &flush) const;
+    QByteArray tailXml(QByteArray *linkRelationships) const;
+    static QByteArray rangeText(const ExcelRange &range);
+
+private:
+    struct ColumnInfo
+    {
+        int first;
+        int last;
+        double width;
+        bool hidden;
+    };
+
+    const XlsxCell *find(int row, int col) const;
+    void write(XlsxCell cell, int row, int col, int format);
+    void index() const;
+
+    XlsxBook *m_book;
+    QString m_name;
+    QString m_partName;
+    bool m_loaded = false;
+    std::vector<XlsxCell> m_cells;
+    QStringList m_texts;
+    QHash<QPair<int, int>, QString> m_formulas;
+    // Start of each row's cells in m_cells, rebuilt after writes; size lastRow + 1.
+    mutable std::vector<int> m_rowStarts;
+    mutable bool m_indexed = false;
+    mutable bool m_sorted = true;
+    bool m_hasValues = false;
+    int m_firstRow = 0;
+    int m_lastRow = 0;
+    int m_firstCol = 0;
+    int m_lastCol = 0;
+    QSet<int> m_hiddenRows;
+    QHash<int, double> m_rowHeights;
+    QVector<ColumnInfo> m_columns;
+    QList<ExcelHyperlink> m_links;
+    QList<ExcelRange> m_merges;
+};
+
+// An Office Open XML workbook (.xlsx), read from its zip package by streaming each part.
+// Sheets are parsed when first asked for, so listing the sheets of a big book is cheap.
+class XlsxBook : public ExcelBook
+{
+public:
+    XlsxBook();
+    ~XlsxBook() override;
+
+    bool load(const QString &path) override;
+    bool save(const QString &path) override;
+
+    int sheetCount() const override { return int(m_sheets.size()); }
+    ExcelSheet *sheet(int index) override;
+    ExcelSheet *addSheet(const QString &name) override;
+
+    int addFormat(const ExcelFormat &format) override;
+    ExcelFormat format(int index) const override;
+    bool uses1904() const override { return m_uses1904; }
+
+    // For the sheet reader: the shared strings, and whether a style shows dates.
+    const QStringList &sharedStrings() const { return m_sharedStrings; }
+    bool styleIsDate(int style) const
+    {
+        return style >= 0 && style < m_dateStyles.size() && m_dateStyles.at(style);
+    }
+    // Dimensions larger than this are refused when a sheet is read, whatever it declares.
+    static constexpr qint64 MaxCells = qint64(200) * 1000 * 1000;
+
+private:
+    bool loadSheet(XlsxSheet *sheet);
+    bool writeSheet(QuaZip &zip, const XlsxSheet &sheet, int number);
+    QByteArray workbookXml() const;
+    QByteArray stylesXml() const;
+    bool readWorkbook(QuaZip &zip, const QString &workbookPart);
+    bool readStyles(QuaZip &zip, const QString &part);
+    bool readSharedStrings(QuaZip &zip, const QString &part);
+
+    QString m_path;
+    bool m_uses1904 = false;
+    std::vector<std::unique_ptr<XlsxSheet>> m_sheets;
+    QStringList m_sharedStrings;
+    QVector<bool> m_dateStyles;
+    QVector<ExcelFormat> m_formats;
+};

@@ -1,0 +1,487 @@
+// Writes an XlsxBook as an Office Open XML package. Sheet XML is put together by hand into a
+// buffer that is flushed to the zip entry a megabyte at a time: a million-row sheet is
+// hundreds of megabytes of markup, and a general XML writer costs several times as much.
+
+#include "io/xlsxbook.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <quazip/quazip.h>
+#include <quazip/quazipfile.h>
+#include <quazip/quazipnewinfo.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int FlushBytes = 1 << 20;
+// Deflate level 1: sheet XML is very repetitive, so it still shrinks about tenfold, at a
+// fraction of the default level's time.
+constexpr int CompressionLevel = 1;
+
+const char *const MainNamespace = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
+const char *const RelationshipNamespace
+    = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+const char *const PackageRelationships
+    = "http://schemas.openxmlformats.org/package/2006/relationships";
+
+// Text for an XML element or attribute. Characters XML can't hold are written as the
+// "_xHHHH_" escapes of Office Open XML, and an underscore that would read as the start of one
+// is escaped itself.
+void appendEscaped(QByteArray &out, const QString &text)
+{
+    const int size = text.size();
+    const QChar *data = text.constData();
+    int plainStart = 0;
+    auto flushPlain = [&](int end) {
+        if (end > plainStart)
+            out.append(QStringView(data + plainStart, end - plainStart).toUtf8());
+    };
+    for (int i = 0; i < size; ++i) {
+        const ushort c = data[i].unicode();
+        const char *entity = nullptr;
+        QByteArray escape;
+        switch (c) {
+        case '&':
+            entity = "&amp;";
+            break;
+        case '<':
+            entity = "&lt;";
+            break;
+        case '>':
+            entity = "&gt;";
+            break;
+        case '"':
+            entity = "&quot;";
+            break;
+        case '_':
+            if (i + 6 < size && data[i + 1] == QLatin1Char('x') && data[i + 6] == QLatin1Char('_'))
+                entity = "_x005F_";
+            break;
+        case '\t':
+        case '\n':
+        case '\r':
+            break;
+        default:
+            if (c < 0x20 || c == 0xFFFE || c == 0xFFFF)
+                escape = QByteArray("_x")
+                    + QByteArray::number(c, 16).rightJustified(4, '0').toUpper() + '_';
+            break;
+        }
+        if (!entity && escape.isEmpty())
+            continue;
+        flushPlain(i);
+        if (entity)
+            out.append(entity);
+        else
+            out.append(escape);
+        plainStart = i + 1;
+    }
+    flushPlain(size);
+}
+
+class PartWriter
+{
+public:
+    PartWriter(QuaZip &zip, const QString &name)
+        : m_file(&zip)
+    {
+        QuaZipNewInfo info(name);
+        info.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner
+                            | QFileDevice::ReadGroup | QFileDevice::ReadOther);
+        m_ok = m_file.open(QIODevice::WriteOnly, info, nullptr, 0, Z_DEFLATED, CompressionLevel);
+        m_buffer.reserve(FlushBytes + 4096);
+    }
+    ~PartWriter() { close(); }
+
+    QByteArray &buffer() { return m_buffer; }
+    void maybeFlush()
+    {
+        if (m_buffer.size() >= FlushBytes)
+            flush();
+    }
+    bool close()
+    {
+        if (!m_file.isOpen())
+            return m_ok;
+        flush();
+        m_file.close();
+        m_ok = m_ok && m_file.getZipError() == ZIP_OK;
+        return m_ok;
+    }
+
+private:
+    void flush()
+    {
+        if (m_ok && !m_buffer.isEmpty())
+            m_ok = m_file.write(m_buffer) == m_buffer.size();
+        m_buffer.clear();
+    }
+
+    QuaZipFile m_file;
+    QByteArray m_buffer;
+    bool m_ok = false;
+};
+
+bool writeWhole(QuaZip &zip, const QString &name, const QByteArray &content)
+{
+    PartWriter part(zip, name);
+    part.buffer() = content;
+    return part.close();
+}
+
+QByteArray contentTypes(int sheetCount)
+{
+    QByteArray out
+        = "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+          "<Types xmlns=\"http://schemas.openxmlformats.org/package/2006/content-types\">"
+          "<Default Extension=\"rels\" ContentType=\"application/"
+          "vnd.openxmlformats-package.relationships+xml\"/>"
+          "<Default Extension=\"xml\" ContentType=\"application/xml\"/>"
+          "<Override PartName=\"/xl/workbook.xml\" ContentType=\"application/"
+          "vnd.openxmlformats-officedocument.spreadsheetml.sheet.main+xml\"/>"
+          "<Override PartName=\"/xl/styles.xml\" ContentType=\"application/"
+          "vnd.openxmlformats-officedocument.spreadsheetml.styles+xml\"/>";
+    for (int i = 1; i <= sheetCount; ++i)
+        out += "<Override PartName=\"/xl/worksheets/sheet" + QByteArray::number(i)
+            + ".xml\" ContentType=\"application/"
+              "vnd.openxmlformats-officedocument.spreadsheetml.worksheet+xml\"/>";
+    return out + "</Types>";
+}
+
+QByteArray relationship(const QByteArray &id, const QByteArray &type, const QString &target,
+                        bool external = false)
+{
+    QByteArray out = "<Relationship Id=\"" + id + "\" Type=\"" + RelationshipNamespace + '/' + type
+        + "\" Target=\"";
+    appendEscaped(out, target);
+    out += '"';
+    if (external)
+        out += " TargetMode=\"External\"";
+    return out + "/>";
+}
+
+// "B3" without going through QString: written once per cell.
+void appendReference(QByteArray &out, int row, int col)
+{
+    char letters[4];
+    int count = 0;
+    for (int n = col + 1; n > 0; n = (n - 1) / 26)
+        letters[count++] = char('A' + (n - 1) % 26);
+    while (count > 0)
+        out += letters[--count];
+    out += QByteArray::number(row + 1);
+}
+
+QByteArray relationships(const QByteArray &body)
+{
+    return QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+                      "<Relationships xmlns=\"")
+        + PackageRelationships + "\">" + body + "</Relationships>";
+}
+
+} // namespace
+
+QByteArray XlsxBook::workbookXml() const
+{
+    QByteArray out = QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+                                "<workbook xmlns=\"")
+        + MainNamespace + "\" xmlns:r=\"" + RelationshipNamespace + "\">";
+    if (m_uses1904)
+        out += "<workbookPr date1904=\"1\"/>";
+    out += "<sheets>";
+    for (size_t i = 0; i < m_sheets.size(); ++i) {
+        out += "<sheet name=\"";
+        appendEscaped(out, m_sheets[i]->name());
+        out += "\" sheetId=\"" + QByteArray::number(qulonglong(i + 1)) + "\" r:id=\"rId"
+            + QByteArray::number(qulonglong(i + 1)) + "\"/>";
+    }
+    return out + "</sheets></workbook>";
+}
+
+QByteArray XlsxBook::stylesXml() const
+{
+    // Fonts: 0 plain, then one per distinct (bold, colour) pair that a format asks for.
+    QList<QPair<bool, int>> fonts {{false, 0}};
+    QByteArray numFmts;
+    int customCount = 0;
+    QHash<QString, int> customIds;
+    QByteArray xfs;
+    for (const ExcelFormat &format : m_formats) {
+        const QPair<bool, int> font(format.bold, format.fontColor);
+        if (!fonts.contains(font))
+            fonts.append(font);
+        int numberFormat = format.numberFormat;
+        if (!format.numberFormatCode.isEmpty()) {
+            if (!customIds.contains(format.numberFormatCode)) {
+                const int id = 164 + customCount++;
+                customIds.insert(format.numberFormatCode, id);
+                numFmts += "<numFmt numFmtId=\"" + QByteArray::number(id) + "\" formatCode=\"";
+                appendEscaped(numFmts, format.numberFormatCode);
+                numFmts += "\"/>";
+            }
+            numberFormat = customIds.value(format.numberFormatCode);
+        }
+        xfs += "<xf numFmtId=\"" + QByteArray::number(numberFormat) + "\" fontId=\""
+            + QByteArray::number(fonts.indexOf(font))
+            + "\" fillId=\"0\" borderId=\"0\" xfId=\"0\" applyNumberFormat=\"1\" "
+              "applyFont=\"1\"/>";
+    }
+    QByteArray out = QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+                                "<styleSheet xmlns=\"")
+        + MainNamespace + "\">";
+    if (customCount)
+        out += "<numFmts count=\"" + QByteArray::number(customCount) + "\">" + numFmts
+            + "</numFmts>";
+    out += "<fonts count=\"" + QByteArray::number(fonts.size()) + "\">";
+    for (const auto &font : qAsConst(fonts)) {
+        out += "<font>";
+        if (font.first)
+            out += "<b/>";
+        out += "<sz val=\"11\"/>";
+        if (font.second)
+            out += "<color indexed=\"" + QByteArray::number(font.second) + "\"/>";
+        out += "<name val=\"Calibri\"/><family val=\"2\"/></font>";
+    }
+    out += "</fonts><fills count=\"2\"><fill><patternFill patternType=\"none\"/></fill>"
+           "<fill><patternFill patternType=\"gray125\"/></fill></fills>"
+           "<borders count=\"1\"><border><left/><right/><top/><bottom/><diagonal/></border>"
+           "</borders><cellStyleXfs count=\"1\"><xf numFmtId=\"0\" fontId=\"0\" fillId=\"0\" "
+           "borderId=\"0\"/></cellStyleXfs>";
+    out += "<cellXfs count=\"" + QByteArray::number(m_formats.size()) + "\">" + xfs
+        + "</cellXfs><cellStyles count=\"1\"><cellStyle name=\"Normal\" xfId=\"0\" "
+          "builtinId=\"0\"/></cellStyles></styleSheet>";
+    return out;
+}
+
+bool XlsxBook::save(const QString &path)
+{
+    if (!m_path.isEmpty()) {
+        setError(QStringLiteral("Changing an existing workbook is not supported yet."));
+        return false;
+    }
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        setError(file.errorString());
+        return false;
+    }
+    bool ok = true;
+    {
+        QuaZip zip(&file);
+        zip.setAutoClose(false); // QSaveFile commits only an open file
+        if (!zip.open(QuaZip::mdCreate)) {
+            setError(QStringLiteral("Unable to start the zip package (error %1).")
+                         .arg(zip.getZipError()));
+            file.cancelWriting();
+            return false;
+        }
+        const int sheets = int(m_sheets.size());
+        ok = writeWhole(zip, QStringLiteral("[Content_Types].xml"), contentTypes(sheets))
+            && writeWhole(zip, QStringLiteral("_rels/.rels"),
+                          relationships(relationship("rId1", "officeDocument",
+                                                     QStringLiteral("xl/workbook.xml"))));
+        QByteArray workbookRelationships;
+        for (int i = 1; ok && i <= sheets; ++i) {
+            const QByteArray id = "rId" + QByteArray::number(i);
+            workbookRelationships
+                += relationship(id, "worksheet", QStringLiteral("worksheets/sheet%1.xml").arg(i));
+            ok = writeSheet(zip, *m_sheets[size_t(i - 1)], i);
+        }
+        workbookRelationships += relationship("rId" + QByteArray::number(sheets + 1), "styles",
+                                              QStringLiteral("styles.xml"));
+        ok = ok && writeWhole(zip, QStringLiteral("xl/workbook.xml"), workbookXml())
+            && writeWhole(zip, QStringLiteral("xl/_rels/workbook.xml.rels"),
+                          relationships(workbookRelationships))
+            && writeWhole(zip, QStringLiteral("xl/styles.xml"), stylesXml());
+        zip.close();
+        ok = ok && zip.getZipError() == ZIP_OK;
+    }
+    if (!ok) {
+        file.cancelWriting();
+        if (errorMessage().isEmpty())
+            setError(QStringLiteral("Unable to write the workbook."));
+        return false;
+    }
+    if (!file.commit()) {
+        setError(file.errorString());
+        return false;
+    }
+    return true;
+}
+
+bool XlsxBook::writeSheet(QuaZip &zip, const XlsxSheet &sheet, int number)
+{
+    const QString part = QStringLiteral("xl/worksheets/sheet%1.xml").arg(number);
+    PartWriter writer(zip, part);
+    QByteArray &out = writer.buffer();
+    out = QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
+                     "<worksheet xmlns=\"")
+        + MainNamespace + "\" xmlns:r=\"" + RelationshipNamespace + "\">";
+    if (sheet.lastRow() > sheet.firstRow())
+        out += "<dimension ref=\""
+            + ExcelCells::reference(sheet.firstRow(), sheet.firstCol()).toLatin1() + ':'
+            + ExcelCells::reference(sheet.lastRow() - 1, sheet.lastCol() - 1).toLatin1() + "\"/>";
+    out += sheet.columnsXml();
+    out += "<sheetData>";
+    sheet.appendRowsXml(writer.buffer(), [&] { writer.maybeFlush(); });
+    out += "</sheetData>";
+    QByteArray links;
+    out += sheet.tailXml(&links);
+    out += "</worksheet>";
+    if (!writer.close())
+        return false;
+    if (links.isEmpty())
+        return true;
+    return writeWhole(zip, QStringLiteral("xl/worksheets/_rels/sheet%1.xml.rels").arg(number),
+                      relationships(links));
+}
+
+// ---------------------------------------------------------------------------------------------
+
+QByteArray XlsxSheet::columnsXml() const
+{
+    if (m_columns.isEmpty())
+        return QByteArray();
+    // Later entries were set first; a column takes the first entry that covers it.
+    QMap<int, ColumnInfo> byColumn;
+    for (const ColumnInfo &info : m_columns) {
+        for (int c = info.first; c <= info.last && c < ExcelCells::MaxXlsxCols; ++c) {
+            if (!byColumn.contains(c))
+                byColumn.insert(c, {c, c, info.width, info.hidden});
+        }
+    }
+    QByteArray out = "<cols>";
+    for (const ColumnInfo &info : qAsConst(byColumn)) {
+        out += "<col min=\"" + QByteArray::number(info.first + 1) + "\" max=\""
+            + QByteArray::number(info.last + 1) + '"';
+        if (info.width >= 0)
+            out += " width=\"" + QByteArray::number(info.width, 'g', 10) + "\" customWidth=\"1\"";
+        if (info.hidden)
+            out += " hidden=\"1\"";
+        out += "/>";
+    }
+    return out + "</cols>";
+}
+
+void XlsxSheet::appendRowsXml(QByteArray &out, const std::function<void()> &flush) const
+{
+    if (!m_indexed)
+        index();
+    const QStringList &shared = m_book->sharedStrings();
+    // Rows that are hidden or have a height need an element even without cells; they are
+    // merged in ascending order with the rows that have cells.
+    QList<int> rowsWithAttributes
+        = (m_hiddenRows + QSet<int>(m_rowHeights.keyBegin(), m_rowHeights.keyEnd())).values();
+    std::sort(rowsWithAttributes.begin(), rowsWithAttributes.end());
+    int nextAttributeRow = 0;
+    auto openRowTag = [&](int row) {
+        out += "<row r=\"" + QByteArray::number(row + 1) + '"';
+        if (m_rowHeights.contains(row))
+            out += " ht=\"" + QByteArray::number(m_rowHeights.value(row), 'g', 10)
+                + "\" customHeight=\"1\"";
+        if (m_hiddenRows.contains(row))
+            out += " hidden=\"1\"";
+        out += '>';
+    };
+    auto emptyRowsUpTo = [&](int row) {
+        for (; nextAttributeRow < rowsWithAttributes.size()
+             && rowsWithAttributes.at(nextAttributeRow) <= row;
+             ++nextAttributeRow) {
+            const int attributeRow = rowsWithAttributes.at(nextAttributeRow);
+            if (attributeRow == row)
+                continue;
+            openRowTag(attributeRow);
+            out += "</row>";
+        }
+    };
+    int openRow = -1;
+    for (const XlsxCell &cell : m_cells) {
+        if (cell.row != openRow) {
+            if (openRow >= 0)
+                out += "</row>";
+            emptyRowsUpTo(cell.row);
+            openRow = cell.row;
+            openRowTag(openRow);
+            flush();
+        }
+        out += "<c r=\"";
+        appendReference(out, cell.row, cell.col);
+        out += '"';
+        if (cell.style > 0)
+            out += " s=\"" + QByteArray::number(cell.style) + '"';
+        const QString formula = m_formulas.isEmpty() ? QString() : formulaOf(cell.row, cell.col);
+        if (!formula.isEmpty()) {
+            out += "><f>";
+            appendEscaped(out, formula);
+            out += "</f></c>";
+            continue;
+        }
+        switch (cell.type) {
+        case ExcelCellType::Number:
+            out += "><v>";
+            out += QByteArray::number(cell.number, 'g', 17);
+            out += "</v></c>";
+            break;
+        case ExcelCellType::Boolean:
+            out += cell.boolean ? " t=\"b\"><v>1</v></c>" : " t=\"b\"><v>0</v></c>";
+            break;
+        case ExcelCellType::String:
+            out += " t=\"inlineStr\"><is><t xml:space=\"preserve\">";
+            appendEscaped(out, cell.ownText ? m_texts.value(cell.text) : shared.value(cell.text));
+            out += "</t></is></c>";
+            break;
+        case ExcelCellType::Error:
+        case ExcelCellType::StrictDate:
+            out += cell.type == ExcelCellType::Error ? " t=\"e\"><v>" : " t=\"d\"><v>";
+            appendEscaped(out, m_texts.value(cell.text));
+            out += "</v></c>";
+            break;
+        default:
+            out += "/>";
+            break;
+        }
+    }
+    if (openRow >= 0)
+        out += "</row>";
+    emptyRowsUpTo(std::numeric_limits<int>::max());
+}
+
+QByteArray XlsxSheet::tailXml(QByteArray *linkRelationships) const
+{
+    QByteArray out;
+    if (!m_merges.isEmpty()) {
+        out += "<mergeCells count=\"" + QByteArray::number(m_merges.size()) + "\">";
+        for (const ExcelRange &range : m_merges)
+            out += "<mergeCell ref=\"" + rangeText(range) + "\"/>";
+        out += "</mergeCells>";
+    }
+    if (!m_links.isEmpty()) {
+        out += "<hyperlinks>";
+        int id = 0;
+        for (const ExcelHyperlink &link : m_links) {
+            out += "<hyperlink ref=\"" + rangeText(link.range) + '"';
+            if (link.target.startsWith(QLatin1Char('#'))) {
+                out += " location=\"";
+                appendEscaped(out, link.target.mid(1));
+                out += '"';
+            } else {
+                const QByteArray rid = "rId" + QByteArray::number(++id);
+                *linkRelationships += relationship(rid, "hyperlink", link.target, true);
+                out += " r:id=\"" + rid + '"';
+            }
+            out += "/>";
+        }
+        out += "</hyperlinks>";
+    }
+    return out;
+}
+
+QByteArray XlsxSheet::rangeText(const ExcelRange &range)
+{
+    QByteArray out = ExcelCells::reference(range.firstRow, range.firstCol).toLatin1();
+    if (range.lastRow != range.firstRow || range.lastCol != range.firstCol)
+        out += ':' + ExcelCells::reference(range.lastRow, range.lastCol).toLatin1();
+    return out;
+}
