@@ -116,43 +116,23 @@ Dataset &TransformDateFormat::process(Dataset &output, const TransformInputs &in
         return output;
     }
 
-    ValueProblems nonDates(QStringLiteral("%1 non-date %2:"));
-    qint64 changed = 0;
-    qint64 unchanged = 0;
-    const int rowCount = output.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        reportRow(r, rowCount);
-        if (r % 1000 == 0 && context.isStopRequested())
-            break;
-        for (int c : columns) {
-            const QString &cell = output.cell(r, c);
+    CellConversion conversion(QStringLiteral("%1 non-date %2:"));
+    conversion.unread = nonDate;
+    conversion.replacement = replacement;
+    convertCells(
+        output, columns, conversion,
+        [&](int, const QString &cell, QString *text) {
             DateTimePattern::Value value;
-            QString text;
-            // An empty cell is a missing value, not a wrong one: it stays as it is.
-            if (cell.isEmpty()) {
-                ++unchanged;
-                continue;
-            }
-            if (reader.read(cell, &value)) {
-                text = writer.write(value);
-            } else {
-                nonDates.add(output, r, c, cell);
-                // Counted as unread only, whatever becomes of it.
-                if (nonDate != UnreadValue::Keep && replacement != cell)
-                    output.setCell(r, c, replacement);
-                continue;
-            }
-            if (text == cell) {
-                ++unchanged;
-                continue;
-            }
-            output.setCell(r, c, text);
-            ++changed;
-        }
-    }
+            if (!reader.read(cell, &value))
+                return false;
+            *text = writer.write(value);
+            return true;
+        },
+        [this](int r, int rowCount) { reportRow(r, rowCount); },
+        [&context] { return context.isStopRequested(); });
 
-    for (const QString &line : nonDates.lines())
+    for (const QString &line : conversion.problems.lines())
         addWarning(line);
-    setResult(conversionResult(changed, unchanged, nonDates, QStringLiteral("non-date")));
+    setResult(conversion.result(QStringLiteral("non-date")));
     return output;
 }

@@ -187,51 +187,35 @@ Dataset &TransformNumBase::process(Dataset &output, const TransformInputs &input
     }
     const QVector<int> bases = columnBases(output, columns, guess ? Guess : from);
 
-    ValueProblems problems(QStringLiteral("%1 non-integer %2:"));
+    CellConversion conversion(QStringLiteral("%1 non-integer %2:"));
+    conversion.unread = nonInteger;
+    conversion.replacement = replacement;
     bool separators = false;
     bool negatives = false;
-    qint64 changed = 0;
-    qint64 unchanged = 0;
-    const int rowCount = output.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        reportRow(r, rowCount);
-        if (r % 1000 == 0 && context.isStopRequested())
-            break;
-        for (int i = 0; i < columns.size(); ++i) {
-            const int c = columns.at(i);
-            const QString &cell = output.cell(r, c);
-            if (cell.isEmpty()) {
-                ++unchanged;
-                continue;
-            }
+    convertCells(
+        output, columns, conversion,
+        [&](int i, const QString &cell, QString *text) {
             Integer value;
             if (!readInteger(cell, bases.at(i), guess || bases.at(i) == 16, &value)) {
-                problems.add(output, r, c, cell);
                 separators = separators || cell.contains(QLatin1Char(','))
                     || cell.contains(QLatin1Char('.'));
-                if (nonInteger != UnreadValue::Keep && replacement != cell)
-                    output.setCell(r, c, replacement);
-                continue;
+                return false;
             }
             negatives = negatives || (value.negative && to != 10);
-            const QString text = writeInteger(value, to);
-            if (text == cell) {
-                ++unchanged;
-                continue;
-            }
-            output.setCell(r, c, text);
-            ++changed;
-        }
-    }
+            *text = writeInteger(value, to);
+            return true;
+        },
+        [this](int r, int rowCount) { reportRow(r, rowCount); },
+        [&context] { return context.isStopRequested(); });
 
     if (negatives)
         addWarning(QStringLiteral("Negative input values are shown as unsigned when converted to "
                                   "base %1.")
                        .arg(to));
-    for (const QString &line : problems.lines())
+    for (const QString &line : conversion.problems.lines())
         addWarning(line);
     if (separators)
         addWarning(QStringLiteral("Input values should not contain ',' or '.' characters."));
-    setResult(conversionResult(changed, unchanged, problems, QStringLiteral("non-integer")));
+    setResult(conversion.result(QStringLiteral("non-integer")));
     return output;
 }

@@ -354,43 +354,23 @@ Dataset &TransformNumberFormat::process(Dataset &output, const TransformInputs &
     for (int c : columns)
         syntaxes.append(syntaxFor(decimalFrom, output, c));
 
-    ValueProblems problems(QStringLiteral("%1 non-numeric %2:"));
-    qint64 changed = 0;
-    qint64 unchanged = 0;
-    const int rowCount = output.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        reportRow(r, rowCount);
-        if (r % 1000 == 0 && context.isStopRequested())
-            break;
-        for (int i = 0; i < columns.size(); ++i) {
-            const int c = columns.at(i);
-            const QString &cell = output.cell(r, c);
-            if (cell.isEmpty()) {
-                ++unchanged;
-                continue;
-            }
+    CellConversion conversion(QStringLiteral("%1 non-numeric %2:"));
+    conversion.unread = nonNumeric;
+    conversion.replacement = replacement;
+    convertCells(
+        output, columns, conversion,
+        [&](int i, const QString &cell, QString *text) {
             double value = 0.0;
-            QString text;
-            if (readNumber(cell, syntaxes.at(i), &value)) {
-                text = locale.toString(value, formatChar, precision);
-            } else {
-                problems.add(output, r, c, cell);
-                // Counted as unread only, whatever becomes of it.
-                if (nonNumeric != UnreadValue::Keep && replacement != cell)
-                    output.setCell(r, c, replacement);
-                continue;
-            }
-            if (text == cell) {
-                ++unchanged;
-                continue;
-            }
-            output.setCell(r, c, text);
-            ++changed;
-        }
-    }
+            if (!readNumber(cell, syntaxes.at(i), &value))
+                return false;
+            *text = locale.toString(value, formatChar, precision);
+            return true;
+        },
+        [this](int r, int rowCount) { reportRow(r, rowCount); },
+        [&context] { return context.isStopRequested(); });
 
-    for (const QString &line : problems.lines())
+    for (const QString &line : conversion.problems.lines())
         addWarning(line);
-    setResult(conversionResult(changed, unchanged, problems, QStringLiteral("non-numeric")));
+    setResult(conversion.result(QStringLiteral("non-numeric")));
     return output;
 }

@@ -99,38 +99,22 @@ Dataset &TransformUnits::process(Dataset &output, const TransformInputs &inputs,
     }
 
     const bool decimalIsPoint = QLocale().decimalPoint() == QLatin1Char('.');
-    ValueProblems problems(QStringLiteral("%1 non-numeric %2:"));
-    qint64 changed = 0;
-    qint64 unchanged = 0;
-    const int rowCount = output.rowCount();
-    for (int r = 0; r < rowCount; ++r) {
-        reportRow(r, rowCount);
-        if (r % 1000 == 0 && context.isStopRequested())
-            break;
-        for (int c : columns) {
-            const QString &cell = output.cell(r, c);
+    // A value that isn't a number stays as it is.
+    CellConversion conversion(QStringLiteral("%1 non-numeric %2:"));
+    convertCells(
+        output, columns, conversion,
+        [&](int, const QString &cell, QString *text) {
             bool ok = false;
-            const double value = cell.isEmpty() ? 0.0 : toDoubleFast(cell, decimalIsPoint, &ok);
-            if (!ok) {
-                // An empty cell is a missing value; anything else that isn't a number stays.
-                if (cell.isEmpty())
-                    ++unchanged;
-                else
-                    problems.add(output, r, c, cell);
-                continue;
-            }
-            const QString text = numberToCellText(UnitTables::convert(value, *from, *to));
-            if (text == cell) {
-                ++unchanged;
-                continue;
-            }
-            output.setCell(r, c, text);
-            ++changed;
-        }
-    }
+            const double value = toDoubleFast(cell, decimalIsPoint, &ok);
+            if (ok)
+                *text = numberToCellText(UnitTables::convert(value, *from, *to));
+            return ok;
+        },
+        [this](int r, int rowCount) { reportRow(r, rowCount); },
+        [&context] { return context.isStopRequested(); });
 
-    for (const QString &line : problems.lines())
+    for (const QString &line : conversion.problems.lines())
         addWarning(line);
-    setResult(conversionResult(changed, unchanged, problems, QStringLiteral("non-numeric")));
+    setResult(conversion.result(QStringLiteral("non-numeric")));
     return output;
 }

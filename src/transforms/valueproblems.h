@@ -59,3 +59,61 @@ inline QString conversionResult(qint64 changed, qint64 unchanged, const ValuePro
 // What the format conversions do with a value they cannot read, in the order of their
 // choices; Date Format offers a value of the user's instead of NaN.
 enum class UnreadValue { Keep = 0, Empty = 1, Replace = 2 };
+
+// The tally of one conversion of cells in place.
+struct CellConversion
+{
+    explicit CellConversion(const QString &heading)
+        : problems(heading)
+    { }
+
+    ValueProblems problems;
+    qint64 changed = 0;
+    qint64 unchanged = 0;
+    // What becomes of a cell that can't be read: kept, or set to `replacement`.
+    UnreadValue unread = UnreadValue::Keep;
+    QString replacement;
+
+    QString result(const QString &unreadWord) const
+    {
+        return conversionResult(changed, unchanged, problems, unreadWord);
+    }
+};
+
+// Rewrites each non-empty cell of the columns through convert(columnPosition, cell, &text),
+// which returns false for a value it can't read. An empty cell is a missing value, not a
+// wrong one, and stays. report(row, rowCount) gives progress; the loop ends early, keeping
+// what it has done, when stopRequested() says so.
+template<typename Convert, typename Report, typename Stop>
+void convertCells(Dataset &output, const QList<int> &columns, CellConversion &conversion,
+                  Convert convert, Report report, Stop stopRequested)
+{
+    const int rowCount = output.rowCount();
+    for (int r = 0; r < rowCount; ++r) {
+        report(r, rowCount);
+        if (r % 1000 == 0 && stopRequested())
+            break;
+        for (int i = 0; i < columns.size(); ++i) {
+            const int c = columns.at(i);
+            const QString &cell = output.cell(r, c);
+            if (cell.isEmpty()) {
+                ++conversion.unchanged;
+                continue;
+            }
+            QString text;
+            if (!convert(i, cell, &text)) {
+                conversion.problems.add(output, r, c, cell);
+                // Counted as unread only, whatever becomes of it.
+                if (conversion.unread != UnreadValue::Keep && conversion.replacement != cell)
+                    output.setCell(r, c, conversion.replacement);
+                continue;
+            }
+            if (text == cell) {
+                ++conversion.unchanged;
+                continue;
+            }
+            output.setCell(r, c, text);
+            ++conversion.changed;
+        }
+    }
+}
