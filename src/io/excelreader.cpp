@@ -163,7 +163,8 @@ int timePrecision(const ExcelBook &book, const ExcelSheet &sheet, int col, int f
     return precision;
 }
 
-QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int col, int precision)
+QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int col, int precision,
+                 const QLocale &locale)
 {
     switch (sheet.cellType(row, col)) {
     case ExcelCellType::Number:
@@ -172,7 +173,6 @@ QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int co
             ExcelDateTime date;
             return unpackCell(book, sheet, row, col, &date) ? dateText(date, precision) : QString();
         }
-        const QLocale locale;
         return locale.toString(sheet.readNum(row, col), 'f', QLocale::FloatingPointShortest)
             .remove(locale.groupSeparator());
     }
@@ -226,6 +226,7 @@ bool read(const QString &path, const InputReadOptions &options, Dataset &out,
     const int firstCol = sheet->firstCol();
     const int cols = sheet->lastCol() - firstCol;
     if (rows >= 1 && cols >= 1) {
+        const QLocale locale;
         QVector<int> precision(cols);
         for (int c = 0; c < cols; ++c)
             precision[c] = timePrecision(*book, *sheet, firstCol + c, firstRow);
@@ -236,7 +237,8 @@ bool read(const QString &path, const InputReadOptions &options, Dataset &out,
             QStringList row;
             row.reserve(cols);
             for (int c = 0; c < cols; ++c) {
-                QString text = cellText(*book, *sheet, firstRow + r, firstCol + c, precision[c]);
+                QString text
+                    = cellText(*book, *sheet, firstRow + r, firstCol + c, precision[c], locale);
                 if (!options.simplify)
                     text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
                 row.append(text);

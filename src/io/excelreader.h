@@ -3,6 +3,7 @@
 #include "io/fileformats.h"
 
 class ExcelBook;
+class QLocale;
 class ExcelSheet;
 
 // Turning a sheet of an Excel book into a dataset, written against ExcelBook alone.
@@ -21,7 +22,9 @@ ExcelSheet *findSheet(ExcelBook &book, const QString &text);
 // milliseconds; 0 when none of its first 1000 rows holds a date.
 int timePrecision(const ExcelBook &book, const ExcelSheet &sheet, int col, int firstRow);
 
-// The text of one cell as the dataset shows it; precision as timePrecision gives it.
-QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int col, int precision);
+// The text of one cell as the dataset shows it; precision as timePrecision gives it, numbers
+// in the locale given (the default one, read once per sheet rather than once per cell).
+QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int col, int precision,
+                 const QLocale &locale);
 
 } // namespace ExcelReader

@@ -12,7 +12,9 @@ namespace RowSelection {
 namespace {
 
 constexpr int MaximumCachedDays = 1 << 20;
-constexpr qint64 NoDate = std::numeric_limits<qint64>::min();
+constexpr qint64 NoDate = DayCache::NoDate;
+
+} // namespace
 
 bool isOrdering(int op)
 {
@@ -29,7 +31,17 @@ bool isOrdering(int op)
     }
 }
 
-} // namespace
+qint64 DayCache::day(const QString &text, const QString &format)
+{
+    const auto found = m_days.constFind(text);
+    if (found != m_days.constEnd())
+        return found.value();
+    const QDate date = toDate(text, format);
+    const qint64 day = date.isValid() ? date.toJulianDay() : NoDate;
+    if (m_days.size() < MaximumCachedDays)
+        m_days.insert(text, day);
+    return day;
+}
 
 Context::Context(const Dataset &input)
     : m_input(input)
@@ -101,16 +113,7 @@ ResolvedTerm::ResolvedTerm(Context &context, const FilterTerm &term,
 
 qint64 ResolvedTerm::cellDay(int i, const QString &cell) const
 {
-    // Reading a date by format is slow, and a date column holds few distinct texts.
-    QHash<QString, qint64> &cache = m_dayCaches[i];
-    const auto found = cache.constFind(cell);
-    if (found != cache.constEnd())
-        return found.value();
-    const QDate date = toDate(cell, m_formats.at(i));
-    const qint64 day = date.isValid() ? date.toJulianDay() : NoDate;
-    if (cache.size() < MaximumCachedDays)
-        cache.insert(cell, day);
-    return day;
+    return m_dayCaches[i].day(cell, m_formats.at(i));
 }
 
 bool ResolvedTerm::holds(int r) const

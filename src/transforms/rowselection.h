@@ -9,6 +9,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <limits>
+
 // Conditions on rows, as Filter, If and Slice state them, made ready for one run over one
 // dataset. Everything that does not depend on the row is settled once: the columns of each
 // term, the date formats of those columns, and a comparison value without column variables
@@ -39,6 +41,23 @@ private:
 // A term is left out when its value is empty and its operator needs one.
 bool isUsable(const FilterTerm &term);
 
+// Whether the operator compares by order (=, <>, <, >, <=, >=), reading dates and numbers
+// before falling back to text.
+bool isOrdering(int op);
+
+// The days of the texts of one date column, each read once: reading a date by format is
+// slow, and a date column holds few distinct texts.
+class DayCache
+{
+public:
+    static constexpr qint64 NoDate = std::numeric_limits<qint64>::min();
+    // The Julian day of text read with format, or NoDate.
+    qint64 day(const QString &text, const QString &format);
+
+private:
+    QHash<QString, qint64> m_days;
+};
+
 // One term with its columns resolved: a null id stands for every column, an id that no longer
 // resolves for none, and a term over no columns never holds.
 class ResolvedTerm
@@ -68,7 +87,7 @@ private:
     double m_valueNumber = 0.0;
     QVector<qint64> m_valueDays;
     bool m_plainDecimals = false;
-    mutable QVector<QHash<QString, qint64>> m_dayCaches;
+    mutable QVector<DayCache> m_dayCaches;
 };
 
 // The usable terms of a list; an empty list means that no condition applies.

@@ -4,34 +4,15 @@
 #include "transforms/columnnames.h"
 #include "transforms/framework/comparisonoperator.h"
 #include "transforms/framework/parameter.h"
+#include "transforms/rowselection.h"
 
-#include <QHash>
 #include <QLocale>
-
-#include <limits>
 
 namespace {
 
-constexpr int MaximumCachedDays = 1 << 20;
-constexpr qint64 NoDate = std::numeric_limits<qint64>::min();
+using RowSelection::DayCache;
 
-bool isOrdering(int op)
-{
-    switch (op) {
-    case ComparisonOperator::EqualTo:
-    case ComparisonOperator::NotEqualTo:
-    case ComparisonOperator::GreaterThan:
-    case ComparisonOperator::LessThan:
-    case ComparisonOperator::GreaterThanOrEqual:
-    case ComparisonOperator::LessThanOrEqual:
-        return true;
-    default:
-        return false;
-    }
-}
-
-// The days of the texts of one date column, read once each: reading a date by format is
-// slow, and a date column holds few distinct texts.
+// The days of one column's texts when it is a date column.
 class DayReader
 {
 public:
@@ -40,22 +21,11 @@ public:
     { }
 
     bool isDateColumn() const { return !m_format.isEmpty(); }
-
-    qint64 day(const QString &text)
-    {
-        const auto found = m_days.constFind(text);
-        if (found != m_days.constEnd())
-            return found.value();
-        const QDate date = toDate(text, m_format);
-        const qint64 day = date.isValid() ? date.toJulianDay() : NoDate;
-        if (m_days.size() < MaximumCachedDays)
-            m_days.insert(text, day);
-        return day;
-    }
+    qint64 day(const QString &text) { return m_cache.day(text, m_format); }
 
 private:
     QString m_format;
-    QHash<QString, qint64> m_days;
+    DayCache m_cache;
 };
 
 // One operator applied to two cells of a row, as a condition of Filter applies it to a cell
@@ -69,7 +39,7 @@ public:
                    const QString &secondFormat)
         : m_op(op)
         , m_caseSensitivity(caseSensitivity)
-        , m_ordering(isOrdering(op))
+        , m_ordering(RowSelection::isOrdering(op))
         , m_decimalIsPoint(QLocale().decimalPoint() == QLatin1Char('.'))
         , m_first(firstFormat)
         , m_second(secondFormat)
@@ -83,9 +53,9 @@ public:
                                                 m_caseSensitivity);
         if (m_dates) {
             const qint64 dayA = m_first.day(a);
-            if (dayA != NoDate) {
+            if (dayA != DayCache::NoDate) {
                 const qint64 dayB = m_second.day(b);
-                if (dayB != NoDate)
+                if (dayB != DayCache::NoDate)
                     return ComparisonOperator::ordered(m_op, dayA, dayB);
             }
         }
@@ -108,14 +78,6 @@ private:
     DayReader m_second;
     bool m_dates;
 };
-
-QString dateFormatOf(const Dataset &dataset, int column)
-{
-    QString format;
-    if (!dataset.isDateColumn(column, dateFormats(), &format))
-        format.clear();
-    return format;
-}
 
 } // namespace
 
@@ -198,10 +160,11 @@ Dataset &TransformCompare::process(Dataset &output, const TransformInputs &input
         return output;
     }
 
-    const bool ordering = isOrdering(op);
+    const bool ordering = RowSelection::isOrdering(op);
+    RowSelection::Context dates(output);
     PairComparison comparison(op, caseOption->toBool() ? Qt::CaseSensitive : Qt::CaseInsensitive,
-                              ordering ? dateFormatOf(output, first) : QString(),
-                              ordering ? dateFormatOf(output, second) : QString());
+                              ordering ? dates.dateFormat(first) : QString(),
+                              ordering ? dates.dateFormat(second) : QString());
     const QString trueText = QStringLiteral("true");
     const QString falseText = QStringLiteral("false");
     qint64 trueCount = 0;

@@ -4,6 +4,7 @@
 #include "transforms/framework/parameter.h"
 #include "transforms/reshaping.h"
 #include "transforms/transformstats.h"
+#include "transforms/valueproblems.h"
 
 #include <QLocale>
 
@@ -15,40 +16,6 @@ namespace {
 
 enum Using { BySum = 0, ByMaximum, ByMinimumMaximum };
 enum Scope { EachRow = 0, EachColumn, AllValues };
-
-// Cells of one kind of problem: a heading with their count, the first few, and the number
-// of the rest.
-class Listing
-{
-public:
-    explicit Listing(const QString &heading)
-        : m_heading(heading)
-    { }
-    // Counts one more cell, and lists it while the list is short: its line is only made then.
-    template<typename Line> void add(const Line &line)
-    {
-        if (++m_count <= ListedProblems)
-            m_lines.append(line());
-    }
-    qint64 count() const { return m_count; }
-    QStringList lines() const
-    {
-        if (m_count == 0)
-            return {};
-        QStringList lines {
-            m_heading.arg(formatCount(m_count),
-                          m_count == 1 ? QStringLiteral("value") : QStringLiteral("values"))};
-        lines += m_lines;
-        if (m_count > ListedProblems)
-            lines.append(furtherProblemsText(m_count - ListedProblems));
-        return lines;
-    }
-
-private:
-    QString m_heading;
-    QStringList m_lines;
-    qint64 m_count = 0;
-};
 
 } // namespace
 
@@ -83,9 +50,9 @@ struct TransformScale::Tally
 {
     qint64 changed = 0;
     qint64 unchanged = 0;
-    Listing nonNumeric {QStringLiteral("%1 non-numeric %2:")};
-    Listing divideByZero {QStringLiteral("%1 divide by 0 %2:")};
-    Listing negative {QStringLiteral("%1 negative %2:")};
+    ValueProblems nonNumeric {QStringLiteral("%1 non-numeric %2:")};
+    ValueProblems divideByZero {QStringLiteral("%1 divide by 0 %2:")};
+    ValueProblems negative {QStringLiteral("%1 negative %2:")};
 };
 
 const TransformDescriptor &TransformScale::descriptor() const
@@ -188,16 +155,12 @@ Dataset &TransformScale::process(Dataset &output, const TransformInputs &inputs,
     Tally tally;
     write(output, settings, extents, tally, context);
 
-    for (const Listing *listing : {&tally.nonNumeric, &tally.divideByZero, &tally.negative}) {
+    for (const ValueProblems *listing : {&tally.nonNumeric, &tally.divideByZero, &tally.negative}) {
         for (const QString &line : listing->lines())
             addWarning(line);
     }
-    if (tally.changed == 0 && tally.nonNumeric.count() == 0)
-        setResult(QStringLiteral("No changes"));
-    else
-        setResult(QStringLiteral("%1 changed, %2 unchanged, %3 non-numeric")
-                      .arg(formatCount(tally.changed), formatCount(tally.unchanged),
-                           formatCount(tally.nonNumeric.count())));
+    setResult(conversionResult(tally.changed, tally.unchanged, tally.nonNumeric,
+                               QStringLiteral("non-numeric")));
     return output;
 }
 

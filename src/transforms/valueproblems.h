@@ -21,9 +21,16 @@ public:
 
     void add(const Dataset &data, int r, int c, const QString &text)
     {
+        add([&] {
+            return QStringLiteral("'%1' at column '%2' row %3")
+                .arg(text, data.headerText(c), QString::number(r + 1));
+        });
+    }
+    // Counts one more, with a line of its own made by line() while the list is short.
+    template<typename Line> void add(const Line &line)
+    {
         if (++m_count <= ListedProblems)
-            m_lines.append(QStringLiteral("'%1' at column '%2' row %3")
-                               .arg(text, data.headerText(c), QString::number(r + 1)));
+            m_lines.append(line());
     }
     qint64 count() const { return m_count; }
     QStringList lines() const
