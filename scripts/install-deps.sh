@@ -5,7 +5,8 @@ set -euo pipefail
 
 build_packages=(cmake ninja-build ccache g++ pkg-config qtbase5-dev qtdeclarative5-dev
     libqt5svg5-dev qttools5-dev-tools libquazip1-qt5-dev libfreexl-dev)
-test_packages=(xvfb xauth python3-openpyxl python3-xlrd python3-xlwt)
+test_packages=(xvfb xauth python3-openpyxl python3-xlrd python3-xlwt python3-xlsxwriter
+    libreoffice-calc-nogui)
 
 missing=()
 for package in "${build_packages[@]}" "${test_packages[@]}"; do

@@ -1,6 +1,7 @@
 #include "io/excelbook.h"
 
 #include "io/fileformats.h"
+#include "io/xlsbook.h"
 #include "io/xlsxbook.h"
 
 #include <QDate>
@@ -11,6 +12,8 @@ std::unique_ptr<ExcelBook> ExcelBook::create(int fileType)
 {
     if (fileType == FileTypeXlsx)
         return std::make_unique<XlsxBook>();
+    if (fileType == FileTypeXls)
+        return createXlsBook();
     return nullptr;
 }
 

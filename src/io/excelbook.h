@@ -147,6 +147,9 @@ public:
     bool dateUnpack(double serial, ExcelDateTime *date) const;
 
     QString errorMessage() const { return m_error; }
+    // What this format's reader cannot see (hidden rows, links...), as lines for the item's
+    // info after a read; empty when it sees everything the interface offers.
+    virtual QStringList readerLimitations() const { return {}; }
 
 protected:
     void setError(const QString &error) { m_error = error; }

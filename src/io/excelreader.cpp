@@ -250,6 +250,8 @@ bool read(const QString &path, const InputReadOptions &options, Dataset &out,
     }
     appendLinks(*sheet, out);
 
+    report.info += book->readerLimitations();
+
     int removed = 0;
     if (options.ignoreExcelHiddenRows && (removed = removeHiddenRows(*sheet, firstRow, out)) > 0)
         report.info.append(QStringLiteral("%1 hidden row(s) ignored").arg(removed));
@@ -261,6 +263,54 @@ bool read(const QString &path, const InputReadOptions &options, Dataset &out,
         report.info.append(QStringLiteral("%1 empty row(s) ignored").arg(removed));
     }
     return true;
+}
+
+SheetListing listSheets(const QString &path, int fileType)
+{
+    SheetListing listing;
+    const QFileInfo info(path);
+    if (!info.exists()) {
+        listing.error = QStringLiteral("File '%1' not found.").arg(native(path));
+        return listing;
+    }
+    if (info.size() == 0) {
+        listing.error
+            = QStringLiteral("Unable to open Excel document '%1' as size is 0.").arg(native(path));
+        return listing;
+    }
+    std::unique_ptr<ExcelBook> book = ExcelBook::create(fileType);
+    if (!book) {
+        listing.error = QStringLiteral("Unable to open Excel document '%1'.").arg(native(path));
+        return listing;
+    }
+    if (!book->load(path)) {
+        listing.error = QStringLiteral("Unable to get sheets from '%1'.").arg(native(path));
+        if (!book->errorMessage().isEmpty())
+            listing.error += QStringLiteral("\nError: %1").arg(book->errorMessage());
+        return listing;
+    }
+    for (int i = 0; i < book->sheetCount(); ++i) {
+        const ExcelSheet *sheet = book->sheet(i);
+        if (!sheet || sheet->name().isEmpty() || sheet->lastRow() <= 0 || sheet->lastCol() <= 0)
+            continue;
+        listing.names.append(sheet->name());
+        listing.labels.append(QStringLiteral("%1 (%2 cols x %3 rows)")
+                                  .arg(sheet->name())
+                                  .arg(sheet->lastCol() - sheet->firstCol())
+                                  .arg(sheet->lastRow() - sheet->firstRow()));
+    }
+    // A sheet that failed to parse is not a sheet without data.
+    if (listing.names.isEmpty() && !book->errorMessage().isEmpty())
+        listing.error = QStringLiteral("Unable to get sheets from '%1'.\nError: %2")
+                            .arg(native(path), book->errorMessage());
+    return listing;
+}
+
+QString noSheetsMessage()
+{
+    return QStringLiteral("Can't import any sheets. The spreadsheet may be empty or the sheets "
+                          "might be too large to import - check you don't have thousands of "
+                          "empty rows or columns.");
 }
 
 } // namespace ExcelReader

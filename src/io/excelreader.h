@@ -2,6 +2,8 @@
 
 #include "io/fileformats.h"
 
+#include <QStringList>
+
 class ExcelBook;
 class QLocale;
 class ExcelSheet;
@@ -26,5 +28,19 @@ int timePrecision(const ExcelBook &book, const ExcelSheet &sheet, int col, int f
 // in the locale given (the default one, read once per sheet rather than once per cell).
 QString cellText(const ExcelBook &book, const ExcelSheet &sheet, int row, int col, int precision,
                  const QLocale &locale);
+
+// The sheets of a book that hold data, for choosing among them.
+struct SheetListing
+{
+    QStringList names;
+    // "%1 (%2 cols x %3 rows)" for each name.
+    QStringList labels;
+    // Why nothing could be listed; empty when the book was read.
+    QString error;
+};
+SheetListing listSheets(const QString &path, int fileType);
+
+// What to say when a readable book has no sheet with data.
+QString noSheetsMessage();
 
 } // namespace ExcelReader

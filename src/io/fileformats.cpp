@@ -38,7 +38,7 @@ const FileFormat Formats[] = {
     {FileTypeXls, "Excel XLS", "Excel spreadsheet (Excel 2003 and earlier)",
      "xls", "xls", "xls", true, true,
      true, false, true, false, false, true, false, true,
-     nullptr, nullptr, nullptr},
+     nullptr, ExcelReader::read, nullptr},
     {FileTypeFixedWidth, "Fixed width", "Text file with columns of fixed width",
      "txt", "txt", "", true, false,
      true, true, true, false, false, false, false, false,

@@ -107,9 +107,6 @@ void TestInputReader::formatsNotBuiltYet_data()
     QTest::newRow("json, no encoding option")
         << "a.json" << int(FileTypeJson) << QStringList {"Reading JSON files is not available yet."}
         << QStringList() << true;
-    QTest::newRow("xls, not opened, extension not checked")
-        << "a.csv" << int(FileTypeXls)
-        << QStringList {"Reading Excel XLS files is not available yet."} << QStringList() << false;
     QTest::newRow("vcard with a csv extension")
         << "b.csv" << int(FileTypeVCard)
         << QStringList {"Reading vCard files is not available yet.",

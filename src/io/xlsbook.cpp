@@ -1,0 +1,6 @@
+#include "io/xlsbook.h"
+
+std::unique_ptr<ExcelBook> createXlsBook()
+{
+    return nullptr;
+}
