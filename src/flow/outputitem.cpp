@@ -493,6 +493,11 @@ OutputFileOptions OutputItem::fileOptions() const
     options.writeHeader = m_writeHeader;
     options.writeHeaderFirstAppendOnly = m_writeHeaderFirstAppendOnly;
     options.htmlEncode = m_htmlEncode;
+    options.overwriteSheetOnly = m_overwriteSheet == OverwriteSheetOnly;
+    options.excelFormatting = m_excelOutput;
+    options.excelColumnFormats = m_excelManualColFormats;
+    options.excelUseStyleTemplate = m_excelUseStyleTemplate;
+    options.excelStyleTemplatePath = m_excelStyleTemplatePath;
     return options;
 }
 

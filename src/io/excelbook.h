@@ -167,6 +167,10 @@ bool unpack(double serial, bool uses1904, ExcelDateTime *date);
 bool isDateFormat(int numberFormat, const QString &code);
 } // namespace ExcelDates
 
+namespace ExcelSheetNames {
+constexpr int MaxLength = 31;
+} // namespace ExcelSheetNames
+
 namespace ExcelCells {
 // "B3" -> row 2, column 1; false for anything else, or beyond the limits of xlsx.
 bool parseReference(QStringView reference, int *row, int *col);

@@ -64,6 +64,10 @@ namespace ExcelWriter {
 bool write(const QString &path, const Dataset &dataset, const ExcelWriteOptions &options,
            WriteReport &report, const WriteProgress &progress);
 
+// The warning for a dataset (rows counting the header) beyond the sheets of the type; empty
+// when it fits.
+QString sizeWarning(int fileType, int rows, int columns);
+
 // Copies column widths, row heights, hidden states, merges and cell formats from one sheet to
 // another (no content); false with the reason in *error.
 bool copyStyle(const QString &templatePath, const QString &templateSheet, const QString &path,

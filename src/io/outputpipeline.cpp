@@ -211,8 +211,10 @@ bool writeMultipleFiles(const Dataset &dataset, const OutputRunOptions &options,
                 progress(start + fraction * span);
         };
         bool written = false;
+        OutputFileOptions targetOptions = fileOptions;
+        targetOptions.sheet = it.key().second;
         if (!writeTarget(it.key().first, targetDataset(dataset, column, header, it.value()),
-                         fileOptions, result, partProgress, &written))
+                         targetOptions, result, partProgress, &written))
             ok = false;
         if (written) {
             ++writtenCount;
@@ -247,6 +249,7 @@ OutputRunResult writeOutput(const Dataset &dataset, const OutputRunOptions &opti
     }
     OutputFileOptions fileOptions = file;
     fileOptions.comment = variables.expand(options.fileComment);
+    fileOptions.excelStyleTemplatePath = variables.expand(file.excelStyleTemplatePath);
     if (options.multipleFiles) {
         result.ok = writeMultipleFiles(dataset, options, fileOptions, variables, progress, confirm,
                                        result);
@@ -257,6 +260,7 @@ OutputRunResult writeOutput(const Dataset &dataset, const OutputRunOptions &opti
     variables.expand(result.expandedPath, result.expandedSheet);
     result.targetExpanded = true;
     bool written = false;
+    fileOptions.sheet = result.expandedSheet;
     result.ok = writeTarget(result.expandedPath, dataset, fileOptions, result, progress, &written);
     return result;
 }

@@ -1,5 +1,8 @@
 #include "io/outputwriters.h"
 
+#include "io/excelwriter.h"
+#include "io/pathvariables.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -150,10 +153,77 @@ bool headerWanted(const OutputFileOptions &options, bool exists, qint64 size)
     return !exists || size <= 3;
 }
 
+namespace {
+
+void warnOfExtension(const QString &path, const OutputFileOptions &options, WriteReport &report)
+{
+    const int extensionType = FileExtensionRules::typeFor(options.extensionTypes,
+                                                          QFileInfo(path).suffix(), FileTypeNone);
+    if (extensionType != FileTypeNone && extensionType != options.fileType) {
+        report.warnings.append(QStringLiteral("'%1' extension is '%2' but file type is %3.")
+                                   .arg(QDir::toNativeSeparators(path), QFileInfo(path).suffix(),
+                                        fileTypeName(options.fileType)));
+    }
+}
+
+void applyStyleTemplate(const QString &path, const OutputFileOptions &options, WriteReport &report)
+{
+    QString templatePath;
+    QString templateSheet;
+    PathVariables::splitSheet(options.excelStyleTemplatePath, templatePath, templateSheet);
+    if (QFileInfo(templatePath).isRelative()) {
+        report.warnings.append(QStringLiteral("Relative file path for '%1', but .tabulon not "
+                                              "saved for it to be relative to.")
+                                   .arg(QDir::toNativeSeparators(templatePath)));
+        return;
+    }
+    QString error;
+    const QString shown
+        = QStringLiteral("%1[%2]").arg(QDir::toNativeSeparators(templatePath), templateSheet);
+    if (ExcelWriter::copyStyle(templatePath, templateSheet, path, options.sheet, options.fileType,
+                               &error))
+        report.info.append(QStringLiteral("Copied styling from '%1'.").arg(shown));
+    else
+        report.warnings.append(
+            QStringLiteral("Unable to copy styling from '%1.\n%2").arg(shown, error));
+}
+
+bool writeExcelFile(const QString &path, const Dataset &dataset, const OutputFileOptions &options,
+                    WriteReport &report, const WriteProgress &progress)
+{
+    ExcelWriteOptions excel;
+    excel.fileType = options.fileType;
+    excel.sheet = options.sheet;
+    excel.append = options.writeMode == WriteAppend;
+    excel.keepExisting = excel.append || options.overwriteSheetOnly;
+    excel.writeHeader = options.writeHeader;
+    excel.writeHeaderOnlyIfEmpty = options.writeHeaderFirstAppendOnly;
+    excel.formatting = options.excelFormatting;
+    excel.manualFormats = options.excelColumnFormats;
+    if (!ExcelWriter::write(path, dataset, excel, report, progress))
+        return false;
+    report.written = true;
+    if (options.excelUseStyleTemplate && !options.excelStyleTemplatePath.isEmpty())
+        applyStyleTemplate(path, options, report);
+    warnOfExtension(path, options, report);
+    return true;
+}
+
+} // namespace
+
 bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFileOptions &options,
                      WriteReport &report, const WriteProgress &progress)
 {
     const QString nativePath = QDir::toNativeSeparators(path);
+    const FileFormat *format = FileFormats::find(options.fileType);
+    if (format && format->sheets && options.writeMode != WriteDisabled) {
+        if (options.writeMode == WriteNew && QFileInfo::exists(path)) {
+            report.warnings.append(QStringLiteral("Write mode='%1' and '%2' already exists")
+                                       .arg(writeModeName(WriteNew), nativePath));
+            return true;
+        }
+        return writeExcelFile(path, dataset, options, report, progress);
+    }
     const TextWriter writer = textWriterFor(options.fileType);
     if (!writer) {
         report.warnings.append(writerUnavailableMessage(options.fileType));
@@ -211,13 +281,6 @@ bool writeOutputFile(const QString &path, const Dataset &dataset, const OutputFi
     if (!ok)
         return false;
     report.written = true;
-
-    const int extensionType = FileExtensionRules::typeFor(options.extensionTypes,
-                                                          QFileInfo(path).suffix(), FileTypeNone);
-    if (extensionType != FileTypeNone && extensionType != options.fileType) {
-        report.warnings.append(
-            QStringLiteral("'%1' extension is '%2' but file type is %3.")
-                .arg(nativePath, QFileInfo(path).suffix(), fileTypeName(options.fileType)));
-    }
+    warnOfExtension(path, options, report);
     return true;
 }

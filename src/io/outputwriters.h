@@ -155,6 +155,16 @@ struct OutputFileOptions
     // The `output_file_extensions` map in force, for the warning about an extension that
     // stands for another type; empty for no such check.
     QMap<QString, int> extensionTypes;
+
+    // Excel books: the sheet (variables replaced), whether Overwrite replaces only that sheet,
+    // the `excel_output` mode with the manual formats by column, and the style template
+    // (variables replaced, with an optional "[sheet]" part).
+    QString sheet;
+    bool overwriteSheetOnly = true;
+    int excelFormatting = 0;
+    QList<int> excelColumnFormats;
+    bool excelUseStyleTemplate = false;
+    QString excelStyleTemplatePath;
 };
 
 // Byte-order mark and header of one write, given the state of the target before it is

@@ -61,6 +61,10 @@ bool XlsxBook::load(const QString &path)
     m_formats = {ExcelFormat()};
     m_uses1904 = false;
     m_path = path;
+    m_workbookPart.clear();
+    m_stylesPart.clear();
+    m_loadedFontCount = 0;
+    m_maxNumberFormatId = 163;
 
     QuaZip zip(path);
     if (!zip.open(QuaZip::mdUnzip)) {
@@ -83,6 +87,9 @@ bool XlsxBook::load(const QString &path)
     }
     if (!readWorkbook(zip, workbookPart))
         return false;
+    m_workbookPart = workbookPart;
+    m_loadedFormatCount = m_formats.size();
+    m_loadedSheetCount = sheetCount();
     return true;
 }
 
@@ -156,8 +163,9 @@ bool XlsxBook::readStyles(QuaZip &zip, const QString &part)
                 const auto name = reader.name();
                 const QXmlStreamAttributes attributes = reader.attributes();
                 if (name == QLatin1String("numFmt")) {
-                    codes.insert(attributes.value(QLatin1String("numFmtId")).toInt(),
-                                 attributes.value(QLatin1String("formatCode")).toString());
+                    const int id = attributes.value(QLatin1String("numFmtId")).toInt();
+                    codes.insert(id, attributes.value(QLatin1String("formatCode")).toString());
+                    m_maxNumberFormatId = std::max(m_maxNumberFormatId, id);
                 } else if (name == QLatin1String("fonts")) {
                     inFonts = true;
                 } else if (inFonts && name == QLatin1String("font")) {
@@ -186,6 +194,8 @@ bool XlsxBook::readStyles(QuaZip &zip, const QString &part)
     }
     if (m_formats.isEmpty())
         m_formats.append(ExcelFormat());
+    m_stylesPart = part;
+    m_loadedFontCount = fontBold.size();
     m_dateStyles.resize(m_formats.size());
     for (int i = 0; i < m_formats.size(); ++i) {
         const ExcelFormat &format = m_formats.at(i);
@@ -242,7 +252,9 @@ ExcelSheet *XlsxBook::addSheet(const QString &name)
 
 int XlsxBook::addFormat(const ExcelFormat &format)
 {
-    const int found = m_formats.indexOf(format);
+    // A loaded format may have fills and borders that ExcelFormat doesn't describe, so only
+    // the formats added since are shared.
+    const int found = m_formats.indexOf(format, m_loadedFormatCount);
     if (found >= 0)
         return found;
     m_formats.append(format);
@@ -306,6 +318,8 @@ void XlsxSheet::setFormula(int row, int col, const QString &formula)
 void XlsxSheet::finishLoading()
 {
     m_loaded = true;
+    m_changed = false;
+    m_columnsChanged = false;
     index();
 }
 
@@ -440,6 +454,7 @@ void XlsxSheet::write(XlsxCell cell, int row, int col, int format)
     cell.col = col;
     cell.style = format;
     m_loaded = true;
+    m_changed = true;
     appendCell(cell);
 }
 
@@ -486,6 +501,7 @@ void XlsxSheet::clear()
     m_texts.clear();
     m_formulas.clear();
     m_links.clear();
+    m_changed = true;
     m_firstCol = m_lastCol = m_firstRow = m_lastRow = 0;
     m_hasValues = false;
     m_sorted = true;
@@ -495,10 +511,13 @@ void XlsxSheet::clear()
 void XlsxSheet::setCol(int col, double width, bool hidden)
 {
     m_columns.prepend({col, col, width, hidden});
+    m_changed = true;
+    m_columnsChanged = true;
 }
 
 void XlsxSheet::setRow(int row, double height, bool hidden)
 {
+    m_changed = true;
     if (height >= 0)
         m_rowHeights.insert(row, height);
     if (hidden)
@@ -512,6 +531,7 @@ void XlsxSheet::setCellFormat(int row, int col, int format)
     const XlsxCell *cell = find(row, col);
     if (cell) {
         const_cast<XlsxCell *>(cell)->style = format;
+        m_changed = true;
         return;
     }
     XlsxCell blank {};

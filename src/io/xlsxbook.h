@@ -35,6 +35,10 @@ public:
 
     QString name() const override { return m_name; }
     QString partName() const { return m_partName; }
+    void setPartName(const QString &part) { m_partName = part; }
+    // Whether anything was written since the sheet was read, and whether its columns were.
+    bool isChanged() const { return m_changed; }
+    bool columnsChanged() const { return m_columnsChanged; }
     int firstRow() const override;
     int lastRow() const override;
     int firstCol() const override;
@@ -59,11 +63,19 @@ public:
     void writeBool(int row, int col, bool value, int format = 0) override;
     void writeFormula(int row, int col, const QString &formula, int format = 0) override;
     void clear() override;
-    void addHyperlink(const ExcelHyperlink &link) override { m_links.append(link); }
+    void addHyperlink(const ExcelHyperlink &link) override
+    {
+        m_links.append(link);
+        m_changed = true;
+    }
     void setCol(int col, double width, bool hidden) override;
     void setRow(int row, double height, bool hidden) override;
     void setCellFormat(int row, int col, int format) override;
-    void setMerge(const ExcelRange &range) override { m_merges.append(range); }
+    void setMerge(const ExcelRange &range) override
+    {
+        m_merges.append(range);
+        m_changed = true;
+    }
 
     // Reading fills the sheet through these.
     void appendCell(const XlsxCell &cell);
@@ -79,9 +91,12 @@ public:
     // Writing the sheet part: the <cols> element, the rows of <sheetData> (calling flush
     // between rows so the caller can empty the buffer), and what follows the rows; links to
     // outside the book add their relationships.
+    QByteArray dimensionXml() const;
     QByteArray columnsXml() const;
     void appendRowsXml(QByteArray &out, const std::function<void()> &flush) const;
-    QByteArray tailXml(QByteArray *linkRelationships) const;
+    QByteArray mergesXml() const;
+    // Relationship ids of links are idPrefix and a number.
+    QByteArray hyperlinksXml(QByteArray *linkRelationships, const QByteArray &idPrefix) const;
     static QByteArray rangeText(const ExcelRange &range);
 
 private:
@@ -94,6 +109,7 @@ private:
     };
 
     const XlsxCell *find(int row, int col) const;
+    void appendFormulaCell(QByteArray &out, const XlsxCell &cell, const QString &formula) const;
     void write(XlsxCell cell, int row, int col, int format);
     void index() const;
 
@@ -101,6 +117,8 @@ private:
     QString m_name;
     QString m_partName;
     bool m_loaded = false;
+    bool m_changed = false;
+    bool m_columnsChanged = false;
     std::vector<XlsxCell> m_cells;
     QStringList m_texts;
     QHash<QPair<int, int>, QString> m_formulas;
@@ -149,7 +167,11 @@ public:
     static constexpr qint64 MaxCells = qint64(200) * 1000 * 1000;
 
 private:
+    friend class XlsxBookUpdate;
+
     bool loadSheet(XlsxSheet *sheet);
+    // Saving a book that was loaded: the parts it changed are rewritten, the others copied.
+    bool saveChanges(const QString &path);
     bool writeSheet(QuaZip &zip, const XlsxSheet &sheet, int number);
     QByteArray workbookXml() const;
     QByteArray stylesXml() const;
@@ -158,6 +180,14 @@ private:
     bool readSharedStrings(QuaZip &zip, const QString &part);
 
     QString m_path;
+    // What the loaded package holds, for changing it: the parts of the workbook and the
+    // styles, how many formats, fonts and sheets it had, and its highest number format id.
+    QString m_workbookPart;
+    QString m_stylesPart;
+    int m_loadedFormatCount = 0;
+    int m_loadedFontCount = 0;
+    int m_loadedSheetCount = 0;
+    int m_maxNumberFormatId = 163;
     bool m_uses1904 = false;
     std::vector<std::unique_ptr<XlsxSheet>> m_sheets;
     QStringList m_sharedStrings;

@@ -3,134 +3,19 @@
 // hundreds of megabytes of markup, and a general XML writer costs several times as much.
 
 #include "io/xlsxbook.h"
+#include "io/xlsxparts.h"
 
 #include <QFileInfo>
 #include <QSaveFile>
 
 #include <quazip/quazip.h>
-#include <quazip/quazipfile.h>
-#include <quazip/quazipnewinfo.h>
 
 #include <algorithm>
 #include <limits>
 
+using namespace XlsxParts;
+
 namespace {
-
-constexpr int FlushBytes = 1 << 20;
-// Deflate level 1: sheet XML is very repetitive, so it still shrinks about tenfold, at a
-// fraction of the default level's time.
-constexpr int CompressionLevel = 1;
-
-const char *const MainNamespace = "http://schemas.openxmlformats.org/spreadsheetml/2006/main";
-const char *const RelationshipNamespace
-    = "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
-const char *const PackageRelationships
-    = "http://schemas.openxmlformats.org/package/2006/relationships";
-
-// Text for an XML element or attribute. Characters XML can't hold are written as the
-// "_xHHHH_" escapes of Office Open XML, and an underscore that would read as the start of one
-// is escaped itself.
-void appendEscaped(QByteArray &out, const QString &text)
-{
-    const int size = text.size();
-    const QChar *data = text.constData();
-    int plainStart = 0;
-    auto flushPlain = [&](int end) {
-        if (end > plainStart)
-            out.append(QStringView(data + plainStart, end - plainStart).toUtf8());
-    };
-    for (int i = 0; i < size; ++i) {
-        const ushort c = data[i].unicode();
-        const char *entity = nullptr;
-        QByteArray escape;
-        switch (c) {
-        case '&':
-            entity = "&amp;";
-            break;
-        case '<':
-            entity = "&lt;";
-            break;
-        case '>':
-            entity = "&gt;";
-            break;
-        case '"':
-            entity = "&quot;";
-            break;
-        case '_':
-            if (i + 6 < size && data[i + 1] == QLatin1Char('x') && data[i + 6] == QLatin1Char('_'))
-                entity = "_x005F_";
-            break;
-        case '\t':
-        case '\n':
-        case '\r':
-            break;
-        default:
-            if (c < 0x20 || c == 0xFFFE || c == 0xFFFF)
-                escape = QByteArray("_x")
-                    + QByteArray::number(c, 16).rightJustified(4, '0').toUpper() + '_';
-            break;
-        }
-        if (!entity && escape.isEmpty())
-            continue;
-        flushPlain(i);
-        if (entity)
-            out.append(entity);
-        else
-            out.append(escape);
-        plainStart = i + 1;
-    }
-    flushPlain(size);
-}
-
-class PartWriter
-{
-public:
-    PartWriter(QuaZip &zip, const QString &name)
-        : m_file(&zip)
-    {
-        QuaZipNewInfo info(name);
-        info.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner
-                            | QFileDevice::ReadGroup | QFileDevice::ReadOther);
-        m_ok = m_file.open(QIODevice::WriteOnly, info, nullptr, 0, Z_DEFLATED, CompressionLevel);
-        m_buffer.reserve(FlushBytes + 4096);
-    }
-    ~PartWriter() { close(); }
-
-    QByteArray &buffer() { return m_buffer; }
-    void maybeFlush()
-    {
-        if (m_buffer.size() >= FlushBytes)
-            flush();
-    }
-    bool close()
-    {
-        if (!m_file.isOpen())
-            return m_ok;
-        flush();
-        m_file.close();
-        m_ok = m_ok && m_file.getZipError() == ZIP_OK;
-        return m_ok;
-    }
-
-private:
-    void flush()
-    {
-        if (m_ok && !m_buffer.isEmpty())
-            m_ok = m_file.write(m_buffer) == m_buffer.size();
-        m_buffer.clear();
-    }
-
-    QuaZipFile m_file;
-    QByteArray m_buffer;
-    bool m_ok = false;
-};
-
-bool writeWhole(QuaZip &zip, const QString &name, const QByteArray &content)
-{
-    PartWriter part(zip, name);
-    part.buffer() = content;
-    return part.close();
-}
 
 QByteArray contentTypes(int sheetCount)
 {
@@ -151,37 +36,6 @@ QByteArray contentTypes(int sheetCount)
     return out + "</Types>";
 }
 
-QByteArray relationship(const QByteArray &id, const QByteArray &type, const QString &target,
-                        bool external = false)
-{
-    QByteArray out = "<Relationship Id=\"" + id + "\" Type=\"" + RelationshipNamespace + '/' + type
-        + "\" Target=\"";
-    appendEscaped(out, target);
-    out += '"';
-    if (external)
-        out += " TargetMode=\"External\"";
-    return out + "/>";
-}
-
-// "B3" without going through QString: written once per cell.
-void appendReference(QByteArray &out, int row, int col)
-{
-    char letters[4];
-    int count = 0;
-    for (int n = col + 1; n > 0; n = (n - 1) / 26)
-        letters[count++] = char('A' + (n - 1) % 26);
-    while (count > 0)
-        out += letters[--count];
-    out += QByteArray::number(row + 1);
-}
-
-QByteArray relationships(const QByteArray &body)
-{
-    return QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
-                      "<Relationships xmlns=\"")
-        + PackageRelationships + "\">" + body + "</Relationships>";
-}
-
 } // namespace
 
 QByteArray XlsxBook::workbookXml() const
@@ -198,7 +52,8 @@ QByteArray XlsxBook::workbookXml() const
         out += "\" sheetId=\"" + QByteArray::number(qulonglong(i + 1)) + "\" r:id=\"rId"
             + QByteArray::number(qulonglong(i + 1)) + "\"/>";
     }
-    return out + "</sheets></workbook>";
+    // Formulas are written without their values: have them computed on opening.
+    return out + "</sheets><calcPr fullCalcOnLoad=\"1\"/></workbook>";
 }
 
 QByteArray XlsxBook::stylesXml() const
@@ -258,10 +113,8 @@ QByteArray XlsxBook::stylesXml() const
 
 bool XlsxBook::save(const QString &path)
 {
-    if (!m_path.isEmpty()) {
-        setError(QStringLiteral("Changing an existing workbook is not supported yet."));
-        return false;
-    }
+    if (!m_path.isEmpty())
+        return saveChanges(path);
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         setError(file.errorString());
@@ -319,16 +172,14 @@ bool XlsxBook::writeSheet(QuaZip &zip, const XlsxSheet &sheet, int number)
     out = QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?>\n"
                      "<worksheet xmlns=\"")
         + MainNamespace + "\" xmlns:r=\"" + RelationshipNamespace + "\">";
-    if (sheet.lastRow() > sheet.firstRow())
-        out += "<dimension ref=\""
-            + ExcelCells::reference(sheet.firstRow(), sheet.firstCol()).toLatin1() + ':'
-            + ExcelCells::reference(sheet.lastRow() - 1, sheet.lastCol() - 1).toLatin1() + "\"/>";
+    out += sheet.dimensionXml();
     out += sheet.columnsXml();
     out += "<sheetData>";
     sheet.appendRowsXml(writer.buffer(), [&] { writer.maybeFlush(); });
     out += "</sheetData>";
     QByteArray links;
-    out += sheet.tailXml(&links);
+    out += sheet.mergesXml();
+    out += sheet.hyperlinksXml(&links, "rId");
     out += "</worksheet>";
     if (!writer.close())
         return false;
@@ -413,9 +264,7 @@ void XlsxSheet::appendRowsXml(QByteArray &out, const std::function<void()> &flus
             out += " s=\"" + QByteArray::number(cell.style) + '"';
         const QString formula = m_formulas.isEmpty() ? QString() : formulaOf(cell.row, cell.col);
         if (!formula.isEmpty()) {
-            out += "><f>";
-            appendEscaped(out, formula);
-            out += "</f></c>";
+            appendFormulaCell(out, cell, formula);
             continue;
         }
         switch (cell.type) {
@@ -448,34 +297,81 @@ void XlsxSheet::appendRowsXml(QByteArray &out, const std::function<void()> &flus
     emptyRowsUpTo(std::numeric_limits<int>::max());
 }
 
-QByteArray XlsxSheet::tailXml(QByteArray *linkRelationships) const
+// A formula with the value it had when the book was read, so that a reader that doesn't
+// compute still sees it; a formula written here has none yet.
+void XlsxSheet::appendFormulaCell(QByteArray &out, const XlsxCell &cell,
+                                  const QString &formula) const
 {
-    QByteArray out;
-    if (!m_merges.isEmpty()) {
-        out += "<mergeCells count=\"" + QByteArray::number(m_merges.size()) + "\">";
-        for (const ExcelRange &range : m_merges)
-            out += "<mergeCell ref=\"" + rangeText(range) + "\"/>";
-        out += "</mergeCells>";
+    const QString text = cell.type == ExcelCellType::String || cell.type == ExcelCellType::Error
+        ? (cell.ownText ? m_texts.value(cell.text) : m_book->sharedStrings().value(cell.text))
+        : QString();
+    switch (cell.type) {
+    case ExcelCellType::String:
+        out += text.isEmpty() ? ">" : " t=\"str\">";
+        break;
+    case ExcelCellType::Boolean:
+        out += " t=\"b\">";
+        break;
+    case ExcelCellType::Error:
+        out += " t=\"e\">";
+        break;
+    default:
+        out += '>';
+        break;
     }
-    if (!m_links.isEmpty()) {
-        out += "<hyperlinks>";
-        int id = 0;
-        for (const ExcelHyperlink &link : m_links) {
-            out += "<hyperlink ref=\"" + rangeText(link.range) + '"';
-            if (link.target.startsWith(QLatin1Char('#'))) {
-                out += " location=\"";
-                appendEscaped(out, link.target.mid(1));
-                out += '"';
-            } else {
-                const QByteArray rid = "rId" + QByteArray::number(++id);
-                *linkRelationships += relationship(rid, "hyperlink", link.target, true);
-                out += " r:id=\"" + rid + '"';
-            }
-            out += "/>";
+    out += "<f>";
+    appendEscaped(out, formula);
+    out += "</f>";
+    if (cell.type == ExcelCellType::Number) {
+        out += "<v>" + QByteArray::number(cell.number, 'g', 17) + "</v>";
+    } else if (cell.type == ExcelCellType::Boolean) {
+        out += cell.boolean ? "<v>1</v>" : "<v>0</v>";
+    } else if (!text.isEmpty()) {
+        out += "<v>";
+        appendEscaped(out, text);
+        out += "</v>";
+    }
+    out += "</c>";
+}
+
+QByteArray XlsxSheet::mergesXml() const
+{
+    if (m_merges.isEmpty())
+        return QByteArray();
+    QByteArray out = "<mergeCells count=\"" + QByteArray::number(m_merges.size()) + "\">";
+    for (const ExcelRange &range : m_merges)
+        out += "<mergeCell ref=\"" + rangeText(range) + "\"/>";
+    return out + "</mergeCells>";
+}
+
+QByteArray XlsxSheet::hyperlinksXml(QByteArray *linkRelationships, const QByteArray &idPrefix) const
+{
+    if (m_links.isEmpty())
+        return QByteArray();
+    QByteArray out = "<hyperlinks>";
+    int id = 0;
+    for (const ExcelHyperlink &link : m_links) {
+        out += "<hyperlink ref=\"" + rangeText(link.range) + '"';
+        if (link.target.startsWith(QLatin1Char('#'))) {
+            out += " location=\"";
+            appendEscaped(out, link.target.mid(1));
+            out += '"';
+        } else {
+            const QByteArray rid = idPrefix + QByteArray::number(++id);
+            *linkRelationships += relationship(rid, "hyperlink", link.target, true);
+            out += " r:id=\"" + rid + '"';
         }
-        out += "</hyperlinks>";
+        out += "/>";
     }
-    return out;
+    return out + "</hyperlinks>";
+}
+
+QByteArray XlsxSheet::dimensionXml() const
+{
+    if (lastRow() <= firstRow())
+        return QByteArray();
+    return "<dimension ref=\"" + rangeText({firstRow(), lastRow() - 1, firstCol(), lastCol() - 1})
+        + "\"/>";
 }
 
 QByteArray XlsxSheet::rangeText(const ExcelRange &range)

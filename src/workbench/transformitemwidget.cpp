@@ -52,6 +52,8 @@ OutputFileOptions exportOptions(const QString &path)
         options.quoting = OutputQuotingNever;
     }
     options.comment.clear();
+    // The user agreed to replace the file: no sheet of an old workbook is kept.
+    options.overwriteSheetOnly = false;
     return options;
 }
 
