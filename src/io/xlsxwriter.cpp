@@ -348,7 +348,9 @@ QByteArray XlsxSheet::hyperlinksXml(QByteArray *linkRelationships, const QByteAr
 {
     if (m_links.isEmpty())
         return QByteArray();
-    QByteArray out = "<hyperlinks>";
+    // The prefix is declared here as well: the root of a sheet written by another program
+    // need not declare it.
+    QByteArray out = QByteArray("<hyperlinks xmlns:r=\"") + RelationshipNamespace + "\">";
     int id = 0;
     for (const ExcelHyperlink &link : m_links) {
         out += "<hyperlink ref=\"" + rangeText(link.range) + '"';

@@ -52,7 +52,7 @@ private slots:
     void blockedExtension();
     void newModeKeepsAnExistingFile();
     void appendWritesTheHeaderOnce();
-    void typeWithoutWriterFails();
+    void excelOutputSaysNothingOfLineEndings();
     void fileCommentVariables();
     void pathVariablesComeFromInputs();
     void multipleFiles();
@@ -207,17 +207,18 @@ void TestOutputItem::appendWritesTheHeaderOnce()
     QCOMPARE(output->info(), QStringList());
 }
 
-void TestOutputItem::typeWithoutWriterFails()
+void TestOutputItem::excelOutputSaysNothingOfLineEndings()
 {
     const QString path = pathOf("book.xlsx");
     OutputItem *output = addOutput("a\n1\n", path);
     QCOMPARE(output->fileType(), int(FileTypeXlsx));
     m_model->process(FlowModel::RunAll);
-    QCOMPARE(output->status(), int(FlowItem::Error));
-    QCOMPARE(output->warnings(), QStringList {"Writing Excel XLSX files is not available yet."});
-    // Excel files have no line endings to tell about.
-    QCOMPARE(output->info(), QStringList());
-    QVERIFY(!QFile::exists(path));
+    QCOMPARE(output->status(), int(FlowItem::UpToDate));
+    QCOMPARE(output->warnings(), QStringList());
+    QCOMPARE(output->info(),
+             QStringList({"Formatting=Automatic sets Excel column formats as:", "a: Number",
+                          "Set 'Formatting' option to change.\n"}));
+    QVERIFY(QFile::exists(path));
 }
 
 void TestOutputItem::fileCommentVariables()

@@ -312,8 +312,6 @@ void TestOutputWriters::unavailableTypes_data()
 {
     QTest::addColumn<int>("fileType");
     QTest::addColumn<QString>("name");
-    QTest::newRow("xlsx") << 1 << "Excel XLSX";
-    QTest::newRow("xls") << 2 << "Excel XLS";
     QTest::newRow("json") << 4 << "JSON";
     QTest::newRow("xml") << 5 << "XML";
     QTest::newRow("vcard") << 6 << "vCard";
