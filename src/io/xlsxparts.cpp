@@ -248,50 +248,154 @@ void appendStartTag(QByteArray &out, const QXmlStreamReader &reader, const QStri
     out += '>';
 }
 
+namespace {
+
+// Copies the reader's tokens from the root element on, as the hooks say.
+void echoReader(QXmlStreamReader &reader, PartWriter &to, const EchoHooks &hooks)
+{
+    QByteArray &out = to.buffer();
+    out += XmlDeclaration;
+    for (QXmlStreamReader::TokenType token = reader.tokenType(); !reader.atEnd();
+         token = reader.readNext()) {
+        switch (token) {
+        case QXmlStreamReader::StartElement: {
+            const EchoAction action = hooks.start ? hooks.start(reader, out) : EchoAction::Copy;
+            if (action == EchoAction::Copy)
+                appendStartTag(out, reader);
+            else if (action == EchoAction::Skip)
+                reader.skipCurrentElement();
+            break;
+        }
+        case QXmlStreamReader::EndElement:
+            if (hooks.end)
+                hooks.end(reader, out);
+            out += "</" + reader.qualifiedName().toUtf8() + '>';
+            break;
+        case QXmlStreamReader::Characters:
+            appendXmlText(out, reader.text(), false);
+            break;
+        case QXmlStreamReader::Comment:
+            out += "<!--" + reader.text().toUtf8() + "-->";
+            break;
+        case QXmlStreamReader::ProcessingInstruction:
+            out += "<?" + reader.processingInstructionTarget().toUtf8() + ' '
+                + reader.processingInstructionData().toUtf8() + "?>";
+            break;
+        default:
+            break;
+        }
+        to.maybeFlush();
+    }
+}
+
+// The part's bytes with the content of its <sheetData> left out, read a chunk at a time:
+// the rows are most of a sheet, and they are written anew anyway.
+bool readWithoutRows(QuaZip &zip, const QString &part, QByteArray *xml, QString *error)
+{
+    if (!zip.setCurrentFile(part, QuaZip::csInsensitive)) {
+        *error = QStringLiteral("Part '%1' is missing.").arg(part);
+        return false;
+    }
+    QuaZipFile file(&zip);
+    if (!file.open(QIODevice::ReadOnly)) {
+        *error = QStringLiteral("Part '%1' can't be unpacked.").arg(part);
+        return false;
+    }
+    QByteArray pending;
+    QByteArray closing; // the end tag being looked for, once inside the rows
+    bool done = false;
+    while (true) {
+        const QByteArray chunk = file.read(1 << 20);
+        if (chunk.isEmpty())
+            break;
+        pending += chunk;
+        if (done) {
+            *xml += pending;
+            pending.clear();
+            continue;
+        }
+        if (closing.isEmpty()) {
+            int at = pending.indexOf("sheetData");
+            while (at > 0 && pending.at(at - 1) != '<' && pending.at(at - 1) != ':')
+                at = pending.indexOf("sheetData", at + 1);
+            const int open = at < 0 ? -1 : pending.lastIndexOf('<', at);
+            const int tagEnd = open < 0 ? -1 : pending.indexOf('>', at);
+            if (tagEnd < 0) {
+                // Keep a tail that may hold the start of the tag.
+                const int keep = std::min(pending.size(), 64);
+                *xml += pending.left(pending.size() - keep);
+                pending = pending.right(keep);
+                continue;
+            }
+            const QByteArray name = pending.mid(open + 1, at + 9 - open - 1);
+            *xml += pending.left(open) + '<' + name + "/>";
+            if (pending.at(tagEnd - 1) == '/') {
+                pending = pending.mid(tagEnd + 1);
+                done = true;
+                *xml += pending;
+                pending.clear();
+                continue;
+            }
+            closing = "</" + name + '>';
+            pending = pending.mid(tagEnd + 1);
+        }
+        const int end = pending.indexOf(closing);
+        if (end < 0) {
+            pending = pending.right(closing.size());
+            continue;
+        }
+        *xml += pending.mid(end + closing.size());
+        pending.clear();
+        done = true;
+    }
+    if (!done)
+        *xml += pending;
+    file.close();
+    if (file.getZipError() != UNZ_OK || (!done && !closing.isEmpty())) {
+        *error = QStringLiteral("Part '%1' is damaged.").arg(part);
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
 bool echoPart(QuaZip &from, const QString &part, PartWriter &to, const EchoHooks &hooks,
               QString *error)
 {
-    QByteArray &out = to.buffer();
     return XlsxPackage::readPart(
         from, part,
         [&](QXmlStreamReader &reader, QString *) {
-            // The reader stands on the root element, the declaration already behind it.
-            out += XmlDeclaration;
-            for (QXmlStreamReader::TokenType token = reader.tokenType(); !reader.atEnd();
-                 token = reader.readNext()) {
-                switch (token) {
-                case QXmlStreamReader::StartElement: {
-                    const EchoAction action
-                        = hooks.start ? hooks.start(reader, out) : EchoAction::Copy;
-                    if (action == EchoAction::Copy)
-                        appendStartTag(out, reader);
-                    else if (action == EchoAction::Skip)
-                        reader.skipCurrentElement();
-                    break;
-                }
-                case QXmlStreamReader::EndElement:
-                    if (hooks.end)
-                        hooks.end(reader, out);
-                    out += "</" + reader.qualifiedName().toUtf8() + '>';
-                    break;
-                case QXmlStreamReader::Characters:
-                    appendXmlText(out, reader.text(), false);
-                    break;
-                case QXmlStreamReader::Comment:
-                    out += "<!--" + reader.text().toUtf8() + "-->";
-                    break;
-                case QXmlStreamReader::ProcessingInstruction:
-                    out += "<?" + reader.processingInstructionTarget().toUtf8() + ' '
-                        + reader.processingInstructionData().toUtf8() + "?>";
-                    break;
-                default:
-                    break;
-                }
-                to.maybeFlush();
-            }
+            echoReader(reader, to, hooks);
             return true;
         },
         error);
+}
+
+bool echoSheetPart(QuaZip &from, const QString &part, PartWriter &to, const EchoHooks &hooks,
+                   QString *error)
+{
+    QByteArray xml;
+    if (!readWithoutRows(from, part, &xml, error))
+        return false;
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::DTD) {
+            *error
+                = QStringLiteral("Part '%1' declares a DTD, which workbooks never do.").arg(part);
+            return false;
+        }
+        if (token == QXmlStreamReader::StartElement)
+            break;
+    }
+    echoReader(reader, to, hooks);
+    if (reader.hasError()) {
+        *error = QStringLiteral("Part '%1' is not well-formed XML: %2")
+                     .arg(part, reader.errorString());
+        return false;
+    }
+    return true;
 }
 
 } // namespace XlsxParts

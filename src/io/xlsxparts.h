@@ -78,5 +78,9 @@ void appendStartTag(QByteArray &out, const QXmlStreamReader &reader,
                     const QString &name = QString(), const QString &value = QString());
 bool echoPart(QuaZip &from, const QString &part, PartWriter &to, const EchoHooks &hooks,
               QString *error);
+// The same for a worksheet part whose <sheetData> the hook replaces: its rows are skipped
+// unread, and the hook sees an empty <sheetData>.
+bool echoSheetPart(QuaZip &from, const QString &part, PartWriter &to, const EchoHooks &hooks,
+                   QString *error);
 
 } // namespace XlsxParts

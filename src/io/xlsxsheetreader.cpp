@@ -1,210 +1,538 @@
 // Streams a worksheet part into the compact cell store of its XlsxSheet.
+//
+// Sheet parts are the bulk of a workbook (a million rows are hundreds of megabytes of
+// markup) and use a handful of elements, so they are scanned here byte by byte rather than
+// through a general XML reader, which spends most of its time building attribute lists and
+// converting every name to UTF-16. The scanner still checks what matters for safety: tags
+// must nest, a DTD is refused, only the predefined and numeric entities exist, and a part
+// that ends early is an error.
 
 #include "io/xlsxbook.h"
 #include "io/xlsxpackage.h"
 
-#include <QXmlStreamReader>
-
 #include <quazip/quazip.h>
+#include <quazip/quazipfile.h>
+
+#include <charconv>
+#include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
 
-class SheetReader
+using Bytes = std::string_view;
+
+constexpr qint64 ChunkBytes = 1 << 20;
+
+Bytes localName(Bytes name)
+{
+    const size_t colon = name.find(':');
+    return colon == Bytes::npos ? name : name.substr(colon + 1);
+}
+
+bool isSpace(char c)
+{
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
+Bytes trimmed(Bytes text)
+{
+    while (!text.empty() && isSpace(text.front()))
+        text.remove_prefix(1);
+    while (!text.empty() && isSpace(text.back()))
+        text.remove_suffix(1);
+    return text;
+}
+
+void appendUtf8(std::string &out, uint code)
+{
+    if (code < 0x80) {
+        out += char(code);
+    } else if (code < 0x800) {
+        out += char(0xC0 | (code >> 6));
+        out += char(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += char(0xE0 | (code >> 12));
+        out += char(0x80 | ((code >> 6) & 0x3F));
+        out += char(0x80 | (code & 0x3F));
+    } else {
+        out += char(0xF0 | (code >> 18));
+        out += char(0x80 | ((code >> 12) & 0x3F));
+        out += char(0x80 | ((code >> 6) & 0x3F));
+        out += char(0x80 | (code & 0x3F));
+    }
+}
+
+// Appends text with its entity references replaced; false for an entity XML doesn't know
+// without a DTD.
+bool appendDecoded(std::string &out, Bytes text)
+{
+    size_t amp = text.find('&');
+    if (amp == Bytes::npos) {
+        out.append(text);
+        return true;
+    }
+    while (amp != Bytes::npos) {
+        out.append(text.substr(0, amp));
+        const size_t semicolon = text.find(';', amp);
+        if (semicolon == Bytes::npos)
+            return false;
+        const Bytes entity = text.substr(amp + 1, semicolon - amp - 1);
+        if (entity == "lt") {
+            out += '<';
+        } else if (entity == "gt") {
+            out += '>';
+        } else if (entity == "amp") {
+            out += '&';
+        } else if (entity == "quot") {
+            out += '"';
+        } else if (entity == "apos") {
+            out += '\'';
+        } else if (entity.size() > 1 && entity.front() == '#') {
+            const bool hex = entity[1] == 'x';
+            uint code = 0;
+            const char *begin = entity.data() + (hex ? 2 : 1);
+            const auto [end, error]
+                = std::from_chars(begin, entity.data() + entity.size(), code, hex ? 16 : 10);
+            if (error != std::errc() || end != entity.data() + entity.size() || code == 0
+                || code > 0x10FFFF)
+                return false;
+            appendUtf8(out, code);
+        } else {
+            return false;
+        }
+        text.remove_prefix(semicolon + 1);
+        amp = text.find('&');
+    }
+    out.append(text);
+    return true;
+}
+
+// The attributes of a start tag, read when asked for.
+class Attributes
 {
 public:
-    SheetReader(XlsxSheet *sheet, QXmlStreamReader &reader,
-                const QHash<QString, XlsxPackage::Relationship> &relationships)
+    explicit Attributes(Bytes text)
+        : m_text(text)
+    { }
+
+    // The raw value of the attribute whose local name is `name`; empty when absent.
+    Bytes value(Bytes name) const
+    {
+        Bytes rest = m_text;
+        while (true) {
+            const size_t equals = rest.find('=');
+            if (equals == Bytes::npos)
+                return Bytes();
+            const Bytes key = localName(trimmed(rest.substr(0, equals)));
+            size_t open = equals + 1;
+            while (open < rest.size() && isSpace(rest[open]))
+                ++open;
+            if (open >= rest.size())
+                return Bytes();
+            const char quote = rest[open];
+            const size_t close = rest.find(quote, open + 1);
+            if (close == Bytes::npos)
+                return Bytes();
+            if (key == name)
+                return rest.substr(open + 1, close - open - 1);
+            rest.remove_prefix(close + 1);
+        }
+    }
+    QString text(Bytes name) const
+    {
+        std::string decoded;
+        appendDecoded(decoded, value(name));
+        return QString::fromUtf8(decoded.data(), int(decoded.size()));
+    }
+
+private:
+    Bytes m_text;
+};
+
+bool isTrue(Bytes value)
+{
+    return value == "1" || value == "true";
+}
+
+double toNumber(Bytes text, bool *ok)
+{
+    text = trimmed(text);
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    *ok = error == std::errc() && end == text.data() + text.size() && !text.empty();
+    return value;
+}
+
+// "B3" as bytes; false beyond the limits of a sheet.
+bool parseReference(Bytes reference, int *row, int *col)
+{
+    return ExcelCells::parseReference(QString::fromLatin1(reference.data(), int(reference.size())),
+                                      row, col);
+}
+
+class SheetScanner
+{
+public:
+    SheetScanner(XlsxSheet *sheet, QuaZipFile &file,
+                 const QHash<QString, XlsxPackage::Relationship> &relationships)
         : m_sheet(sheet)
-        , m_reader(reader)
+        , m_file(file)
         , m_relationships(relationships)
     { }
 
-    bool read(QString *error);
+    bool scan(QString *error);
 
 private:
-    bool readRow();
-    bool readCell(int row);
-    void readColumn();
-    void readHyperlink();
+    bool fill();
+    bool startElement(Bytes name, Bytes attributes, bool empty);
+    bool endElement(Bytes name);
+    bool startRow(const Attributes &attributes);
+    bool startCell(const Attributes &attributes, bool empty);
+    void finishCell();
+    void readColumn(const Attributes &attributes);
+    void readHyperlink(const Attributes &attributes);
     bool fail(const QString &text)
     {
         m_error = text;
         return false;
     }
+    bool malformed(const QString &text)
+    {
+        m_malformed = true;
+        return fail(text);
+    }
 
+public:
+    // Whether the failure was one of the XML itself rather than of the sheet's content.
+    bool isMalformed() const { return m_malformed; }
+
+private:
     XlsxSheet *m_sheet;
-    QXmlStreamReader &m_reader;
+    QuaZipFile &m_file;
     const QHash<QString, XlsxPackage::Relationship> &m_relationships;
     QString m_error;
+    bool m_malformed = false;
+    std::string m_buffer;
+    size_t m_position = 0;
+    bool m_atEnd = false;
+    std::vector<std::string> m_open; // names of the open elements
     int m_nextRow = 0;
     int m_nextCol = 0;
+    int m_row = 0;
     qint64 m_cellCount = 0;
+
+    // The cell being read.
+    bool m_inCell = false;
+    bool m_inInline = false;
+    bool m_inPhonetic = false;
+    std::string *m_capture = nullptr;
+    XlsxCell m_cell {};
+    std::string m_type;
+    std::string m_value;
+    std::string m_formula;
+    std::string m_inlineText;
+    bool m_hasValue = false;
+    bool m_hasFormula = false;
+    bool m_hasInline = false;
 };
 
-bool SheetReader::read(QString *error)
+// Reads the next chunk of the part behind what is left of the buffer.
+bool SheetScanner::fill()
 {
-    while (!m_reader.atEnd()) {
-        if (m_reader.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const auto name = m_reader.name();
-        bool ok = true;
-        if (name == QLatin1String("row")) {
-            ok = readRow();
-        } else if (name == QLatin1String("col")) {
-            readColumn();
-        } else if (name == QLatin1String("mergeCell")) {
-            ExcelRange range;
-            if (ExcelCells::parseRange(m_reader.attributes().value(QLatin1String("ref")), &range))
-                m_sheet->setMerge(range);
-        } else if (name == QLatin1String("hyperlink")) {
-            readHyperlink();
+    if (m_atEnd)
+        return false;
+    m_buffer.erase(0, m_position);
+    m_position = 0;
+    const size_t before = m_buffer.size();
+    m_buffer.resize(before + size_t(ChunkBytes));
+    const qint64 read = m_file.read(&m_buffer[before], ChunkBytes);
+    m_buffer.resize(before + size_t(std::max<qint64>(read, 0)));
+    if (read <= 0)
+        m_atEnd = true;
+    return read > 0;
+}
+
+bool SheetScanner::scan(QString *error)
+{
+    auto findFrom = [&](size_t from, Bytes what, size_t *found) {
+        while (true) {
+            const size_t at = m_buffer.find(what, from);
+            if (at != std::string::npos) {
+                *found = at;
+                return true;
+            }
+            const size_t keep = m_buffer.size() - m_position;
+            const size_t offset = from - m_position;
+            if (!fill())
+                return false;
+            from = std::min(offset, keep > what.size() ? keep - what.size() : 0);
         }
-        if (!ok) {
-            *error = m_error;
-            return false;
+    };
+    bool ok = true;
+    while (ok) {
+        size_t lt = 0;
+        if (!findFrom(m_position, "<", &lt)) {
+            if (!m_open.empty())
+                ok = malformed(QStringLiteral("the part ends inside <%1>.")
+                                   .arg(QString::fromStdString(m_open.back())));
+            break;
         }
+        if (m_capture
+            && !appendDecoded(*m_capture, Bytes(m_buffer).substr(m_position, lt - m_position)))
+            ok = malformed(QStringLiteral("an unknown entity in a cell."));
+        m_position = lt;
+        if (m_buffer.size() - m_position < 9)
+            fill();
+        const Bytes head = Bytes(m_buffer).substr(m_position, 9);
+        size_t end = 0;
+        if (head.substr(0, 4) == "<!--") {
+            ok = findFrom(m_position + 4, "-->", &end)
+                || malformed(QStringLiteral("an unclosed comment."));
+            m_position = end + 3;
+        } else if (head == "<![CDATA[") {
+            ok = findFrom(m_position + 9, "]]>", &end)
+                || malformed(QStringLiteral("an unclosed CDATA section."));
+            if (ok && m_capture)
+                m_capture->append(Bytes(m_buffer).substr(m_position + 9, end - m_position - 9));
+            m_position = end + 3;
+        } else if (head.substr(0, 2) == "<!") {
+            ok = fail(QStringLiteral("declares a DTD, which workbooks never do."));
+        } else if (head.substr(0, 2) == "<?") {
+            ok = findFrom(m_position + 2, "?>", &end)
+                || malformed(QStringLiteral("an unclosed declaration."));
+            m_position = end + 2;
+        } else {
+            // A start or end tag; a ">" inside a quoted attribute value doesn't end it.
+            size_t at = m_position + 1;
+            char quote = 0;
+            while (true) {
+                if (at >= m_buffer.size()) {
+                    const size_t offset = at - m_position;
+                    if (!fill())
+                        break;
+                    at = m_position + offset;
+                    continue;
+                }
+                const char c = m_buffer[at];
+                if (quote) {
+                    if (c == quote)
+                        quote = 0;
+                } else if (c == '"' || c == '\'') {
+                    quote = c;
+                } else if (c == '>') {
+                    break;
+                }
+                ++at;
+            }
+            if (at >= m_buffer.size()) {
+                ok = malformed(QStringLiteral("the part ends inside a tag."));
+                break;
+            }
+            Bytes tag = Bytes(m_buffer).substr(m_position + 1, at - m_position - 1);
+            m_position = at + 1;
+            if (!tag.empty() && tag.front() == '/') {
+                ok = endElement(trimmed(tag.substr(1)));
+                continue;
+            }
+            const bool empty = !tag.empty() && tag.back() == '/';
+            if (empty)
+                tag.remove_suffix(1);
+            size_t nameEnd = 0;
+            while (nameEnd < tag.size() && !isSpace(tag[nameEnd]))
+                ++nameEnd;
+            if (nameEnd == 0) {
+                ok = malformed(QStringLiteral("a tag without a name."));
+                break;
+            }
+            ok = startElement(tag.substr(0, nameEnd), tag.substr(nameEnd), empty);
+        }
+    }
+    if (!ok)
+        *error = m_error;
+    return ok;
+}
+
+bool SheetScanner::startElement(Bytes name, Bytes attributeText, bool empty)
+{
+    if (!empty)
+        m_open.emplace_back(name);
+    const Bytes local = localName(name);
+    const Attributes attributes(attributeText);
+    if (m_inCell) {
+        if (local == "v" || local == "f") {
+            std::string &target = local == "v" ? m_value : m_formula;
+            (local == "v" ? m_hasValue : m_hasFormula) = true;
+            target.clear();
+            m_capture = empty ? nullptr : &target;
+        } else if (local == "is") {
+            m_inInline = !empty;
+        } else if (local == "rPh") {
+            m_inPhonetic = !empty;
+        } else if (local == "t" && m_inInline && !m_inPhonetic) {
+            m_hasInline = true;
+            m_capture = empty ? nullptr : &m_inlineText;
+        }
+        return true;
+    }
+    if (local == "row")
+        return startRow(attributes);
+    if (local == "c")
+        return startCell(attributes, empty);
+    if (local == "col") {
+        readColumn(attributes);
+    } else if (local == "mergeCell") {
+        ExcelRange range;
+        if (ExcelCells::parseRange(attributes.text("ref"), &range))
+            m_sheet->setMerge(range);
+    } else if (local == "hyperlink") {
+        readHyperlink(attributes);
     }
     return true;
 }
 
-bool SheetReader::readRow()
+bool SheetScanner::endElement(Bytes name)
 {
-    const QXmlStreamAttributes attributes = m_reader.attributes();
+    if (m_open.empty() || m_open.back() != name)
+        return malformed(
+            QStringLiteral("</%1> closes <%2>.")
+                .arg(QString::fromUtf8(name.data(), int(name.size())),
+                     m_open.empty() ? QString() : QString::fromStdString(m_open.back())));
+    m_open.pop_back();
+    const Bytes local = localName(name);
+    if (local == "v" || local == "f" || local == "t") {
+        m_capture = nullptr;
+    } else if (local == "is") {
+        m_inInline = false;
+    } else if (local == "rPh") {
+        m_inPhonetic = false;
+    } else if (local == "c" && m_inCell) {
+        finishCell();
+    }
+    return true;
+}
+
+bool SheetScanner::startRow(const Attributes &attributes)
+{
     int row = m_nextRow;
-    const auto number = attributes.value(QLatin1String("r"));
-    if (!number.isEmpty()) {
-        bool ok = false;
-        const qint64 value = number.toLongLong(&ok);
-        if (!ok || value < 1 || value > ExcelCells::MaxXlsxRows)
+    const Bytes number = attributes.value("r");
+    if (!number.empty()) {
+        qint64 value = 0;
+        const auto [end, error]
+            = std::from_chars(number.data(), number.data() + number.size(), value);
+        if (error != std::errc() || end != number.data() + number.size() || value < 1
+            || value > ExcelCells::MaxXlsxRows)
             return fail(QStringLiteral("Row number '%1' is beyond the limits of a sheet.")
-                            .arg(number.toString()));
+                            .arg(QString::fromUtf8(number.data(), int(number.size()))));
         row = int(value - 1);
     }
+    m_row = row;
     m_nextRow = row + 1;
     m_nextCol = 0;
-    const bool hidden = attributes.value(QLatin1String("hidden")) == QLatin1String("1")
-        || attributes.value(QLatin1String("hidden")) == QLatin1String("true");
-    const auto height = attributes.value(QLatin1String("ht"));
-    if (hidden || !height.isEmpty())
-        m_sheet->setRow(row, height.isEmpty() ? -1 : height.toDouble(), hidden);
-
-    while (!m_reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = m_reader.readNext();
-        if (token == QXmlStreamReader::EndElement && m_reader.name() == QLatin1String("row"))
-            return true;
-        if (token == QXmlStreamReader::StartElement && m_reader.name() == QLatin1String("c")
-            && !readCell(row))
-            return false;
+    const bool hidden = isTrue(attributes.value("hidden"));
+    const Bytes height = attributes.value("ht");
+    if (hidden || !height.empty()) {
+        bool ok = false;
+        const double value = toNumber(height, &ok);
+        m_sheet->setRow(row, ok ? value : -1, hidden);
     }
     return true;
 }
 
-bool SheetReader::readCell(int row)
+bool SheetScanner::startCell(const Attributes &attributes, bool empty)
 {
-    const QXmlStreamAttributes attributes = m_reader.attributes();
     int col = m_nextCol;
-    const auto reference = attributes.value(QLatin1String("r"));
-    if (!reference.isEmpty()) {
+    const Bytes reference = attributes.value("r");
+    if (!reference.empty()) {
         int referencedRow = 0;
-        if (!ExcelCells::parseReference(reference, &referencedRow, &col))
+        if (!parseReference(reference, &referencedRow, &col))
             return fail(QStringLiteral("Cell reference '%1' is beyond the limits of a sheet.")
-                            .arg(reference.toString()));
+                            .arg(QString::fromUtf8(reference.data(), int(reference.size()))));
     } else if (col >= ExcelCells::MaxXlsxCols) {
-        return fail(QStringLiteral("Row %1 has more cells than a sheet can hold.").arg(row + 1));
+        return fail(QStringLiteral("Row %1 has more cells than a sheet can hold.").arg(m_row + 1));
     }
     m_nextCol = col + 1;
     if (++m_cellCount > XlsxBook::MaxCells)
         return fail(QStringLiteral("The sheet has more than %1 cells.").arg(XlsxBook::MaxCells));
-
-    const QStringRef type = attributes.value(QLatin1String("t"));
-    XlsxCell cell {};
-    cell.row = row;
-    cell.col = col;
-    cell.style = attributes.value(QLatin1String("s")).toInt();
-    cell.type = ExcelCellType::Blank;
-    QString value;
-    QString inlineText;
-    bool hasValue = false;
-    bool hasInline = false;
-    while (!m_reader.atEnd()) {
-        const QXmlStreamReader::TokenType token = m_reader.readNext();
-        if (token == QXmlStreamReader::EndElement && m_reader.name() == QLatin1String("c"))
-            break;
-        if (token != QXmlStreamReader::StartElement)
-            continue;
-        const auto name = m_reader.name();
-        if (name == QLatin1String("v")) {
-            value = m_reader.readElementText();
-            hasValue = true;
-        } else if (name == QLatin1String("f")) {
-            m_sheet->setFormula(row, col, m_reader.readElementText());
-        } else if (name == QLatin1String("t")) { // inside <is>
-            inlineText += m_reader.readElementText();
-            hasInline = true;
-        }
-    }
-
-    if (type == QLatin1String("inlineStr")) {
-        if (hasInline) {
-            cell.type = ExcelCellType::String;
-            cell.ownText = true;
-            cell.text = m_sheet->addText(XlsxPackage::decodeEscapes(inlineText));
-        }
-    } else if (!hasValue) {
-        // A formatted cell with no value.
-    } else if (type == QLatin1String("s")) {
-        bool ok = false;
-        cell.text = value.toInt(&ok);
-        cell.type = ExcelCellType::String;
-        if (!ok || cell.text < 0) {
-            cell.ownText = true;
-            cell.text = m_sheet->addText(QString());
-        }
-    } else if (type == QLatin1String("str") || type == QLatin1String("e")
-               || type == QLatin1String("d")) {
-        cell.type = type == QLatin1String("e") ? ExcelCellType::Error
-            : type == QLatin1String("d")       ? ExcelCellType::StrictDate
-                                               : ExcelCellType::String;
-        cell.ownText = true;
-        cell.text = m_sheet->addText(XlsxPackage::decodeEscapes(value));
-    } else if (type == QLatin1String("b")) {
-        cell.type = ExcelCellType::Boolean;
-        cell.boolean
-            = value.trimmed() == QLatin1String("1") || value.trimmed() == QLatin1String("true");
-    } else {
-        bool ok = false;
-        cell.number = value.toDouble(&ok);
-        cell.type = ok ? ExcelCellType::Number : ExcelCellType::Blank;
-    }
-    m_sheet->appendCell(cell);
+    m_cell = XlsxCell {};
+    m_cell.row = m_row;
+    m_cell.col = col;
+    const Bytes style = attributes.value("s");
+    std::from_chars(style.data(), style.data() + style.size(), m_cell.style);
+    m_cell.type = ExcelCellType::Blank;
+    m_type = attributes.value("t");
+    m_hasValue = m_hasFormula = m_hasInline = false;
+    m_inlineText.clear();
+    m_inCell = true;
+    if (empty)
+        finishCell();
     return true;
 }
 
-void SheetReader::readColumn()
+void SheetScanner::finishCell()
 {
-    const QXmlStreamAttributes attributes = m_reader.attributes();
-    const int first = attributes.value(QLatin1String("min")).toInt() - 1;
-    const int last = attributes.value(QLatin1String("max")).toInt() - 1;
-    if (first < 0 || last < first || first >= ExcelCells::MaxXlsxCols)
-        return;
-    const auto width = attributes.value(QLatin1String("width"));
-    const auto hidden = attributes.value(QLatin1String("hidden"));
-    m_sheet->addColumnInfo(first, qMin(last, ExcelCells::MaxXlsxCols - 1),
-                           width.isEmpty() ? -1 : width.toDouble(),
-                           hidden == QLatin1String("1") || hidden == QLatin1String("true"));
+    m_inCell = m_inInline = m_inPhonetic = false;
+    m_capture = nullptr;
+    auto ownText = [&](const std::string &text) {
+        m_cell.ownText = true;
+        m_cell.text = m_sheet->addText(
+            XlsxPackage::decodeEscapes(QString::fromUtf8(text.data(), int(text.size()))));
+    };
+    if (m_hasFormula)
+        m_sheet->setFormula(m_cell.row, m_cell.col,
+                            QString::fromUtf8(m_formula.data(), int(m_formula.size())));
+    if (m_type == "inlineStr") {
+        if (m_hasInline) {
+            m_cell.type = ExcelCellType::String;
+            ownText(m_inlineText);
+        }
+    } else if (!m_hasValue) {
+        // A formatted cell with no value.
+    } else if (m_type == "s") {
+        int index = -1;
+        const Bytes value = trimmed(m_value);
+        const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), index);
+        m_cell.type = ExcelCellType::String;
+        if (error != std::errc() || end != value.data() + value.size() || index < 0)
+            ownText(std::string());
+        else
+            m_cell.text = index;
+    } else if (m_type == "str" || m_type == "e" || m_type == "d") {
+        m_cell.type = m_type == "e" ? ExcelCellType::Error
+            : m_type == "d"         ? ExcelCellType::StrictDate
+                                    : ExcelCellType::String;
+        ownText(m_value);
+    } else if (m_type == "b") {
+        m_cell.type = ExcelCellType::Boolean;
+        const Bytes value = trimmed(m_value);
+        m_cell.boolean = value == "1" || value == "true";
+    } else {
+        bool ok = false;
+        m_cell.number = toNumber(m_value, &ok);
+        m_cell.type = ok ? ExcelCellType::Number : ExcelCellType::Blank;
+    }
+    m_sheet->appendCell(m_cell);
 }
 
-void SheetReader::readHyperlink()
+void SheetScanner::readColumn(const Attributes &attributes)
 {
-    const QXmlStreamAttributes attributes = m_reader.attributes();
-    ExcelHyperlink link;
-    if (!ExcelCells::parseRange(attributes.value(QLatin1String("ref")), &link.range))
+    bool ok = false;
+    const int first = int(toNumber(attributes.value("min"), &ok)) - 1;
+    const int last = int(toNumber(attributes.value("max"), &ok)) - 1;
+    if (first < 0 || last < first || first >= ExcelCells::MaxXlsxCols)
         return;
-    for (const QXmlStreamAttribute &attribute : attributes) {
-        if (attribute.name() == QLatin1String("id"))
-            link.target = m_relationships.value(attribute.value().toString()).target;
-    }
-    const QString location = attributes.value(QLatin1String("location")).toString();
+    const double width = toNumber(attributes.value("width"), &ok);
+    m_sheet->addColumnInfo(first, qMin(last, ExcelCells::MaxXlsxCols - 1), ok ? width : -1,
+                           isTrue(attributes.value("hidden")));
+}
+
+void SheetScanner::readHyperlink(const Attributes &attributes)
+{
+    ExcelHyperlink link;
+    if (!ExcelCells::parseRange(attributes.text("ref"), &link.range))
+        return;
+    link.target = m_relationships.value(attributes.text("id")).target;
+    const QString location = attributes.text("location");
     if (link.target.isEmpty() && !location.isEmpty())
         link.target = QLatin1Char('#') + location;
     else if (!location.isEmpty())
@@ -225,12 +553,31 @@ bool XlsxBook::loadSheet(XlsxSheet *sheet)
     }
     QString error;
     const auto relationships = XlsxPackage::readRelationships(zip, sheet->partName(), &error);
-    const bool read = XlsxPackage::readPart(
-        zip, sheet->partName(),
-        [&](QXmlStreamReader &reader, QString *readError) {
-            return SheetReader(sheet, reader, relationships).read(readError);
-        },
-        &error);
+    const QString part = sheet->partName();
+    bool read = false;
+    if (!zip.setCurrentFile(part, QuaZip::csInsensitive)) {
+        error = QStringLiteral("Part '%1' is missing.").arg(part);
+    } else {
+        QuaZipFile file(&zip);
+        if (!file.open(QIODevice::ReadOnly)) {
+            error = QStringLiteral("Part '%1' can't be unpacked.").arg(part);
+        } else {
+            SheetScanner scanner(sheet, file, relationships);
+            QString scanError;
+            read = scanner.scan(&scanError);
+            if (!read && scanner.isMalformed())
+                error = QStringLiteral("Part '%1' is not well-formed XML: %2").arg(part, scanError);
+            else if (!read && scanError.startsWith(QLatin1String("declares a DTD")))
+                error = QStringLiteral("Part '%1' %2").arg(part, scanError);
+            else if (!read)
+                error = scanError;
+            file.close();
+            if (read && file.getZipError() != UNZ_OK) {
+                read = false;
+                error = QStringLiteral("Part '%1' is damaged.").arg(part);
+            }
+        }
+    }
     if (!read) {
         sheet->clear();
         setError(QStringLiteral("Sheet '%1': %2").arg(sheet->name(), error));

@@ -279,7 +279,7 @@ bool XlsxBookUpdate::writeSheet(const XlsxSheet &sheet, const QString &part)
                 writeLinks(out);
         }
     };
-    if (!echoPart(m_from, part, writer, hooks, m_error) || !writer.close())
+    if (!echoSheetPart(m_from, part, writer, hooks, m_error) || !writer.close())
         return false;
     return writeSheetRelationships(part, links);
 }
