@@ -137,8 +137,19 @@ QString applyFileArguments(FlowModel &model, const QStringList &values,
             input->setWorksheet(sheet);
         }
         for (FlowItem *node : outputs) {
-            if (node->alias() == alias)
-                static_cast<OutputItem *>(node)->setPath(resolvePath(location, documentFolder));
+            if (node->alias() != alias)
+                continue;
+            // A workbook's sheet may come with the path, as "book.xlsx[Sheet]".
+            auto *output = static_cast<OutputItem *>(node);
+            QString path;
+            QString sheet;
+            PathVariables::splitSheet(location, path, sheet);
+            if (sheet.isEmpty() || !output->isExcel()) {
+                output->setPath(resolvePath(location, documentFolder));
+                continue;
+            }
+            output->setPath(resolvePath(path, documentFolder));
+            output->setWorksheet(sheet);
         }
     }
     return QString();

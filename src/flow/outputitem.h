@@ -85,6 +85,8 @@ public:
     bool multiFileConfirm() const { return m_multiFileConfirm; }
     void setMultiFileConfirm(bool on);
     QString worksheet() const { return m_worksheet; }
+    // Whether the file type is one of the Excel types, whose files have sheets.
+    bool isExcel() const;
     void setWorksheet(const QString &sheet);
     int delimiter() const { return m_delimiter; }
     void setDelimiter(int delimiter);
@@ -157,7 +159,6 @@ private:
     OutputFileOptions fileOptions() const;
     // Everything the write needs, as plain values.
     OutputRunOptions runOptions() const;
-    bool isExcel() const;
     // The .tabulon file of the model; empty while the document is unsaved.
     QString documentPath() const;
 

@@ -105,6 +105,7 @@ private slots:
     void quietRunLogsNothing();
     void fileArguments_data();
     void fileArguments();
+    void excelSheetsInFileArguments();
     void fileValueWithTwoEqualsSignsAborts();
     void failuresAreReportedAndStillExitZero();
     void unreadableDocumentAborts();
@@ -348,6 +349,47 @@ void TestCommandLine::fileArguments()
     auto *input = qobject_cast<InputItem *>(model.itemById(1));
     QCOMPARE(input->path(), m_dir->filePath("other.csv"));
     QCOMPARE(input->worksheet(), QStringLiteral("Sheet 1"));
+}
+
+// A workbook's sheet named with the path, for an input and an output: the sheet is found
+// without regard to case, and the output's sheet is added beside the book's own.
+void TestCommandLine::excelSheetsInFileArguments()
+{
+    const QString book = m_dir->filePath("book.xlsx");
+    QProcess python;
+    python.start(QStringLiteral(TABULON_PYTHON),
+                 {"-c",
+                  "import openpyxl, sys\n"
+                  "wb = openpyxl.Workbook(); wb.active.title = 'First'; wb.active.append(['a'])\n"
+                  "ws = wb.create_sheet('Second'); ws.append(['name', 'n']); ws.append(['x', 2])\n"
+                  "wb.save(sys.argv[1])\n",
+                  book});
+    QVERIFY(python.waitForFinished(60000));
+    QCOMPARE(python.exitCode(), 0);
+    const QString document = m_dir->filePath("sheets.tabulon");
+    QFile file(document);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(R"(<!DOCTYPE Tabulon>
+<root><meta><version value="81"/><auto_run_on value="1"/></meta>
+<inputs><input medium="0" id="1" alias="in" header="1" path="none.xlsx" file_type="1" pos_v12="00"/></inputs>
+<outputs><output id="2" alias="out" path="none.xlsx" file_type="1" enable_output="1" write_header="1" pos_v12="3000"/></outputs>
+<connections><connection start_id="1" end_id="2"/></connections></root>
+)");
+    file.close();
+    CapturedLog captured;
+    QCOMPARE(runCommandLine(program({"-cli", document, "-file", "in=book.xlsx[second]", "-file",
+                                     "out=book.xlsx[Copied]"}),
+                            captured.log),
+             0);
+    QVERIFY2(captured.errorLines().isEmpty(), qPrintable(captured.errorLines().join('\n')));
+    python.start(QStringLiteral(TABULON_PYTHON),
+                 {"-c",
+                  "import openpyxl, sys\nwb = openpyxl.load_workbook(sys.argv[1])\n"
+                  "print(wb.sheetnames, list(wb['Copied'].values))\n",
+                  book});
+    QVERIFY(python.waitForFinished(60000));
+    QCOMPARE(QString::fromUtf8(python.readAllStandardOutput()).trimmed(),
+             QStringLiteral("['First', 'Second', 'Copied'] [('name', 'n'), ('x', 2)]"));
 }
 
 void TestCommandLine::fileValueWithTwoEqualsSignsAborts()
