@@ -19,6 +19,8 @@ private slots:
     void sheetChoice_data();
     void sheetChoice();
     void notAWorkbook();
+    void otherMakers_data();
+    void otherMakers();
 
 private:
     InputReadResult read(const QString &path, const QString &sheet,
@@ -187,6 +189,66 @@ void TestExcelReader::notAWorkbook()
                  .arg(QDir::toNativeSeparators(path)));
     QVERIFY(result.warnings.value(1).startsWith("Error="));
     QCOMPARE(result.dataset.rowCount(), 0);
+}
+
+// The same rows as written by other programs: xlsxwriter with a shared string table and with
+// inline strings, and LibreOffice Calc saving an openpyxl book again.
+void TestExcelReader::otherMakers_data()
+{
+    QTest::addColumn<QString>("maker");
+    QTest::newRow("xlsxwriter, shared strings") << "shared";
+    QTest::newRow("xlsxwriter, inline strings") << "inline";
+    QTest::newRow("LibreOffice Calc") << "calc";
+}
+
+void TestExcelReader::otherMakers()
+{
+    QFETCH(QString, maker);
+    const QString made = m_dir.filePath(maker + QStringLiteral(".xlsx"));
+    const QString script = QStringLiteral(R"(
+import datetime, sys
+rows = [['text', 'number', 'day', 'flag'], ['Zoë & co', 1.25, datetime.date(2024, 2, 29), True],
+        ['<tag>', -3, datetime.date(1900, 3, 1), False]]
+path = sys.argv[1]
+if sys.argv[2] == 'calc':
+    import openpyxl
+    wb = openpyxl.Workbook()
+    for row in rows: wb.active.append(row)
+    wb.save(path.replace('calc.xlsx', 'source.xlsx'))
+else:
+    import xlsxwriter
+    wb = xlsxwriter.Workbook(path, {'constant_memory': sys.argv[2] == 'inline'})
+    ws = wb.add_worksheet()
+    day = wb.add_format({'num_format': 'yyyy-mm-dd'})
+    for r, row in enumerate(rows):
+        for c, value in enumerate(row):
+            if isinstance(value, datetime.date): ws.write_datetime(r, c, value, day)
+            else: ws.write(r, c, value)
+    wb.close()
+)");
+    QProcess python;
+    python.start(QStringLiteral(TABULON_PYTHON), {QStringLiteral("-c"), script, made, maker});
+    QVERIFY(python.waitForFinished(60000));
+    QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
+    if (maker == QLatin1String("calc")) {
+        QProcess soffice;
+        soffice.start(QStringLiteral("soffice"),
+                      {QStringLiteral("-env:UserInstallation=file://")
+                           + m_dir.filePath(QStringLiteral("profile")),
+                       QStringLiteral("--headless"), QStringLiteral("--convert-to"),
+                       QStringLiteral("xlsx"), QStringLiteral("--outdir"),
+                       m_dir.filePath(QStringLiteral("calc")),
+                       m_dir.filePath(QStringLiteral("source.xlsx"))});
+        QVERIFY(soffice.waitForFinished(180000));
+        QVERIFY(QFile::rename(m_dir.filePath(QStringLiteral("calc/source.xlsx")), made));
+    }
+    const InputReadResult result = read(made, QString());
+    QVERIFY2(result.ok, qPrintable(result.warnings.join('\n')));
+    QStringList rows;
+    for (const QStringList &row : result.dataset.rows())
+        rows.append(row.join('|'));
+    QCOMPARE(rows, QStringList({"text|number|day|flag", "Zoë & co|1.25|2024-02-29|true",
+                                "<tag>|-3|1900-03-01|false"}));
 }
 
 QTEST_GUILESS_MAIN(TestExcelReader)
