@@ -23,6 +23,10 @@ namespace {
 using Bytes = std::string_view;
 
 constexpr qint64 ChunkBytes = 1 << 20;
+// A tag, comment or text longer than these is taken for an attack on memory, not a sheet:
+// Excel holds at most 32,767 characters in a cell.
+constexpr size_t MaxMarkupBytes = 1 << 20;
+constexpr size_t MaxTextBytes = 16 << 20;
 
 Bytes localName(Bytes name)
 {
@@ -185,6 +189,8 @@ public:
 
 private:
     bool fill();
+    // The text from the current position up to `end` into the cell being read, if any.
+    bool takeText(size_t end);
     bool startElement(Bytes name, Bytes attributes, bool empty);
     bool endElement(Bytes name);
     bool startRow(const Attributes &attributes);
@@ -253,6 +259,20 @@ bool SheetScanner::fill()
     return read > 0;
 }
 
+bool SheetScanner::takeText(size_t end)
+{
+    const Bytes text = Bytes(m_buffer).substr(m_position, end - m_position);
+    m_position = end;
+    if (!m_capture)
+        return true;
+    if (!appendDecoded(*m_capture, text))
+        return malformed(QStringLiteral("an unknown entity in a cell."));
+    if (m_capture->size() > MaxTextBytes)
+        return malformed(
+            QStringLiteral("a cell holds more than %1 bytes of text.").arg(MaxTextBytes));
+    return true;
+}
+
 bool SheetScanner::scan(QString *error)
 {
     auto findFrom = [&](size_t from, Bytes what, size_t *found) {
@@ -262,6 +282,8 @@ bool SheetScanner::scan(QString *error)
                 *found = at;
                 return true;
             }
+            if (m_buffer.size() - m_position > MaxMarkupBytes)
+                return false;
             const size_t keep = m_buffer.size() - m_position;
             const size_t offset = from - m_position;
             if (!fill())
@@ -271,16 +293,32 @@ bool SheetScanner::scan(QString *error)
     };
     bool ok = true;
     while (ok) {
-        size_t lt = 0;
-        if (!findFrom(m_position, "<", &lt)) {
+        size_t lt = m_buffer.find('<', m_position);
+        while (ok && lt == std::string::npos) {
+            // No tag in what is read so far: its text is taken, short of an entity that the
+            // chunk cuts, so that a long run of text never piles up in the buffer.
+            size_t keep = m_buffer.size();
+            const size_t amp = m_buffer.rfind('&');
+            if (amp != std::string::npos && amp >= m_position
+                && m_buffer.find(';', amp) == std::string::npos)
+                keep = amp;
+            ok = takeText(keep);
+            if (ok && !fill())
+                break;
+            lt = m_buffer.find('<', m_position);
+        }
+        if (!ok)
+            break;
+        if (lt == std::string::npos) {
             if (!m_open.empty())
                 ok = malformed(QStringLiteral("the part ends inside <%1>.")
                                    .arg(QString::fromStdString(m_open.back())));
             break;
         }
-        if (m_capture
-            && !appendDecoded(*m_capture, Bytes(m_buffer).substr(m_position, lt - m_position)))
-            ok = malformed(QStringLiteral("an unknown entity in a cell."));
+        if (!takeText(lt)) {
+            ok = false;
+            break;
+        }
         m_position = lt;
         if (m_buffer.size() - m_position < 9)
             fill();
@@ -309,7 +347,7 @@ bool SheetScanner::scan(QString *error)
             while (true) {
                 if (at >= m_buffer.size()) {
                     const size_t offset = at - m_position;
-                    if (!fill())
+                    if (offset > MaxMarkupBytes || !fill())
                         break;
                     at = m_position + offset;
                     continue;
