@@ -103,6 +103,9 @@ public:
     virtual double rowHeight(int row) const = 0;
     // An index into the book's formats; 0 is the default format.
     virtual int cellFormat(int row, int col) const = 0;
+    // Says that the cells of the rows before `row` won't be read again, so that a big sheet
+    // can give their memory back while it is turned into a dataset. Optional.
+    virtual void discardRowsBefore(int row) { Q_UNUSED(row) }
 
     // Writing. Cells are written in any order; a later write to a cell replaces it.
     virtual void writeStr(int row, int col, const QString &text, int format = 0) = 0;

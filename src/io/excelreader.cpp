@@ -246,6 +246,8 @@ bool read(const QString &path, const InputReadOptions &options, Dataset &out,
                     progress(0.5 + 0.5 * double(done) / cells);
             }
             out.addInputRow(row, options.trim, options.simplify, false, false);
+            if (r % 1024 == 1023)
+                sheet->discardRowsBefore(firstRow + r + 1);
         }
     }
     appendLinks(*sheet, out);

@@ -113,8 +113,8 @@ public:
     {
         auto found = m_dates.constFind(text);
         if (found == m_dates.constEnd())
-            found = m_dates.insert(text, format.isEmpty() ? toDate(text, dateFormats())
-                                                          : toDate(text, format));
+            found = m_dates.insert(
+                text, format.isEmpty() ? toDate(text, dateFormats()) : toDate(text, format));
         return found.value();
     }
     QTime time(const QString &text)

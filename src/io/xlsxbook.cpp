@@ -424,6 +424,24 @@ bool XlsxSheet::isDate(int row, int col) const
             || (cell->type == ExcelCellType::Number && m_book->styleIsDate(cell->style)));
 }
 
+void XlsxSheet::discardRowsBefore(int row)
+{
+    if (!m_indexed)
+        index();
+    const int last = std::min<int>(row, int(m_rowStarts.size()) - 1);
+    if (last <= m_discardedRows)
+        return;
+    const int end = m_rowStarts[size_t(last)];
+    for (int i = m_rowStarts[size_t(m_discardedRows)]; i < end; ++i) {
+        const XlsxCell &cell = m_cells[size_t(i)];
+        if (cell.ownText
+            && (cell.type == ExcelCellType::String || cell.type == ExcelCellType::Error
+                || cell.type == ExcelCellType::StrictDate))
+            m_texts[cell.text] = QString();
+    }
+    m_discardedRows = last;
+}
+
 int XlsxSheet::cellFormat(int row, int col) const
 {
     const XlsxCell *cell = find(row, col);
@@ -499,6 +517,7 @@ void XlsxSheet::clear()
 {
     m_cells.clear();
     m_texts.clear();
+    m_discardedRows = 0;
     m_formulas.clear();
     m_links.clear();
     m_changed = true;

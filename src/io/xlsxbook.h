@@ -57,6 +57,7 @@ public:
     double colWidth(int col) const override;
     double rowHeight(int row) const override { return m_rowHeights.value(row, -1); }
     int cellFormat(int row, int col) const override;
+    void discardRowsBefore(int row) override;
 
     void writeStr(int row, int col, const QString &text, int format = 0) override;
     void writeNum(int row, int col, double value, int format = 0) override;
@@ -79,6 +80,7 @@ public:
 
     // Reading fills the sheet through these.
     void appendCell(const XlsxCell &cell);
+    void reserveCells(qint64 count) { m_cells.reserve(size_t(count)); }
     int addText(const QString &text);
     void addColumnInfo(int firstCol, int lastCol, double width, bool hidden);
     void finishLoading();
@@ -127,6 +129,7 @@ private:
     mutable bool m_indexed = false;
     mutable bool m_sorted = true;
     bool m_hasValues = false;
+    int m_discardedRows = 0;
     int m_firstRow = 0;
     int m_lastRow = 0;
     int m_firstCol = 0;

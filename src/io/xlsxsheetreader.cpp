@@ -197,6 +197,7 @@ private:
     bool startCell(const Attributes &attributes, bool empty);
     void finishCell();
     void readColumn(const Attributes &attributes);
+    void reserve(const QString &dimension);
     void readHyperlink(const Attributes &attributes);
     bool fail(const QString &text)
     {
@@ -417,7 +418,9 @@ bool SheetScanner::startElement(Bytes name, Bytes attributeText, bool empty)
         return startRow(attributes);
     if (local == "c")
         return startCell(attributes, empty);
-    if (local == "col") {
+    if (local == "dimension") {
+        reserve(attributes.text("ref"));
+    } else if (local == "col") {
         readColumn(attributes);
     } else if (local == "mergeCell") {
         ExcelRange range;
@@ -550,6 +553,22 @@ void SheetScanner::finishCell()
         m_cell.type = ok ? ExcelCellType::Number : ExcelCellType::Blank;
     }
     m_sheet->appendCell(m_cell);
+}
+
+// Room for the cells the sheet declares, so that the store doesn't grow by copying itself
+// (twice its size, for a moment) as a million rows come in. A declaration can lie: no more
+// is reserved than the part's size could hold, at the fewest bytes a cell takes.
+void SheetScanner::reserve(const QString &dimension)
+{
+    ExcelRange range;
+    if (!ExcelCells::parseRange(dimension, &range) || range.lastRow < range.firstRow
+        || range.lastCol < range.firstCol)
+        return;
+    const qint64 declared
+        = qint64(range.lastRow - range.firstRow + 1) * (range.lastCol - range.firstCol + 1);
+    constexpr qint64 FewestBytesPerCell = 12; // <c><v>1</v></c>
+    const qint64 room = m_file.usize() / FewestBytesPerCell;
+    m_sheet->reserveCells(std::min({declared, room, XlsxBook::MaxCells}));
 }
 
 void SheetScanner::readColumn(const Attributes &attributes)
