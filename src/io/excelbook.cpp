@@ -212,3 +212,29 @@ QString reference(int row, int col)
 }
 
 } // namespace ExcelCells
+
+namespace ExcelSheetNames {
+
+QStringList problems(const QString &name)
+{
+    QStringList problems;
+    if (name.isEmpty())
+        problems.append(QStringLiteral("\nSheet name cannot be empty."));
+    if (name.size() > MaxLength)
+        problems.append(QStringLiteral("\nSheet name length is %1 characters. Excel maximum "
+                                       "sheet name length is %2 characters.")
+                            .arg(name.size())
+                            .arg(MaxLength));
+    for (const QChar c : QStringLiteral("\\/*?:[]")) {
+        if (name.contains(c))
+            problems.append(QStringLiteral("\n'%1' is not allowed in Excel sheet names.").arg(c));
+    }
+    if (name.startsWith(QLatin1Char('\'')) || name.endsWith(QLatin1Char('\'')))
+        problems.append(QStringLiteral(
+            "\nApostrophes (') are not allowed at the start or end of Excel sheet names."));
+    if (name.toLower() == QLatin1String("history"))
+        problems.append(QStringLiteral("\n'History' is a reserved Excel sheet name."));
+    return problems;
+}
+
+} // namespace ExcelSheetNames

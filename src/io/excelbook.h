@@ -172,6 +172,9 @@ bool isDateFormat(int numberFormat, const QString &code);
 
 namespace ExcelSheetNames {
 constexpr int MaxLength = 31;
+// Why Excel would refuse the name, one line each starting with a line feed, as the message of
+// a refused sheet lists them; empty for a good name.
+QStringList problems(const QString &name);
 } // namespace ExcelSheetNames
 
 namespace ExcelCells {

@@ -264,28 +264,6 @@ void writeCell(ExcelBook &book, ExcelSheet &sheet, int row, int col, const QStri
         sheet.writeStr(row, col, text, formats.text);
 }
 
-QStringList sheetNameProblems(const QString &name)
-{
-    QStringList problems;
-    if (name.isEmpty())
-        problems.append(QStringLiteral("\nSheet name cannot be empty."));
-    if (name.size() > ExcelSheetNames::MaxLength)
-        problems.append(QStringLiteral("\nSheet name length is %1 characters. Excel maximum "
-                                       "sheet name length is %2 characters.")
-                            .arg(name.size())
-                            .arg(ExcelSheetNames::MaxLength));
-    for (const QChar c : QStringLiteral("\\/*?:[]")) {
-        if (name.contains(c))
-            problems.append(QStringLiteral("\n'%1' is not allowed in Excel sheet names.").arg(c));
-    }
-    if (name.startsWith(QLatin1Char('\'')) || name.endsWith(QLatin1Char('\'')))
-        problems.append(QStringLiteral(
-            "\nApostrophes (') are not allowed at the start or end of Excel sheet names."));
-    if (name.toLower() == QLatin1String("history"))
-        problems.append(QStringLiteral("\n'History' is a reserved Excel sheet name."));
-    return problems;
-}
-
 ExcelSheet *findExactSheet(ExcelBook &book, const QString &name)
 {
     // Excel itself tells sheet names apart without regard to case.
@@ -355,7 +333,7 @@ ExcelSheet *targetSheet(ExcelBook &book, const QString &path, const QString &nam
             return sheet;
         }
     }
-    const QStringList problems = sheetNameProblems(name);
+    const QStringList problems = ExcelSheetNames::problems(name);
     ExcelSheet *sheet = problems.isEmpty() ? book.addSheet(name) : nullptr;
     if (!sheet) {
         QString message = QStringLiteral("Unable to add sheet to '%1'.").arg(native(path));

@@ -238,6 +238,11 @@ ExcelSheet *XlsxBook::sheet(int index)
 
 ExcelSheet *XlsxBook::addSheet(const QString &name)
 {
+    const QStringList problems = ExcelSheetNames::problems(name);
+    if (!problems.isEmpty()) {
+        setError(problems.join(QString()).trimmed());
+        return nullptr;
+    }
     for (const auto &existing : m_sheets) {
         if (existing->name().compare(name, Qt::CaseInsensitive) == 0) {
             setError(QStringLiteral("A sheet named '%1' already exists.").arg(name));
