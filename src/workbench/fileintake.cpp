@@ -9,6 +9,7 @@
 #include "shell/application.h"
 #include "shell/messageboxes.h"
 #include "shell/settings.h"
+#include "workbench/exceldialogs.h"
 #include "workbench/mainwindow.h"
 #include "workbench/mainwindowactions.h"
 
@@ -112,20 +113,43 @@ bool FileIntake::addFiles(const QList<QUrl> &urls, const QPointF &scenePos)
     const QStringList accepted = withoutBlocked(files);
     if (accepted.isEmpty())
         return false;
-    addInputs(accepted, scenePos);
-    return true;
+    return addInputs(accepted, scenePos);
 }
 
-void FileIntake::addInputs(const QStringList &files, const QPointF &scenePos)
+bool FileIntake::addInputs(const QStringList &files, const QPointF &scenePos)
 {
+    struct Source
+    {
+        QString path;
+        int type;
+        QString sheet;
+    };
+    // Every question is asked before the first item is added, so that the additions stand
+    // together in one undo step.
+    QList<Source> sources;
+    for (const QString &file : files) {
+        const int type
+            = FileTypes::inputTypeForExtension(QFileInfo(file).suffix(), FileTypeDelimited);
+        if (!FileTypes::isExcel(type)) {
+            sources.append({file, type, QString()});
+            continue;
+        }
+        const QStringList sheets = ExcelSheetChoice::sheetsToInput(m_window, file, type);
+        for (const QString &sheet : sheets)
+            sources.append({file, type, sheet});
+    }
+    if (sources.isEmpty())
+        return false;
+
     GraphScene *scene = m_window->graphScene();
     UndoStep step(QStringLiteral("add file(s)"));
     QPointF pos = scenePos;
-    for (const QString &file : files) {
+    for (const Source &source : qAsConst(sources)) {
+        const QString &file = source.path;
         auto *input = new InputItem;
         input->setPath(file);
-        input->setInputFileType(
-            FileTypes::inputTypeForExtension(QFileInfo(file).suffix(), FileTypeDelimited));
+        input->setInputFileType(source.type);
+        input->setWorksheet(source.sheet);
         input->setHeader(InputItem::defaultHeader(scene->model()->autoRun()));
         scene->addInputByUser(input, pos, false);
         // Each next file stands under the last, whether the first was placed or found a place.
@@ -135,6 +159,7 @@ void FileIntake::addInputs(const QStringList &files, const QPointF &scenePos)
             application->pumpEvents();
         }
     }
+    return true;
 }
 
 void FileIntake::addClipboardText(const QString &text, const QPointF &scenePos)

@@ -35,7 +35,9 @@ private:
     QStringList localFiles(const QList<QUrl> &urls, bool *documentFound, bool *opened);
     // Leaves out the files whose extension is blocked, and names them to the user.
     QStringList withoutBlocked(const QStringList &files);
-    void addInputs(const QStringList &files, const QPointF &scenePos);
+    // One input for each sheet the user takes from a book, and for every other file; false
+    // when nothing is left to add.
+    bool addInputs(const QStringList &files, const QPointF &scenePos);
     // Whether the user goes on with an output on a file that source also reads.
     bool confirmOutputOverInput(FlowItem *source, const QString &path);
 

@@ -7,6 +7,7 @@
 #include "io/fileformats.h"
 #include "io/filetypes.h"
 #include "shell/application.h"
+#include "workbench/exceldialogs.h"
 #include "workbench/iowidgets.h"
 #include "workbench/widgets.h"
 
@@ -119,6 +120,25 @@ void InputItemWidget::buildSourceRows()
         const int type = m_type->currentData().toInt();
         change(QStringLiteral("file type"), [type](InputItem *in) { in->setInputFileType(type); });
     });
+
+    m_sheetRow = new QWidget(optionsArea());
+    auto *sheetLayout = new QHBoxLayout(m_sheetRow);
+    sheetLayout->setContentsMargins(0, 0, 0, 0);
+    m_sheet = new QLineEdit(m_sheetRow);
+    m_sheet->setToolTip(QStringLiteral("The sheet to input, by name or by number from 1. Empty "
+                                       "for the first sheet."));
+    m_chooseSheet = new QToolButton(m_sheetRow);
+    m_chooseSheet->setText(QStringLiteral("..."));
+    m_chooseSheet->setToolTip(QStringLiteral("Choose the sheet to input."));
+    sheetLayout->addWidget(m_sheet, 1);
+    sheetLayout->addWidget(m_chooseSheet);
+    form()->addRow(QStringLiteral("Sheet:"), m_sheetRow);
+    connect(m_sheet, &QLineEdit::editingFinished, this, [this] {
+        const QString sheet = m_sheet->text();
+        if (inputItem() && sheet != inputItem()->worksheet())
+            change(QStringLiteral("sheet"), [sheet](InputItem *in) { in->setWorksheet(sheet); });
+    });
+    connect(m_chooseSheet, &QToolButton::clicked, this, &InputItemWidget::chooseSheet);
 }
 
 // How the text is split into rows and columns.
@@ -244,6 +264,7 @@ void InputItemWidget::updateValues()
         return;
     const QList<QWidget *> widgets = {m_path,
                                       m_type,
+                                      m_sheet,
                                       m_delim,
                                       m_repeated,
                                       m_quoting,
@@ -264,6 +285,7 @@ void InputItemWidget::updateValues()
         blockers.append(QSharedPointer<QSignalBlocker>::create(widget));
     m_path->setText(input->path());
     m_type->setCurrentIndex(m_type->findData(input->fileType()));
+    m_sheet->setText(input->worksheet());
     m_delim->setValues(input->delimiter(), input->customDelimiter());
     m_repeated->setChecked(input->ignoreRepeatedDelimiters());
     m_quoting->setCurrentIndex(input->quoting());
@@ -305,6 +327,7 @@ void InputItemWidget::updateVisibility()
     }
     const bool delimited = type == FileTypeDelimited;
     setRowVisible(m_pathRow, file);
+    setRowVisible(m_sheetRow, file && FileTypes::isExcel(type));
     setRowVisible(m_delim, delimited);
     setRowVisible(m_repeated, delimited);
     setRowVisible(m_quoting, delimited);
@@ -363,6 +386,20 @@ void InputItemWidget::browse()
                                                     FileFormats::inputDialogFilter());
     if (!path.isEmpty())
         choosePath(path);
+}
+
+void InputItemWidget::chooseSheet()
+{
+    InputItem *input = inputItem();
+    if (!input)
+        return;
+    QString sheet;
+    if (!ExcelSheetChoice::chooseSheet(this, input->path(), input->fileType(), input->worksheet(),
+                                       &sheet)
+        || sheet == input->worksheet())
+        return;
+    change(QStringLiteral("sheet"), [sheet](InputItem *in) { in->setWorksheet(sheet); });
+    updateValues();
 }
 
 void InputItemWidget::importFromClipboard()

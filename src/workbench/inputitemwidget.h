@@ -37,6 +37,8 @@ public:
     QPushButton *sourceButton() const { return m_sourceButton; }
     QLineEdit *pathEdit() const { return m_path; }
     QComboBox *typeCombo() const { return m_type; }
+    QLineEdit *sheetEdit() const { return m_sheet; }
+    QToolButton *chooseSheetButton() const { return m_chooseSheet; }
     DelimWidget *delimWidget() const { return m_delim; }
     QCheckBox *repeatedDelimitersCheck() const { return m_repeated; }
     QComboBox *quotingCombo() const { return m_quoting; }
@@ -66,12 +68,17 @@ private:
     QCheckBox *addCheck(const QString &text, const QString &hint,
                         const std::function<void(InputItem *, bool)> &apply);
     void browse();
+    // Asks which sheet of the book to read.
+    void chooseSheet();
 
     QPushButton *m_sourceButton = nullptr;
     QWidget *m_pathRow = nullptr;
     QLineEdit *m_path = nullptr;
     QToolButton *m_browse = nullptr;
     QComboBox *m_type = nullptr;
+    QWidget *m_sheetRow = nullptr;
+    QLineEdit *m_sheet = nullptr;
+    QToolButton *m_chooseSheet = nullptr;
     DelimWidget *m_delim = nullptr;
     QCheckBox *m_repeated = nullptr;
     QComboBox *m_quoting = nullptr;

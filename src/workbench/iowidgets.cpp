@@ -1,13 +1,20 @@
 #include "workbench/iowidgets.h"
 
 #include "io/delimitedtext.h"
+#include "io/excelreader.h"
+#include "io/excelwriter.h"
+#include "io/filetypes.h"
 #include "io/metainfo.h"
 #include "io/outputwriters.h"
 #include "shell/application.h"
+#include "shell/messageboxes.h"
+#include "workbench/exceldialogs.h"
+#include "workbench/widgets.h"
 
 #include <QCheckBox>
 #include <QDialog>
 #include <QDialogButtonBox>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -196,4 +203,133 @@ void MetaInfoWidget::editText()
         return;
     m_text = edit->toPlainText();
     emit textChanged(m_text);
+}
+
+ExcelColumnFormatsWidget::ExcelColumnFormatsWidget(QWidget *parent)
+    : QWidget(parent)
+    , m_combo(new QComboBox(this))
+    , m_edit(new QToolButton(this))
+{
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_combo, 1);
+    layout->addWidget(m_edit);
+    m_combo->addItems(ExcelFormatting::names());
+    setToolTip(QStringLiteral("Choose whether to set Excel cell formats automatically (based on "
+                              "column contents), to 'General' format or choose by column."));
+    m_combo->setToolTip(toolTip());
+    m_edit->setText(QStringLiteral("..."));
+    m_edit->setToolTip(QStringLiteral("Choose the Excel format of each column."));
+    connect(m_combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this](int mode) {
+        m_edit->setEnabled(mode == ExcelFormatting::Manual);
+        emit formattingChanged(mode);
+    });
+    connect(m_edit, &QToolButton::clicked, this, &ExcelColumnFormatsWidget::editFormats);
+}
+
+void ExcelColumnFormatsWidget::setValues(int formatting, const QList<int> &formats)
+{
+    const QSignalBlocker blocker(m_combo);
+    m_combo->setCurrentIndex(qBound(0, formatting, m_combo->count() - 1));
+    m_edit->setEnabled(formatting == ExcelFormatting::Manual);
+    m_formats = formats;
+}
+
+void ExcelColumnFormatsWidget::editFormats()
+{
+    const QStringList names = m_columnNames ? m_columnNames() : QStringList();
+    ExcelColumnFormatsDialog dialog(names, m_formats, this);
+    if (DialogExec::run(&dialog) != QDialog::Accepted)
+        return;
+    // Formats kept for columns the data no longer has come back with those columns.
+    const QList<int> chosen = dialog.values() + m_formats.mid(names.size());
+    QList<int> before = m_formats;
+    while (before.size() < chosen.size())
+        before.append(ExcelColumnFormat::Text);
+    if (chosen == before)
+        return;
+    m_formats = chosen;
+    emit formatsChanged(m_formats);
+}
+
+ExcelStyleTemplateWidget::ExcelStyleTemplateWidget(QWidget *parent)
+    : QWidget(parent)
+    , m_use(new QCheckBox(this))
+    , m_path(new QLineEdit(this))
+    , m_browse(new QToolButton(this))
+{
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(m_use);
+    layout->addWidget(m_path, 1);
+    layout->addWidget(m_browse);
+    m_use->setToolTip(QStringLiteral("Check to copy the column widths, row heights, hidden rows "
+                                     "and columns, merges and cell formats of a template sheet "
+                                     "after writing."));
+    m_path->setToolTip(QStringLiteral("The Excel file to copy the styling from, with its sheet "
+                                      "in brackets, for example 'template.xlsx[Sheet1]'.\nIt can "
+                                      "hold variables such as {date}. A relative path is taken "
+                                      "from the folder of the .tabulon document."));
+    m_browse->setText(QStringLiteral("..."));
+    m_browse->setToolTip(QStringLiteral("Choose the style template."));
+    connect(m_use, &QCheckBox::toggled, this, [this](bool on) {
+        updateEnabled();
+        emit useChanged(on);
+    });
+    connect(m_path, &QLineEdit::editingFinished, this, [this] {
+        if (m_path->text() == m_value)
+            return;
+        m_value = m_path->text();
+        emit pathChanged(m_value);
+    });
+    connect(m_browse, &QToolButton::clicked, this, &ExcelStyleTemplateWidget::browse);
+    updateEnabled();
+}
+
+void ExcelStyleTemplateWidget::setValues(bool use, const QString &path)
+{
+    const QSignalBlocker useBlocker(m_use);
+    const QSignalBlocker pathBlocker(m_path);
+    m_use->setChecked(use);
+    m_value = path;
+    m_path->setText(path);
+    updateEnabled();
+}
+
+void ExcelStyleTemplateWidget::updateEnabled()
+{
+    m_path->setEnabled(m_use->isChecked());
+    m_browse->setEnabled(m_use->isChecked());
+}
+
+void ExcelStyleTemplateWidget::browse()
+{
+    const QString current = m_value.section(QLatin1Char('['), 0, 0);
+    const QString sheet = m_value.contains(QLatin1Char('[')) && m_value.endsWith(QLatin1Char(']'))
+        ? m_value.section(QLatin1Char('['), 1).chopped(1)
+        : QString();
+    const QString folder = current.isEmpty() ? QString() : QFileInfo(current).absolutePath();
+    const QString path
+        = DesktopHooks::openFileName(this, QStringLiteral("Style template"), folder,
+                                     QStringLiteral("Excel files (*.xlsx *.xls);;All files (*)"));
+    if (path.isEmpty())
+        return;
+    // The sheet goes with the path, so that the template stays the same whatever sheets the
+    // book gains; a book whose sheets can't be listed is taken whole for the user to finish.
+    const int type = FileTypes::inputTypeForExtension(QFileInfo(path).suffix(), FileTypeXlsx);
+    const ExcelReader::SheetListing listing = ExcelReader::listSheets(path, type);
+    QString chosen = path;
+    if (listing.names.size() == 1) {
+        chosen += QStringLiteral("[%1]").arg(listing.names.first());
+    } else if (listing.names.size() > 1) {
+        ExcelWorksheetDialog dialog(listing.names, listing.labels, sheet, this);
+        if (DialogExec::run(&dialog) != QDialog::Accepted)
+            return;
+        chosen += QStringLiteral("[%1]").arg(dialog.sheetName());
+    }
+    m_path->setText(chosen);
+    if (chosen == m_value)
+        return;
+    m_value = chosen;
+    emit pathChanged(m_value);
 }

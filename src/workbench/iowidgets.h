@@ -3,6 +3,8 @@
 #include <QComboBox>
 #include <QWidget>
 
+#include <functional>
+
 class QCheckBox;
 class QLineEdit;
 class QToolButton;
@@ -99,4 +101,64 @@ private:
     QToolButton *m_edit;
     QString m_text;
     bool m_fileSource = true;
+};
+
+// How an Excel output formats its cells: automatically, all General, or by column, with a
+// button to the dialog of the columns' formats (Manual only).
+class ExcelColumnFormatsWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ExcelColumnFormatsWidget(QWidget *parent = nullptr);
+
+    // The names of the columns the dialog lists, asked for when it opens.
+    void setColumnNames(const std::function<QStringList()> &names) { m_columnNames = names; }
+    // Shows the values; emits nothing.
+    void setValues(int formatting, const QList<int> &formats);
+    int formatting() const { return m_combo->currentIndex(); }
+    QList<int> formats() const { return m_formats; }
+    QComboBox *combo() const { return m_combo; }
+    QToolButton *editButton() const { return m_edit; }
+
+signals:
+    void formattingChanged(int formatting);
+    void formatsChanged(const QList<int> &formats);
+
+private:
+    void editFormats();
+
+    QComboBox *m_combo;
+    QToolButton *m_edit;
+    QList<int> m_formats;
+    std::function<QStringList()> m_columnNames;
+};
+
+// Whether an Excel output copies the styling of a template sheet, and the template's path
+// with its sheet in brackets.
+class ExcelStyleTemplateWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit ExcelStyleTemplateWidget(QWidget *parent = nullptr);
+
+    // Shows the values; emits nothing.
+    void setValues(bool use, const QString &path);
+    QCheckBox *useCheck() const { return m_use; }
+    QLineEdit *pathEdit() const { return m_path; }
+    QToolButton *browseButton() const { return m_browse; }
+
+signals:
+    void useChanged(bool on);
+    void pathChanged(const QString &path);
+
+private:
+    void browse();
+    void updateEnabled();
+
+    QCheckBox *m_use;
+    QLineEdit *m_path;
+    QToolButton *m_browse;
+    QString m_value;
 };

@@ -61,6 +61,7 @@ void OutputItemWidget::change(const QString &hint, const std::function<void(Outp
 void OutputItemWidget::build()
 {
     buildDestinationRows();
+    buildExcelRows();
     buildTextFormatRows();
     buildContentRows();
 }
@@ -97,6 +98,8 @@ void OutputItemWidget::buildDestinationRows()
             [this] { chooseType(m_type->currentData().toInt()); });
 
     m_sheet = new QLineEdit(optionsArea());
+    m_sheet->setToolTip(QStringLiteral("The sheet to write. It can hold variables such as "
+                                       "{date} and {time}."));
     form()->addRow(QStringLiteral("Sheet:"), m_sheet);
     connect(m_sheet, &QLineEdit::editingFinished, this, [this] {
         const QString sheet = m_sheet->text();
@@ -110,6 +113,9 @@ void OutputItemWidget::buildDestinationRows()
     m_writeMode = new WriteModeComboBox(modeRow);
     m_overwriteSheet = new QComboBox(modeRow);
     m_overwriteSheet->addItems({QStringLiteral("File"), QStringLiteral("Sheet")});
+    m_overwriteSheet->setToolTip(QStringLiteral("What Overwrite replaces.\nFile=The whole Excel "
+                                                "file.\nSheet=Only the sheet named, keeping the "
+                                                "other sheets of the file."));
     modeLayout->addWidget(m_writeMode, 1);
     modeLayout->addWidget(m_overwriteSheet);
     form()->addRow(QStringLiteral("Write mode:"), modeRow);
@@ -121,6 +127,46 @@ void OutputItemWidget::buildDestinationRows()
                 change(QStringLiteral("overwrite sheet"),
                        [mode](OutputItem *out) { out->setOverwriteSheet(mode); });
             });
+}
+
+// How an Excel file formats its cells, and the sheet it takes its styling from.
+void OutputItemWidget::buildExcelRows()
+{
+    m_excelFormats = new ExcelColumnFormatsWidget(optionsArea());
+    m_excelFormats->setColumnNames([this] { return columnNames(); });
+    form()->addRow(QStringLiteral("Formatting:"), m_excelFormats);
+    connect(m_excelFormats, &ExcelColumnFormatsWidget::formattingChanged, this, [this](int mode) {
+        change(QStringLiteral("formatting"),
+               [mode](OutputItem *out) { out->setExcelOutput(mode); });
+    });
+    connect(m_excelFormats, &ExcelColumnFormatsWidget::formatsChanged, this,
+            [this](const QList<int> &formats) {
+                change(QStringLiteral("column formats"),
+                       [formats](OutputItem *out) { out->setExcelManualColFormats(formats); });
+            });
+
+    m_styleTemplate = new ExcelStyleTemplateWidget(optionsArea());
+    form()->addRow(QStringLiteral("Style template:"), m_styleTemplate);
+    connect(m_styleTemplate, &ExcelStyleTemplateWidget::useChanged, this, [this](bool on) {
+        change(QStringLiteral("style template"),
+               [on](OutputItem *out) { out->setExcelUseStyleTemplate(on); });
+    });
+    connect(m_styleTemplate, &ExcelStyleTemplateWidget::pathChanged, this,
+            [this](const QString &path) {
+                change(QStringLiteral("style template path"),
+                       [path](OutputItem *out) { out->setExcelStyleTemplatePath(path); });
+            });
+}
+
+QStringList OutputItemWidget::columnNames() const
+{
+    const OutputItem *output = outputItem();
+    if (!output)
+        return {};
+    if (output->status() == FlowItem::UpToDate && output->columnCount() > 0)
+        return output->columnNames();
+    const QList<FlowItem *> sources = output->upstream();
+    return sources.isEmpty() ? QStringList() : sources.first()->columnNames();
 }
 
 // How delimited and other text files are laid out and encoded.
@@ -234,6 +280,8 @@ void OutputItemWidget::updateValues()
         = {m_path,   m_type,        m_sheet,       m_writeMode, m_overwriteSheet,
            m_delim,  m_quoting,     m_lineEndings, m_encoding,  m_byteOrderMark,
            m_escape, m_removeEmpty, m_comment,     m_alias};
+    m_excelFormats->setValues(output->excelOutput(), output->excelManualColFormats());
+    m_styleTemplate->setValues(output->excelUseStyleTemplate(), output->excelStyleTemplatePath());
     QList<QSharedPointer<QSignalBlocker>> blockers;
     for (QObject *widget : widgets)
         blockers.append(QSharedPointer<QSignalBlocker>::create(widget));
@@ -265,6 +313,11 @@ void OutputItemWidget::updateVisibility()
     const bool excel = FileTypes::isExcel(type);
     setRowVisible(m_sheet, excel);
     m_overwriteSheet->setVisible(excel);
+    // Append keeps the rest of the file and New leaves an existing one alone: only Overwrite
+    // has a choice to make.
+    m_overwriteSheet->setEnabled(output->writeMode() == WriteOverwrite);
+    setRowVisible(m_excelFormats, excel);
+    setRowVisible(m_styleTemplate, excel);
     setRowVisible(m_delim, type == FileTypeDelimited);
     setRowVisible(m_quoting, type == FileTypeDelimited);
     setRowVisible(m_lineEndings, !excel);

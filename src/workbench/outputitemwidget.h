@@ -5,6 +5,8 @@
 #include <functional>
 
 class DelimWidget;
+class ExcelColumnFormatsWidget;
+class ExcelStyleTemplateWidget;
 class OutputItem;
 class QCheckBox;
 class QComboBox;
@@ -43,11 +45,18 @@ public:
     WriteHeaderWidget *writeHeaderWidget() const { return m_writeHeader; }
     QCheckBox *escapeCheck() const { return m_escape; }
     QLineEdit *commentEdit() const { return m_comment; }
+    QLineEdit *sheetEdit() const { return m_sheet; }
+    QComboBox *overwriteSheetCombo() const { return m_overwriteSheet; }
+    ExcelColumnFormatsWidget *excelFormatsWidget() const { return m_excelFormats; }
+    ExcelStyleTemplateWidget *styleTemplateWidget() const { return m_styleTemplate; }
+    // The columns the output writes: its own once it has run, else its source's.
+    QStringList columnNames() const;
     QLineEdit *aliasEdit() const { return m_alias; }
 
 private:
     void build();
     void buildDestinationRows();
+    void buildExcelRows();
     void buildTextFormatRows();
     void buildContentRows();
     void change(const QString &hint, const std::function<void(OutputItem *)> &apply,
@@ -61,6 +70,8 @@ private:
     QLineEdit *m_sheet = nullptr;
     WriteModeComboBox *m_writeMode = nullptr;
     QComboBox *m_overwriteSheet = nullptr;
+    ExcelColumnFormatsWidget *m_excelFormats = nullptr;
+    ExcelStyleTemplateWidget *m_styleTemplate = nullptr;
     DelimWidget *m_delim = nullptr;
     QComboBox *m_quoting = nullptr;
     QComboBox *m_lineEndings = nullptr;

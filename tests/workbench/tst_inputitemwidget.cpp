@@ -142,6 +142,7 @@ void TestInputItemWidget::optionRowsFollowFileType()
     QCOMPARE(page.ignoredRowsSpin()->isVisible(), ignoredRows);
     QCOMPARE(page.excelHiddenRowsCheck()->isVisible(), excelHidden);
     QCOMPARE(page.excelHiddenColumnsCheck()->isVisible(), excelHidden);
+    QCOMPARE(page.sheetEdit()->isVisible(), excelHidden);
     QCOMPARE(page.formatCombo()->isVisible(), format);
     QVERIFY(page.pathEdit()->isVisible());
     QVERIFY(page.watchCheck()->isVisible());

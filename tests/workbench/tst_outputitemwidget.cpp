@@ -4,8 +4,11 @@
 #include "flow/inputitem.h"
 #include "flow/outputitem.h"
 #include "io/delimitedtext.h"
+#include "io/excelwriter.h"
 #include "shell/delaytimer.h"
 #include "shell/settings.h"
+#include "shell/undostep.h"
+#include "workbench/exceldialogs.h"
 #include "workbench/iowidgets.h"
 #include "workbench/itempane.h"
 #include "workbench/outputitemwidget.h"
@@ -13,13 +16,25 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <optional>
+
+// Keeps the names of the undo steps the page records.
+class HintRecorder : public UndoRecorder
+{
+public:
+    void prepare(const QString &hint) override { hints.append(hint); }
+    void finish() override { }
+    QStringList hints;
+};
 
 class TestOutputItemWidget : public QObject
 {
@@ -39,6 +54,8 @@ private slots:
     void disabledModeStandsOut();
     void headerOnlyIfEmptyFollowsHeader();
     void rowsLeaveTheFormAndComeBackInPlace();
+    void columnFormatsFollowTheDialog_data();
+    void columnFormatsFollowTheDialog();
 
 private:
     QTemporaryDir m_folder;
@@ -99,6 +116,7 @@ void TestOutputItemWidget::optionRowsFollowFileType_data()
     QTest::newRow("markdown") << int(FileTypeMarkdown) << false << false << true;
     QTest::newRow("plain text") << int(FileTypePlainText) << false << false << true;
     QTest::newRow("xlsx") << int(FileTypeXlsx) << false << false << false;
+    QTest::newRow("xls") << int(FileTypeXls) << false << false << false;
 }
 
 void TestOutputItemWidget::optionRowsFollowFileType()
@@ -120,6 +138,11 @@ void TestOutputItemWidget::optionRowsFollowFileType()
     QCOMPARE(page.lineEndingsCombo()->isVisible(), lineEndings);
     QCOMPARE(page.encodingCombo()->isVisible(), lineEndings);
     QVERIFY(page.writeModeCombo()->isVisible());
+    // Line endings and the Excel rows exclude each other.
+    QCOMPARE(page.sheetEdit()->isVisible(), !lineEndings);
+    QCOMPARE(page.overwriteSheetCombo()->isVisible(), !lineEndings);
+    QCOMPARE(page.excelFormatsWidget()->isVisible(), !lineEndings);
+    QCOMPARE(page.styleTemplateWidget()->isVisible(), !lineEndings);
 }
 
 void TestOutputItemWidget::blockedExtensionIsRefused()
@@ -213,6 +236,8 @@ void TestOutputItemWidget::disabledModeStandsOut()
     mode->setCurrentIndex(0);
     QCOMPARE(output->writeMode(), int(OutputItem::Disabled));
     QCOMPARE(mode->styleSheet(), QStringLiteral("QComboBox{ color: #fc3300; }"));
+    // Only Overwrite decides between the whole Excel file and the sheet.
+    QVERIFY(!page.overwriteSheetCombo()->isEnabled());
     QVERIFY(mode->toolTip().startsWith(QStringLiteral("Disabled=Do not write to this file.\n")));
 }
 
@@ -277,6 +302,103 @@ void TestOutputItemWidget::rowsLeaveTheFormAndComeBackInPlace()
     QVERIFY(label);
     QCOMPARE(label->text(), QStringLiteral("Quoting:"));
     QVERIFY(label->isVisible());
+}
+
+void TestOutputItemWidget::columnFormatsFollowTheDialog_data()
+{
+    QTest::addColumn<QList<int>>("stored");
+    QTest::addColumn<QString>("shown");
+    QTest::addColumn<int>("row");
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QList<int>>("expected");
+    // A column with no stored format shows, as it is written, as Text.
+    const QString allText = QStringLiteral("name=Text born=Text city=Text");
+    QTest::newRow("selected column to Date") << QList<int>() << allText << 1 << "Selected"
+                                             << "Date" << true << QList<int>({5, 2, 5});
+    QTest::newRow("all to Number") << QList<int>() << allText << -1 << "All"
+                                   << "Number" << true << QList<int>({4, 4, 4});
+    QTest::newRow("in the row's own combo") << QList<int>() << allText << 2 << QString()
+                                            << "Hyperlink" << true << QList<int>({5, 5, 8});
+    QTest::newRow("formats past the columns are kept")
+        << QList<int>({4, 4, 4, 1}) << "name=Number born=Number city=Number" << 0 << "Selected"
+        << "Date" << true << QList<int>({2, 4, 4, 1});
+    QTest::newRow("cancel") << QList<int>({3}) << "name=General born=Text city=Text" << 1
+                            << "Selected"
+                            << "Date" << false << QList<int>({3});
+    QTest::newRow("Text as before is no change") << QList<int>() << allText << -1 << "All"
+                                                 << "Text" << true << QList<int>();
+}
+
+void TestOutputItemWidget::columnFormatsFollowTheDialog()
+{
+    QFETCH(QList<int>, stored);
+    QFETCH(QString, shown);
+    QFETCH(int, row);
+    QFETCH(QString, mode);
+    QFETCH(QString, value);
+    QFETCH(bool, accept);
+    QFETCH(QList<int>, expected);
+    FlowModel model;
+    InputItem *input
+        = addTextInput(model, QStringLiteral("name,born,city\nAnn,2001-02-03,Paris"), QPointF());
+    auto *output = new OutputItem(-1, m_folder.filePath(QStringLiteral("out.xlsx")));
+    output->setExcelManualColFormats(stored);
+    output->setPos(QPointF(300, 0));
+    model.addItem(output);
+    model.connectItems(input, output);
+    // Only the source has run: the names come from it.
+    input->run(false, false);
+    OutputItemWidget page(output);
+    page.show();
+    HintRecorder recorder;
+    UndoRecorder::setCurrent(&recorder);
+
+    ExcelColumnFormatsWidget *formats = page.excelFormatsWidget();
+    QVERIFY(!formats->editButton()->isEnabled());
+    formats->combo()->setFocus();
+    QTest::keyClicks(formats->combo(), QStringLiteral("Manual"));
+    QCOMPARE(output->excelOutput(), int(ExcelFormatting::Manual));
+    QVERIFY(formats->editButton()->isEnabled());
+
+    QStringList shownNames;
+    DialogExec::setHook([&](QDialog *dialog) {
+        auto *choices = qobject_cast<ExcelColumnFormatsDialog *>(dialog);
+        if (!choices)
+            return int(QDialog::Rejected);
+        choices->show();
+        QTableWidget *table = choices->table();
+        for (int r = 0; r < table->rowCount(); ++r)
+            shownNames.append(table->item(r, 0)->text() + QLatin1Char('=')
+                              + choices->valueCombo(r)->currentText());
+        if (row >= 0)
+            QTest::mouseClick(table->viewport(), Qt::LeftButton, Qt::NoModifier,
+                              table->visualItemRect(table->item(row, 0)).center());
+        QComboBox *target = mode.isEmpty() ? choices->valueCombo(row) : choices->setValueCombo();
+        target->setFocus();
+        QTest::keyClicks(target, value);
+        if (!mode.isEmpty()) {
+            choices->setModeCombo()->setFocus();
+            QTest::keyClicks(choices->setModeCombo(), mode);
+            QTest::mouseClick(choices->setButton(), Qt::LeftButton);
+        }
+        QTest::mouseClick(
+            choices->buttons()->button(accept ? QDialogButtonBox::Ok : QDialogButtonBox::Cancel),
+            Qt::LeftButton);
+        return choices->result();
+    });
+    QTest::mouseClick(formats->editButton(), Qt::LeftButton);
+    DialogExec::setHook({});
+    UndoRecorder::setCurrent(nullptr);
+
+    QCOMPARE(shownNames.join(QLatin1Char(' ')), shown);
+    QCOMPARE(output->excelManualColFormats(), expected);
+    QStringList hints = {QStringLiteral("formatting")};
+    if (expected != stored)
+        hints.append(QStringLiteral("column formats"));
+    QCOMPARE(recorder.hints, hints);
+    QCOMPARE(output->status(), int(FlowItem::NeedsUpdate));
 }
 
 TABULON_TEST_MAIN(TestOutputItemWidget)
