@@ -4,6 +4,7 @@
 #include "flow/inputitem.h"
 #include "flow/xmlattributes.h"
 #include "io/delimitedtext.h"
+#include "io/excelwriter.h"
 #include "io/filetypes.h"
 #include "io/outputpipeline.h"
 #include "io/pathvariables.h"
@@ -217,7 +218,7 @@ QList<QPair<QString, QString>> OutputItem::optionsList() const
         if (m_encoding.contains(QLatin1String("utf"), Qt::CaseInsensitive))
             lines.append({QStringLiteral("Byte Order Mark"), yesNo(m_byteOrderMark)});
     } else {
-        lines.append({QStringLiteral("Formatting"), QString::number(m_excelOutput)});
+        lines.append({QStringLiteral("Formatting"), ExcelFormatting::name(m_excelOutput)});
     }
     if (type == FileTypeJson)
         lines.append({QStringLiteral("Types"), QString::number(m_jsonTypes)});
