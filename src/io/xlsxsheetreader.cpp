@@ -568,7 +568,9 @@ void SheetScanner::reserve(const QString &dimension)
         = qint64(range.lastRow - range.firstRow + 1) * (range.lastCol - range.firstCol + 1);
     constexpr qint64 FewestBytesPerCell = 12; // <c><v>1</v></c>
     const qint64 room = m_file.usize() / FewestBytesPerCell;
-    m_sheet->reserveCells(std::min({declared, room, XlsxBook::MaxCells}));
+    // Past this the store grows as cells come: room reserved up front is never given back.
+    constexpr qint64 MaxReserved = qint64(32) << 20;
+    m_sheet->reserveCells(std::min({declared, room, MaxReserved}));
 }
 
 void SheetScanner::readColumn(const Attributes &attributes)
