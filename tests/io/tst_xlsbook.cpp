@@ -166,6 +166,33 @@ ws.col(4).hidden = True
 wb.add_sheet('Second').write(10, 3, 'far')
 wb.add_sheet('Empty')
 wb.save(d + '/xlwt.xls')
+# The tools at hand pad the workbook stream past the small-stream limit; this puts xlwt's
+# stream, unpadded, into the small-stream area of a container of its own.
+import struct
+data = open(d + '/xlwt.xls', 'rb').read()
+stream = data[512:512 + 4096]
+end = 0
+while struct.unpack_from('<HH', stream, end) != (0, 0):
+    end += 4 + struct.unpack_from('<H', stream, end + 2)[0]
+stream = stream[:end]
+minis = (len(stream) + 63) // 64
+area = (minis * 64 + 511) // 512
+table = (minis * 4 + 511) // 512
+fat = [i + 1 for i in range(area - 1)] + [0xFFFFFFFE]
+fat += [area + i + 1 for i in range(table - 1)] + [0xFFFFFFFE, 0xFFFFFFFE, 0xFFFFFFFD]
+def entry(name, kind, child, start, size):
+    raw = name.encode('utf-16-le')
+    return (raw + bytes(64 - len(raw)) + struct.pack('<HBB3I', len(raw) + 2, kind, 1,
+            0xFFFFFFFF, 0xFFFFFFFF, child) + bytes(36) + struct.pack('<3I', start, size, 0))
+header = (bytes.fromhex('d0cf11e0a1b11ae1') + bytes(16) + struct.pack('<5H', 0x3E, 3, 0xFFFE, 9, 6)
+          + bytes(10) + struct.pack('<9I', 1, area + table, 0, 4096, area, table, 0xFFFFFFFE, 0,
+          area + table + 1) + struct.pack('<108I', *[0xFFFFFFFF] * 108))
+minifat = [i + 1 for i in range(minis - 1)] + [0xFFFFFFFE]
+out = header + stream.ljust(area * 512, b'\0')
+out += struct.pack('<%dI' % (table * 128), *(minifat + [0xFFFFFFFF] * (table * 128 - minis)))
+out += entry('Root Entry', 5, 1, 0, minis * 64) + entry('Workbook', 2, 0xFFFFFFFF, 0, end)
+out += bytes(256) + struct.pack('<128I', *(fat + [0xFFFFFFFF] * (128 - len(fat))))
+open(d + '/small.xls', 'wb').write(out)
 wb = xlwt.Workbook()
 wb.dates_1904 = True
 ws = wb.add_sheet('Early')
@@ -287,6 +314,9 @@ void TestXlsBook::readsBooksOfOtherTools_data()
     QTest::newRow("xlwt, FreeXL") << "xlwt.xls" << true << 0
                                   << xlwtValues + QStringList {"A3 n:1", "B3 n:0", "C3 n:1"}
             + freexlDates;
+    QTest::newRow("xlwt's stream in the small-stream area")
+        << "small.xls" << false << 0
+        << xlwtValues + QStringList {"A3 b:1", "B3 b:0", "C3 e:#DIV/0!"} + xlwtDates + xlwtLayout;
     QTest::newRow("xlwt, a sheet away from A1")
         << "xlwt.xls" << false << 1 << QStringList {"range D11:D11", "D11 s:far"};
     QTest::newRow("xlwt, an empty sheet") << "xlwt.xls" << true << 2 << QStringList();
