@@ -153,23 +153,20 @@ bool CompoundDocumentReader::readAllocationTable()
     return true;
 }
 
-// Follows a chain of `table` from `start`: every link must name a sector of the file, none
-// twice, and the chain must end with the end mark within `limit` sectors.
+// Follows a chain of `table` from `start` for at most `limit` sectors (a chain may run on
+// past what its stream needs): every link must name a sector of the file, none twice.
 bool CompoundDocumentReader::chain(const std::vector<quint32> &table, quint32 start, quint64 limit,
                                    std::vector<quint32> *out, const char *what)
 {
     out->clear();
     std::vector<bool> seen(table.size());
-    for (quint32 at = start; at != EndOfChain;) {
+    for (quint32 at = start; at != EndOfChain && out->size() < limit;) {
         if (at >= table.size() || at == FreeSector || at == FatSector || at == DifatSector)
             return pastEnd(QStringLiteral("the chain of its %1 points past the end of the file")
                                .arg(QLatin1String(what)));
         if (seen[at])
             return damaged(
                 QStringLiteral("the chain of its %1 runs in a loop").arg(QLatin1String(what)));
-        if (out->size() >= limit)
-            return damaged(QStringLiteral("the chain of its %1 is longer than its size")
-                               .arg(QLatin1String(what)));
         seen[at] = true;
         out->push_back(at);
         at = table[at];
