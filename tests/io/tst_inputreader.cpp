@@ -3,6 +3,7 @@
 #include "shell/settings.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -23,6 +24,9 @@ private slots:
     void formatsNotBuiltYet();
     void rulesComeWithTheOptions();
     void stopBeforeReading();
+    void xlsReadsLikeXlsx_data();
+    void xlsReadsLikeXlsx();
+    void damagedXls();
 
 private:
     QString writeFile(const QString &name, const QByteArray &content);
@@ -174,6 +178,95 @@ void TestInputReader::stopBeforeReading()
     QCOMPARE(result.dataset.columnCount(), 0);
     QCOMPARE(result.info, QStringList());
     QCOMPARE(progressCalls, 0);
+}
+
+// One book in both Excel formats: made by openpyxl as .xlsx, turned into .xls by LibreOffice
+// (in a profile of its own, so that tests running side by side don't lock each other out).
+// Read through the pipeline with the same options, the two give the same dataset.
+void TestInputReader::xlsReadsLikeXlsx_data()
+{
+    QTest::addColumn<int>("ignoredRows");
+    QTest::addColumn<bool>("ignoreHidden");
+    QTest::addColumn<bool>("ignoreEmpty");
+    QTest::addColumn<QString>("sheet");
+    QTest::newRow("as it stands") << 0 << false << false << "Values";
+    QTest::newRow("hidden and empty rows left out") << 0 << true << true << "values";
+    QTest::newRow("two ignored rows") << 2 << false << false << "Values";
+    QTest::newRow("second sheet by number") << 0 << false << false << "2";
+}
+
+void TestInputReader::xlsReadsLikeXlsx()
+{
+    QFETCH(int, ignoredRows);
+    QFETCH(bool, ignoreHidden);
+    QFETCH(bool, ignoreEmpty);
+    QFETCH(QString, sheet);
+    const QString xlsx = m_dir.filePath("same.xlsx");
+    const QString xls = m_dir.filePath("same.xls");
+    if (!QFileInfo::exists(xls)) {
+        QProcess python;
+        python.start(QStringLiteral(TABULON_PYTHON),
+                     {"-c", QStringLiteral(R"(
+import datetime, openpyxl, sys
+wb = openpyxl.Workbook()
+ws = wb.active
+ws.title = 'Values'
+ws['B2'] = 'text'; ws['C2'] = 'number'; ws['D2'] = 'day'; ws['E2'] = 'minute'
+ws['F2'] = 'milli'; ws['G2'] = 'hidden'; ws['H2'] = 'flag'
+ws.append([None, '  padded  ', 3, datetime.date(2024, 2, 29), datetime.datetime(2024, 1, 2, 3, 4),
+           datetime.datetime(2150, 6, 1, 10, 20, 30, 500000), 'x', True])
+ws.append([None, 'Ünïcödé ✓ 日本', 0.1, datetime.date(1900, 1, 1), None, None, 'y', False])
+ws.append([None, 'hidden row', 1234567.25])
+ws.append([])
+ws.append([None, 'linked', -5])
+ws['B7'].hyperlink = 'https://example.com/?a=1'
+ws.row_dimensions[5].hidden = True
+ws.column_dimensions['G'].hidden = True
+wb.create_sheet('Second')['C3'] = 'second sheet'
+wb.save(sys.argv[1])
+)"),
+                      xlsx});
+        QVERIFY(python.waitForFinished(60000));
+        QVERIFY2(python.exitCode() == 0, python.readAllStandardError().constData());
+        const QString soffice = QStandardPaths::findExecutable("soffice");
+        QVERIFY2(!soffice.isEmpty(), "LibreOffice is missing; scripts/install-deps.sh installs it");
+        QProcess office;
+        office.start(soffice,
+                     {"-env:UserInstallation=file://" + m_dir.filePath("profile"), "--headless",
+                      "--convert-to", "xls", "--outdir", m_dir.path(), xlsx});
+        QVERIFY(office.waitForFinished(180000));
+        QVERIFY(QFileInfo::exists(xls));
+    }
+    auto read = [&](const QString &path, int fileType) {
+        InputReadOptions options = fileOptions(path, fileType);
+        options.worksheet = sheet;
+        options.header = InputReadOptions::NoHeader;
+        options.ignoredRows = ignoredRows;
+        options.ignoreExcelHiddenRows = ignoreHidden;
+        options.ignoreExcelHiddenColumns = ignoreHidden;
+        options.ignoreEmptyRows = ignoreEmpty;
+        return readInput(options, {});
+    };
+    const InputReadResult expected = read(xlsx, FileTypeXlsx);
+    const InputReadResult result = read(xls, FileTypeXls);
+    QVERIFY(expected.ok && result.ok);
+    QVERIFY(expected.dataset.rowCount() > 1);
+    QCOMPARE(result.dataset.rows(), expected.dataset.rows());
+    QCOMPARE(result.info, expected.info);
+    QCOMPARE(result.warnings, expected.warnings);
+}
+
+void TestInputReader::damagedXls()
+{
+    const QString path = writeFile("page.xls", "<html><table><tr><td>1</td></tr></table></html>");
+    const InputReadResult result = readInput(fileOptions(path, FileTypeXls), {});
+    QVERIFY(!result.ok);
+    QCOMPARE(result.warnings,
+             QStringList({QString("Unable to load Excel workbook '%1' information.")
+                              .arg(QDir::toNativeSeparators(path)),
+                          "Error=The file is text, not an Excel 97-2003 workbook (.xls); web "
+                          "pages and CSV files are sometimes named .xls."}));
+    QCOMPARE(result.dataset.rowCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestInputReader)
