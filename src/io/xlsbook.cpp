@@ -23,8 +23,6 @@ const ErrorName ErrorNames[]
     = {{0x00, "#NULL!"}, {0x07, "#DIV/0!"}, {0x0F, "#VALUE!"}, {0x17, "#REF!"},
        {0x1D, "#NAME?"}, {0x24, "#NUM!"},   {0x2A, "#N/A"},    {0x2B, "#GETTING_DATA"}};
 
-constexpr int MaxSheetName = 31;
-
 } // namespace
 
 XlsBook::XlsBook()
@@ -119,22 +117,8 @@ ExcelSheet *XlsBook::sheet(int index)
 QStringList XlsBook::sheetNameProblems(const QString &name) const
 {
     QStringList problems;
-    if (name.isEmpty())
-        problems.append(QStringLiteral("Sheet name cannot be empty."));
-    if (name.size() > MaxSheetName)
-        problems.append(QStringLiteral("Sheet name length is %1 characters. Excel maximum sheet "
-                                       "name length is %2 characters.")
-                            .arg(name.size())
-                            .arg(MaxSheetName));
-    for (const QChar c : QStringLiteral("\\/*?:[]")) {
-        if (name.contains(c))
-            problems.append(QStringLiteral("'%1' is not allowed in Excel sheet names.").arg(c));
-    }
-    if (name.startsWith(QLatin1Char('\'')) || name.endsWith(QLatin1Char('\'')))
-        problems.append(QStringLiteral(
-            "Apostrophes (') are not allowed at the start or end of Excel sheet names."));
-    if (name.compare(QLatin1String("history"), Qt::CaseInsensitive) == 0)
-        problems.append(QStringLiteral("'History' is a reserved Excel sheet name."));
+    for (const QString &problem : ExcelSheetNames::problems(name))
+        problems.append(problem.mid(1)); // without the line feed that starts each
     for (const auto &existing : m_sheets) {
         if (existing->name().compare(name, Qt::CaseInsensitive) == 0)
             problems.append(QStringLiteral("A sheet named '%1' already exists.").arg(name));
