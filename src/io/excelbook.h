@@ -137,7 +137,8 @@ public:
     virtual int sheetCount() const = 0;
     // Null past the end. Worksheets only: chart sheets and macro sheets are not listed.
     virtual ExcelSheet *sheet(int index) = 0;
-    QString sheetName(int index);
+    // Without reading the sheet's cells where the format allows.
+    virtual QString sheetName(int index);
     // Null, with errorMessage(), when the name is refused.
     virtual ExcelSheet *addSheet(const QString &name) = 0;
 

@@ -356,8 +356,13 @@ void copySheetStyle(const ExcelBook &fromBook, const ExcelSheet &from, ExcelBook
     const int lastRow = std::max(from.lastRow(), to.lastRow());
     for (int c = firstCol; c < lastCol; ++c)
         to.setCol(c, from.colWidth(c), from.colHidden(c));
-    for (const ExcelRange &range : from.merges())
-        to.setMerge(range);
+    // A template applied on every run finds its merges there from the last one; Excel
+    // refuses a book with a range merged twice.
+    const QList<ExcelRange> merged = to.merges();
+    for (const ExcelRange &range : from.merges()) {
+        if (!merged.contains(range))
+            to.setMerge(range);
+    }
     QHash<int, int> formats {{0, 0}};
     for (int r = firstRow; r < lastRow; ++r) {
         to.setRow(r, from.rowHeight(r), from.rowHidden(r));

@@ -154,6 +154,10 @@ public:
 
     int sheetCount() const override { return int(m_sheets.size()); }
     ExcelSheet *sheet(int index) override;
+    QString sheetName(int index) override
+    {
+        return index >= 0 && index < sheetCount() ? m_sheets.at(size_t(index))->name() : QString();
+    }
     ExcelSheet *addSheet(const QString &name) override;
 
     int addFormat(const ExcelFormat &format) override;

@@ -436,6 +436,19 @@ print(ws.column_dimensions['A'].width, ws.column_dimensions['B'].hidden,
                                    {file});
     QCOMPARE(styling.trimmed(), QStringLiteral("30.0 True 40.0 True False ['A3:B3'] a 2"));
 
+    // Run again over the sheet it styled: the merge is not added a second time.
+    report = writeBook(file, dataset, [&](OutputFileOptions &o) {
+        o.excelUseStyleTemplate = true;
+        o.excelStyleTemplatePath = look + "[look]";
+    });
+    QVERIFY2(report.warnings.isEmpty(), qPrintable(report.warnings.join('\n')));
+    QCOMPARE(python(QStringLiteral("import sys, zipfile\n"
+                                   "print(zipfile.ZipFile(sys.argv[1]).read("
+                                   "'xl/worksheets/sheet1.xml').count(b'<mergeCell '))"),
+                    {file})
+                 .trimmed(),
+             QStringLiteral("1"));
+
     report = writeBook(file, dataset, [&](OutputFileOptions &o) {
         o.excelUseStyleTemplate = true;
         o.excelStyleTemplatePath = file + "[DATA]";
