@@ -188,23 +188,10 @@ int XlsSheet::errorCode(const QString &text)
 
 void XlsSheet::appendCell(const XlsCell &cell)
 {
-    if (!m_cells.empty()) {
-        const XlsCell &last = m_cells.back();
-        if (cell.row < last.row || (cell.row == last.row && cell.col <= last.col))
-            m_sorted = false;
-    }
+    m_sorted = m_sorted && ExcelCellStore::follows(m_cells, cell);
     // A formatted cell without a value doesn't make the used range larger.
-    if (cell.type != quint8(ExcelCellType::Blank)) {
-        if (!m_hasValues || cell.col < m_firstCol)
-            m_firstCol = cell.col;
-        if (!m_hasValues || cell.col + 1 > m_lastCol)
-            m_lastCol = cell.col + 1;
-        if (!m_hasValues || cell.row < m_firstRow)
-            m_firstRow = cell.row;
-        if (!m_hasValues || cell.row + 1 > m_lastRow)
-            m_lastRow = cell.row + 1;
-        m_hasValues = true;
-    }
+    if (cell.type != quint8(ExcelCellType::Blank))
+        m_used.add(cell.row, cell.col);
     m_cells.push_back(cell);
     m_indexed = false;
 }
@@ -215,31 +202,10 @@ int XlsSheet::addText(const QString &text)
     return m_texts.size() - 1;
 }
 
-// Sorts the cells by position, the later of two at one position winning, and notes where
-// each row starts, so that a cell is found by a binary search within its row.
 void XlsSheet::index() const
 {
-    if (!m_sorted) {
-        std::stable_sort(m_cells.begin(), m_cells.end(), [](const XlsCell &a, const XlsCell &b) {
-            return a.row != b.row ? a.row < b.row : a.col < b.col;
-        });
-        size_t kept = 0;
-        for (size_t i = 0; i < m_cells.size(); ++i) {
-            if (kept > 0 && m_cells[kept - 1].row == m_cells[i].row
-                && m_cells[kept - 1].col == m_cells[i].col)
-                m_cells[kept - 1] = m_cells[i];
-            else
-                m_cells[kept++] = m_cells[i];
-        }
-        m_cells.resize(kept);
-        m_sorted = true;
-    }
-    const int rows = m_cells.empty() ? 0 : m_cells.back().row + 1;
-    m_rowStarts.assign(size_t(rows) + 1, int(m_cells.size()));
-    for (int i = int(m_cells.size()) - 1; i >= 0; --i)
-        m_rowStarts[m_cells[size_t(i)].row] = i;
-    for (int r = rows - 1; r >= 0; --r)
-        m_rowStarts[size_t(r)] = std::min(m_rowStarts[size_t(r)], m_rowStarts[size_t(r) + 1]);
+    ExcelCellStore::index(m_cells, m_sorted, m_rowStarts);
+    m_sorted = true;
     m_indexed = true;
 }
 
@@ -247,13 +213,7 @@ const XlsCell *XlsSheet::find(int row, int col) const
 {
     if (!m_indexed)
         index();
-    if (row < 0 || size_t(row) + 1 >= m_rowStarts.size())
-        return nullptr;
-    const auto begin = m_cells.begin() + m_rowStarts[size_t(row)];
-    const auto end = m_cells.begin() + m_rowStarts[size_t(row) + 1];
-    const auto it = std::lower_bound(begin, end, col,
-                                     [](const XlsCell &cell, int c) { return cell.col < c; });
-    return it != end && it->col == col ? &*it : nullptr;
+    return ExcelCellStore::find(m_cells, m_rowStarts, row, col);
 }
 
 const std::vector<XlsCell> &XlsSheet::cells() const
@@ -389,8 +349,7 @@ void XlsSheet::clear()
     m_texts.clear();
     m_links.clear();
     m_rowStarts.clear();
-    m_firstCol = m_lastCol = m_firstRow = m_lastRow = 0;
-    m_hasValues = false;
+    m_used = {};
     m_sorted = true;
     m_indexed = false;
 }

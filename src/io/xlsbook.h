@@ -1,6 +1,7 @@
 #pragma once
 
 #include "io/excelbook.h"
+#include "io/excelcellstore.h"
 
 #include <QHash>
 #include <QVector>
@@ -34,10 +35,10 @@ public:
     XlsSheet(XlsBook *book, const QString &name);
 
     QString name() const override { return m_name; }
-    int firstRow() const override { return m_firstRow; }
-    int lastRow() const override { return m_lastRow; }
-    int firstCol() const override { return m_firstCol; }
-    int lastCol() const override { return m_lastCol; }
+    int firstRow() const override { return m_used.firstRow; }
+    int lastRow() const override { return m_used.lastRow; }
+    int firstCol() const override { return m_used.firstCol; }
+    int lastCol() const override { return m_used.lastCol; }
 
     ExcelCellType cellType(int row, int col) const override;
     QString readStr(int row, int col) const override;
@@ -104,11 +105,7 @@ private:
     mutable bool m_indexed = false;
     mutable bool m_sorted = true;
     QStringList m_texts;
-    bool m_hasValues = false;
-    int m_firstRow = 0;
-    int m_lastRow = 0;
-    int m_firstCol = 0;
-    int m_lastCol = 0;
+    ExcelCellStore::UsedRange m_used;
     std::array<ColumnInfo, ExcelCells::MaxXlsCols> m_columns;
     QHash<int, RowInfo> m_rows;
     QList<ExcelHyperlink> m_links;

@@ -283,23 +283,10 @@ XlsxSheet::XlsxSheet(XlsxBook *book, const QString &name, const QString &partNam
 
 void XlsxSheet::appendCell(const XlsxCell &cell)
 {
-    if (!m_cells.empty()) {
-        const XlsxCell &last = m_cells.back();
-        if (cell.row < last.row || (cell.row == last.row && cell.col <= last.col))
-            m_sorted = false;
-    }
+    m_sorted = m_sorted && ExcelCellStore::follows(m_cells, cell);
     // A formatted cell without a value doesn't make the used range larger.
-    if (cell.type != ExcelCellType::Blank && cell.type != ExcelCellType::Empty) {
-        if (!m_hasValues || cell.col < m_firstCol)
-            m_firstCol = cell.col;
-        if (!m_hasValues || cell.col + 1 > m_lastCol)
-            m_lastCol = cell.col + 1;
-        if (!m_hasValues || cell.row < m_firstRow)
-            m_firstRow = cell.row;
-        if (!m_hasValues || cell.row + 1 > m_lastRow)
-            m_lastRow = cell.row + 1;
-        m_hasValues = true;
-    }
+    if (cell.type != ExcelCellType::Blank && cell.type != ExcelCellType::Empty)
+        m_used.add(cell.row, cell.col);
     m_cells.push_back(cell);
     m_indexed = false;
 }
@@ -328,33 +315,10 @@ void XlsxSheet::finishLoading()
     index();
 }
 
-// Sorts the cells by position, the later of two cells at one position winning, and notes
-// where each row starts, so that a cell is found by a binary search within its row.
 void XlsxSheet::index() const
 {
-    auto &cells = const_cast<std::vector<XlsxCell> &>(m_cells);
-    if (!m_sorted) {
-        std::stable_sort(cells.begin(), cells.end(), [](const XlsxCell &a, const XlsxCell &b) {
-            return a.row != b.row ? a.row < b.row : a.col < b.col;
-        });
-        // Keep the last write of each position.
-        std::vector<XlsxCell> unique;
-        unique.reserve(cells.size());
-        for (const XlsxCell &cell : cells) {
-            if (!unique.empty() && unique.back().row == cell.row && unique.back().col == cell.col)
-                unique.back() = cell;
-            else
-                unique.push_back(cell);
-        }
-        cells.swap(unique);
-        m_sorted = true;
-    }
-    const int rows = cells.empty() ? 0 : cells.back().row + 1;
-    m_rowStarts.assign(size_t(rows) + 1, int(cells.size()));
-    for (int i = int(cells.size()) - 1; i >= 0; --i)
-        m_rowStarts[size_t(cells[size_t(i)].row)] = i;
-    for (int r = rows - 1; r >= 0; --r)
-        m_rowStarts[size_t(r)] = std::min(m_rowStarts[size_t(r)], m_rowStarts[size_t(r) + 1]);
+    ExcelCellStore::index(const_cast<std::vector<XlsxCell> &>(m_cells), m_sorted, m_rowStarts);
+    m_sorted = true;
     m_indexed = true;
 }
 
@@ -362,33 +326,27 @@ const XlsxCell *XlsxSheet::find(int row, int col) const
 {
     if (!m_indexed)
         index();
-    if (row < 0 || size_t(row) + 1 >= m_rowStarts.size())
-        return nullptr;
-    const auto begin = m_cells.begin() + m_rowStarts[size_t(row)];
-    const auto end = m_cells.begin() + m_rowStarts[size_t(row) + 1];
-    const auto it = std::lower_bound(begin, end, col,
-                                     [](const XlsxCell &cell, int c) { return cell.col < c; });
-    return it != end && it->col == col ? &*it : nullptr;
+    return ExcelCellStore::find(m_cells, m_rowStarts, row, col);
 }
 
 int XlsxSheet::firstRow() const
 {
-    return m_firstRow;
+    return m_used.firstRow;
 }
 
 int XlsxSheet::lastRow() const
 {
-    return m_lastRow;
+    return m_used.lastRow;
 }
 
 int XlsxSheet::firstCol() const
 {
-    return m_firstCol;
+    return m_used.firstCol;
 }
 
 int XlsxSheet::lastCol() const
 {
-    return m_lastCol;
+    return m_used.lastCol;
 }
 
 ExcelCellType XlsxSheet::cellType(int row, int col) const
@@ -526,8 +484,7 @@ void XlsxSheet::clear()
     m_formulas.clear();
     m_links.clear();
     m_changed = true;
-    m_firstCol = m_lastCol = m_firstRow = m_lastRow = 0;
-    m_hasValues = false;
+    m_used = {};
     m_sorted = true;
     m_indexed = false;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "io/excelbook.h"
+#include "io/excelcellstore.h"
 
 #include <QHash>
 #include <QSet>
@@ -128,12 +129,8 @@ private:
     mutable std::vector<int> m_rowStarts;
     mutable bool m_indexed = false;
     mutable bool m_sorted = true;
-    bool m_hasValues = false;
     int m_discardedRows = 0;
-    int m_firstRow = 0;
-    int m_lastRow = 0;
-    int m_firstCol = 0;
-    int m_lastCol = 0;
+    ExcelCellStore::UsedRange m_used;
     QSet<int> m_hiddenRows;
     QHash<int, double> m_rowHeights;
     QVector<ColumnInfo> m_columns;
